@@ -1,0 +1,56 @@
+#pragma once
+
+#include "platform/Screens.h"
+
+#include <QRect>
+#include <QRegion>
+
+#include <memory>
+
+class QWindow;
+
+namespace velmora
+{
+
+/// The window-system side of one overlay window. Destroying it takes the window off the screen;
+/// the window itself belongs to the caller and has to outlive it.
+class OverlaySurface
+{
+public:
+    OverlaySurface() = default;
+    OverlaySurface(const OverlaySurface &) = delete;
+    OverlaySurface &operator=(const OverlaySurface &) = delete;
+    virtual ~OverlaySurface() = default;
+
+    /// Shows the window above everything else, without taking the keyboard or activating.
+    virtual void orderFront() = 0;
+
+    /// The part of the window, in its own coordinates (points), that is visible and takes the
+    /// pointer. Everything outside lets clicks through. An empty region hides all of it.
+    virtual void setShape(const QRegion &region) = 0;
+
+    /// Moves the window: global rectangle in points, touching the top edge of its screen and
+    /// centred on it.
+    virtual void setBounds(const QRect &bounds) = 0;
+
+    /// Whether the window has to hear of every move of the pointer over it, as it does at first, or
+    /// of its coming and going only. Thousands of moves a second cost a good part of a core.
+    virtual void setMotionWanted([[maybe_unused]] bool wanted) {}
+};
+
+/// How overlay windows get onto the screen under the running window system.
+class OverlayShell
+{
+public:
+    OverlayShell() = default;
+    OverlayShell(const OverlayShell &) = delete;
+    OverlayShell &operator=(const OverlayShell &) = delete;
+    virtual ~OverlayShell() = default;
+
+    /// Makes `window`, not yet created, an overlay of `screen`: above full-screen windows, on all
+    /// work spaces, without focus, without reserved space. Nothing is shown before `orderFront`.
+    [[nodiscard]] virtual std::unique_ptr<OverlaySurface>
+    adopt(QWindow &window, const Screen &screen, const QRect &bounds) = 0;
+};
+
+} // namespace velmora

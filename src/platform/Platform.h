@@ -1,0 +1,32 @@
+#pragma once
+
+#include "platform/Clock.h"
+#include "platform/KeyValueStore.h"
+#include "platform/LoginItem.h"
+#include "platform/OverlayShell.h"
+#include "platform/Pointer.h"
+#include "platform/Screens.h"
+#include "platform/SoundOutput.h"
+#include "platform/StatusItem.h"
+#include "platform/SystemStatistics.h"
+
+#include <memory>
+
+namespace velmora
+{
+
+/// All that the program asks of the machine it runs on. Made once, before everything else, and
+/// gone after everything else; each part of the program is handed the few roles that it needs.
+struct Platform {
+    std::unique_ptr<Clock> clock;
+    std::unique_ptr<KeyValueStore> store;
+    std::unique_ptr<Screens> screens;
+    std::unique_ptr<Pointer> pointer;
+    std::unique_ptr<OverlayShell> shell;
+    std::unique_ptr<SystemStatistics> statistics;
+    std::unique_ptr<SoundOutput> sound;
+    std::unique_ptr<LoginItem> loginItem;
+    std::unique_ptr<StatusItem> statusItem;
+};
+
+} // namespace velmora
