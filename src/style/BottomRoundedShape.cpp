@@ -1,0 +1,90 @@
+#include "style/BottomRoundedShape.h"
+
+#include <QPainter>
+
+#include <algorithm>
+#include <cmath>
+
+namespace velmora
+{
+
+namespace
+{
+
+/// How far the curve of a bottom corner has come in from the side at `depth` points above the
+/// bottom. The quadratic curve from (0, R) by way of (0, 0) to (R, 0), with the corner as origin,
+/// is x = R t², height = R (1 − t)²; solved for the height: x = (√R − √height)².
+double cornerInset(double depth, double radius)
+{
+    if (depth >= radius) {
+        return 0;
+    }
+    const double root = std::sqrt(radius) - std::sqrt(std::max(depth, 0.0));
+    return root * root;
+}
+
+} // namespace
+
+QPainterPath bottomRoundedPath(const QRectF &rect, double radius)
+{
+    QPainterPath path;
+    path.moveTo(rect.topLeft());
+    path.lineTo(rect.topRight());
+    path.lineTo(rect.right(), rect.bottom() - radius);
+    path.quadTo(rect.bottomRight(), QPointF(rect.right() - radius, rect.bottom()));
+    path.lineTo(rect.left() + radius, rect.bottom());
+    path.quadTo(rect.bottomLeft(), QPointF(rect.left(), rect.bottom() - radius));
+    path.closeSubpath();
+    return path;
+}
+
+QRegion bottomRoundedRegion(const QRectF &rect, double radius)
+{
+    const QRect outer = rect.toAlignedRect();
+    if (rect.isEmpty()) {
+        return {};
+    }
+    const double limited = std::clamp(radius, 0.0, std::min(rect.width() / 2, rect.height()));
+    const int rows = std::min(static_cast<int>(std::ceil(limited)), outer.height());
+    QRegion region(outer.adjusted(0, 0, 0, -rows));
+    for (int row = 0; row < rows; ++row) {
+        const int y = outer.bottom() - row;
+        // The upper edge of a row is where the shape is widest.
+        const double inset = cornerInset(rect.bottom() - y, limited);
+        const int left = static_cast<int>(std::floor(rect.left() + inset));
+        const int right = static_cast<int>(std::ceil(rect.right() - inset));
+        region += QRect(left, y, right - left, 1);
+    }
+    return region;
+}
+
+BottomRoundedShape::BottomRoundedShape(QQuickItem *parent) : QQuickPaintedItem(parent)
+{
+    setAntialiasing(true);
+}
+
+void BottomRoundedShape::setRadius(qreal radius)
+{
+    if (radius != m_radius) {
+        m_radius = radius;
+        update();
+        Q_EMIT radiusChanged();
+    }
+}
+
+void BottomRoundedShape::setColor(const QColor &color)
+{
+    if (color != m_color) {
+        m_color = color;
+        update();
+        Q_EMIT colorChanged();
+    }
+}
+
+void BottomRoundedShape::paint(QPainter *painter)
+{
+    painter->setRenderHint(QPainter::Antialiasing);
+    painter->fillPath(bottomRoundedPath(boundingRect(), m_radius), m_color);
+}
+
+} // namespace velmora

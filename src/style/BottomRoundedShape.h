@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QColor>
+#include <QPainterPath>
+#include <QQuickPaintedItem>
+#include <QRegion>
+#include <QtQml/qqmlregistration.h>
+
+namespace velmora
+{
+
+/// The outline of the notch: square at the top, where it meets the edge of the screen, quadratic
+/// curves (not arcs) at the bottom corners. The radius is not limited to half the rectangle.
+[[nodiscard]] QPainterPath bottomRoundedPath(const QRectF &rect, double radius);
+
+/// All pixels that the outline touches, row by row: what a window that holds the shape has to show.
+[[nodiscard]] QRegion bottomRoundedRegion(const QRectF &rect, double radius);
+
+/// The outline, filled.
+class BottomRoundedShape : public QQuickPaintedItem
+{
+    Q_OBJECT
+    QML_ELEMENT
+    Q_PROPERTY(qreal radius READ radius WRITE setRadius NOTIFY radiusChanged FINAL)
+    Q_PROPERTY(QColor color READ color WRITE setColor NOTIFY colorChanged FINAL)
+
+public:
+    explicit BottomRoundedShape(QQuickItem *parent = nullptr);
+
+    [[nodiscard]] qreal radius() const { return m_radius; }
+    void setRadius(qreal radius);
+    [[nodiscard]] QColor color() const { return m_color; }
+    void setColor(const QColor &color);
+
+    void paint(QPainter *painter) override;
+
+Q_SIGNALS:
+    void radiusChanged();
+    void colorChanged();
+
+private:
+    qreal m_radius = 0;
+    QColor m_color = Qt::black;
+};
+
+} // namespace velmora
