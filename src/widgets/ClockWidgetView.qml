@@ -1,0 +1,38 @@
+import QtQuick
+import Velmora.Config
+import Velmora.Style
+import Velmora.Widgets
+
+// Time and date.
+Item {
+    id: view
+
+    required property Clock clock
+
+    ClockModel {
+        id: model
+
+        clock: view.clock
+    }
+
+    Column {
+        anchors.verticalCenter: parent.verticalCenter
+        spacing: 1
+        width: parent.width
+
+        NotchText {
+            font.weight: Font.DemiBold
+            horizontalAlignment: Text.AlignHCenter
+            size: 15
+            text: model.time
+            width: parent.width
+        }
+        NotchText {
+            color: Qt.rgba(1, 1, 1, 0.5)
+            horizontalAlignment: Text.AlignHCenter
+            size: 9
+            text: model.date
+            width: parent.width
+        }
+    }
+}
