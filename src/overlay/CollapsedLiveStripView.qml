@@ -1,0 +1,6 @@
+import QtQuick
+
+// What the notch shows while it is collapsed: nothing yet but its black shape, which the container
+// draws.
+Item {
+}

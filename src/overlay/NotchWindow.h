@@ -1,0 +1,34 @@
+#pragma once
+
+#include "overlay/TrackingView.h"
+
+#include <QQuickWindow>
+
+class QDropEvent;
+
+namespace velmora
+{
+
+/// The window of one overlay. It never takes the keyboard; hovering and file drags are seen for the
+/// whole window, whatever the views in it do.
+class NotchWindow : public QQuickWindow
+{
+    Q_OBJECT
+
+public:
+    /// `toView` maps a position in the window to the tracking view's coordinates.
+    NotchWindow(TrackingView &trackingView, std::function<QPointF(const QPointF &)> toView);
+
+protected:
+    bool event(QEvent *event) override;
+
+private:
+    bool dragEvent(QEvent &event);
+    void drop(QDropEvent &event);
+
+    TrackingView &m_trackingView;
+    std::function<QPointF(const QPointF &)> m_toView;
+    bool m_dragAccepted = false;
+};
+
+} // namespace velmora

@@ -1,0 +1,231 @@
+#include "overlay/NotchWindowController.h"
+
+#include "overlay/NotchGeometry.h"
+#include "style/BottomRoundedShape.h"
+
+#include <QLoggingCategory>
+
+namespace velmora
+{
+
+namespace
+{
+
+Q_LOGGING_CATEGORY(lcWindowController, "com.velmora.app.WindowController", QtInfoMsg)
+
+constexpr std::chrono::milliseconds expandDuration(280);
+constexpr std::chrono::milliseconds collapseDuration(220);
+constexpr std::chrono::milliseconds collapseDelay(300);
+
+} // namespace
+
+NotchWindowController::NotchWindowController(const std::shared_ptr<Screen> &screen,
+                                             const NotchSettings &settings,
+                                             NotchServices &services,
+                                             const OverlayEnvironment &environment,
+                                             const OverlayContent &content)
+    : m_screen(screen)
+    , m_settings(settings)
+    , m_services(services)
+    , m_environment(environment)
+    , m_frame(NotchGeometry::collapsed(screen->frame(), settings))
+    , m_windowBounds(NotchGeometry::window(screen->frame(), settings))
+    , m_animation(m_frame)
+{
+    setupTracking();
+    setupWindow(content);
+    connect(&environment.pointer, &Pointer::movedElsewhere, this,
+            &NotchWindowController::hoverProbe);
+    connect(&environment.screens, &Screens::changed, this, &NotchWindowController::screensChanged);
+}
+
+NotchWindowController::~NotchWindowController() { NotchWindowController::close(); }
+
+void NotchWindowController::setupTracking()
+{
+    m_trackingView.onMouseEntered = [this] { mouseEntered(); };
+    m_trackingView.onMouseExited = [this] { mouseExited(); };
+}
+
+void NotchWindowController::setupWindow(const OverlayContent &content)
+{
+    m_window = std::make_unique<NotchWindow>(m_trackingView, [this](const QPointF &position) {
+        return position - frameInWindow().topLeft();
+    });
+    m_surface =
+        m_environment.shell.adopt(*m_window, *m_screen.lock(), m_windowBounds);
+    updateShape();
+    if (content) {
+        content(*m_window, *this);
+    }
+}
+
+void NotchWindowController::showWindow()
+{
+    if (m_surface) {
+        m_surface->orderFront();
+    }
+}
+
+void NotchWindowController::close()
+{
+    m_collapseWork.reset();
+    m_frameTimer.reset();
+    m_surface.reset();
+    m_window.reset();
+}
+
+QRectF NotchWindowController::frameInWindow() const
+{
+    return m_frame.translated(-m_windowBounds.topLeft());
+}
+
+QList<double> NotchWindowController::zoneWidths(double panelWidth) const
+{
+    return NotchGeometry::zoneWidths(m_settings.zoneWidths, panelWidth);
+}
+
+void NotchWindowController::mouseEntered()
+{
+    qCDebug(lcWindowController, "mouse entered \u2014 expanding");
+    m_pointerOverWindow = true;
+    m_collapseWork.reset();
+    if (m_window && !m_screen.expired() && !m_notchState.isExpanded()) {
+        expand();
+    }
+}
+
+void NotchWindowController::mouseExited()
+{
+    qCDebug(lcWindowController, "mouse exited \u2014 scheduling collapse");
+    m_pointerOverWindow = false;
+    if (m_window) {
+        scheduleCollapse();
+    }
+}
+
+void NotchWindowController::hoverProbe(const QPointF &location)
+{
+    const auto screen = m_screen.lock();
+    if (!m_window || !screen ||
+        !NotchGeometry::collapsed(screen->frame(), m_settings).contains(location)) {
+        return;
+    }
+    m_collapseWork.reset();
+    if (!m_notchState.isExpanded()) {
+        expand();
+    }
+}
+
+void NotchWindowController::expand()
+{
+    const QRectF target = NotchGeometry::expanded(m_screen.lock()->frame(), m_settings);
+    qCInfo(lcWindowController, "expand \u2192 %f\u00d7%f", NotchGeometry::expandedWidth,
+           m_settings.expandedTopPadding + NotchGeometry::expandedContentHeight);
+    // The flag comes first, so that the views change while the window grows.
+    m_notchState.setExpanded(true);
+    animateWindow(target, expandDuration);
+}
+
+void NotchWindowController::scheduleCollapse()
+{
+    // A pending collapse keeps its deadline.
+    if (!m_collapseWork) {
+        m_collapseWork = m_environment.clock.after(collapseDelay, [this] { collapseWorkFired(); });
+    }
+}
+
+void NotchWindowController::collapseWorkFired()
+{
+    if (!m_window || m_screen.expired()) {
+        return;
+    }
+    m_collapseWork.reset();
+    if (isPointerInside()) {
+        qCDebug(lcWindowController, "collapse guard: mouse still inside \u2014 aborting");
+    } else {
+        collapse();
+    }
+}
+
+bool NotchWindowController::isPointerInside() const
+{
+    const auto location = m_environment.pointer.location();
+    if (!location) {
+        return m_pointerOverWindow;
+    }
+    const QRectF menu = m_menuFrame.translated(m_windowBounds.topLeft());
+    return m_frame.contains(*location) || (!m_menuFrame.isEmpty() && menu.contains(*location));
+}
+
+void NotchWindowController::collapse()
+{
+    qCInfo(lcWindowController, "collapse \u2192 %f\u00d7%f", m_settings.notchWidth,
+           m_settings.notchHeight);
+    m_notchState.setExpanded(false);
+    animateWindow(NotchGeometry::collapsed(m_screen.lock()->frame(), m_settings), collapseDuration);
+}
+
+void NotchWindowController::screensChanged()
+{
+    qCInfo(lcWindowController, "screens changed \u2014 repositioning window");
+    const auto screen = m_screen.lock();
+    if (!screen || !m_window) {
+        return;
+    }
+    m_frameTimer.reset();
+    m_windowBounds = NotchGeometry::window(screen->frame(), m_settings);
+    m_surface->setBounds(m_windowBounds);
+    setFrame(m_notchState.isExpanded() ? NotchGeometry::expanded(screen->frame(), m_settings)
+                                       : NotchGeometry::collapsed(screen->frame(), m_settings));
+}
+
+void NotchWindowController::animateWindow(const QRectF &target, Milliseconds duration)
+{
+    qCDebug(lcWindowController, "animate to %f\u00d7%f in %fs", target.width(), target.height(),
+            std::chrono::duration<double>(duration).count());
+    m_animation = FrameAnimation(m_frame, target, m_environment.clock.uptime(), duration);
+    m_frameTimer = m_environment.clock.everyFrame([this] { animationStep(); });
+}
+
+void NotchWindowController::animationStep()
+{
+    const auto now = m_environment.clock.uptime();
+    if (m_animation.isFinished(now)) {
+        m_frameTimer.reset();
+    }
+    setFrame(m_animation.at(now));
+}
+
+void NotchWindowController::setFrame(const QRectF &frame)
+{
+    if (frame == m_frame) {
+        return;
+    }
+    m_frame = frame;
+    updateShape();
+    Q_EMIT frameChanged();
+}
+
+void NotchWindowController::setMenuFrame(const QRectF &frame)
+{
+    if (frame == m_menuFrame) {
+        return;
+    }
+    m_menuFrame = frame;
+    updateShape();
+    Q_EMIT menuFrameChanged();
+}
+
+void NotchWindowController::updateShape()
+{
+    const double radius = m_notchState.isExpanded() ? NotchGeometry::panelCornerRadius
+                                                    : m_settings.cornerRadius;
+    QRegion region = bottomRoundedRegion(frameInWindow(), radius);
+    if (!m_menuFrame.isEmpty()) {
+        region += m_menuFrame.toAlignedRect();
+    }
+    m_surface->setShape(region);
+}
+
+} // namespace velmora

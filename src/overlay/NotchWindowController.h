@@ -1,0 +1,129 @@
+#pragma once
+
+#include "config/NotchServices.h"
+#include "config/OverlayController.h"
+#include "overlay/FrameAnimation.h"
+#include "overlay/NotchState.h"
+#include "overlay/NotchWindow.h"
+#include "overlay/TrackingView.h"
+#include "platform/Clock.h"
+#include "platform/OverlayShell.h"
+#include "platform/Pointer.h"
+
+#include <QList>
+#include <QObject>
+#include <QtQml/qqmlregistration.h>
+
+#include <functional>
+#include <memory>
+
+namespace velmora
+{
+
+/// What a controller needs of the desktop. All of it outlives every controller.
+struct OverlayEnvironment {
+    Clock &clock;
+    Pointer &pointer;
+    Screens &screens;
+    OverlayShell &shell;
+};
+
+class NotchWindowController;
+
+/// Puts the views into a controller's window.
+using OverlayContent = std::function<void(NotchWindow &, NotchWindowController &)>;
+
+/// The overlay of one screen: a window that holds the notch, which grows into the panel when the
+/// pointer comes and shrinks back when it leaves. A snapshot: what it gets at construction stays
+/// fixed for its life. The window never changes its size; `frame` says what part of it is the notch.
+class NotchWindowController : public QObject, public OverlayController
+{
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("Made for each screen")
+    Q_PROPERTY(velmora::NotchState *notchState READ notchState CONSTANT FINAL)
+    Q_PROPERTY(velmora::NotchServices *services READ services CONSTANT FINAL)
+    Q_PROPERTY(QRectF frame READ frameInWindow NOTIFY frameChanged FINAL)
+    /// The status menu while it is open over the notch, in window coordinates; empty otherwise. Set
+    /// by the view that shows it.
+    Q_PROPERTY(QRectF menuFrame READ menuFrame WRITE setMenuFrame NOTIFY menuFrameChanged FINAL)
+    Q_PROPERTY(double cornerRadius READ cornerRadius CONSTANT FINAL)
+    Q_PROPERTY(double expandedTopPadding READ expandedTopPadding CONSTANT FINAL)
+    Q_PROPERTY(velmora::NotchWidgetTypes::NotchWidgetType farLeftWidget READ farLeftWidget CONSTANT)
+    Q_PROPERTY(velmora::NotchWidgetTypes::NotchWidgetType leftWidget READ leftWidget CONSTANT)
+    Q_PROPERTY(velmora::NotchWidgetTypes::NotchWidgetType centerWidget READ centerWidget CONSTANT)
+    Q_PROPERTY(velmora::NotchWidgetTypes::NotchWidgetType rightWidget READ rightWidget CONSTANT)
+    Q_PROPERTY(
+        velmora::NotchWidgetTypes::NotchWidgetType farRightWidget READ farRightWidget CONSTANT)
+
+public:
+    NotchWindowController(const std::shared_ptr<Screen> &screen, const NotchSettings &settings,
+                          NotchServices &services, const OverlayEnvironment &environment,
+                          const OverlayContent &content);
+    ~NotchWindowController() override;
+
+    void showWindow() override;
+    void close() override;
+
+    [[nodiscard]] NotchState *notchState() { return &m_notchState; }
+    [[nodiscard]] NotchServices *services() const { return &m_services; }
+    [[nodiscard]] TrackingView &trackingView() { return m_trackingView; }
+
+    /// The notch as it is drawn at present: global, in points.
+    [[nodiscard]] QRectF frame() const { return m_frame; }
+    [[nodiscard]] QRectF frameInWindow() const;
+    [[nodiscard]] QRectF menuFrame() const { return m_menuFrame; }
+    void setMenuFrame(const QRectF &frame);
+
+    [[nodiscard]] double cornerRadius() const { return m_settings.cornerRadius; }
+    [[nodiscard]] double expandedTopPadding() const { return m_settings.expandedTopPadding; }
+    [[nodiscard]] NotchWidgetType farLeftWidget() const { return m_settings.widgets[0]; }
+    [[nodiscard]] NotchWidgetType leftWidget() const { return m_settings.widgets[1]; }
+    [[nodiscard]] NotchWidgetType centerWidget() const { return m_settings.widgets[2]; }
+    [[nodiscard]] NotchWidgetType rightWidget() const { return m_settings.widgets[3]; }
+    [[nodiscard]] NotchWidgetType farRightWidget() const { return m_settings.widgets[4]; }
+
+    /// Widths of the five zones in a panel of this width, in points.
+    Q_INVOKABLE [[nodiscard]] QList<double> zoneWidths(double panelWidth) const;
+
+Q_SIGNALS:
+    void frameChanged();
+    void menuFrameChanged();
+
+private:
+    using Milliseconds = std::chrono::milliseconds;
+
+    void setupWindow(const OverlayContent &content);
+    void setupTracking();
+    void mouseEntered();
+    void mouseExited();
+    void hoverProbe(const QPointF &location);
+    void expand();
+    void collapse();
+    void scheduleCollapse();
+    void collapseWorkFired();
+    void screensChanged();
+    void animateWindow(const QRectF &target, Milliseconds duration);
+    void animationStep();
+    void setFrame(const QRectF &frame);
+    void updateShape();
+    [[nodiscard]] bool isPointerInside() const;
+
+    std::weak_ptr<Screen> m_screen;
+    NotchSettings m_settings;
+    NotchServices &m_services;
+    OverlayEnvironment m_environment;
+    NotchState m_notchState;
+    TrackingView m_trackingView;
+    bool m_pointerOverWindow = false; ///< the window's own last word
+    TimerHandle m_collapseWork;
+    QRectF m_frame;
+    QRectF m_menuFrame;
+    QRect m_windowBounds; ///< global
+    FrameAnimation m_animation;
+    TimerHandle m_frameTimer;
+    std::unique_ptr<NotchWindow> m_window;
+    std::unique_ptr<OverlaySurface> m_surface; ///< goes before the window
+};
+
+} // namespace velmora

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "platform/Clock.h"
+#include "platform/StatusItem.h"
+
+#include <QList>
+#include <QObject>
+#include <QString>
+#include <QtQml/qqmlregistration.h>
+
+#include <vector>
+
+namespace velmora
+{
+
+/// One line of the status menu as a view shows it.
+struct StatusMenuEntry {
+    Q_GADGET
+    QML_VALUE_TYPE(statusMenuEntry)
+    Q_PROPERTY(QString title MEMBER title)
+    Q_PROPERTY(QString keyEquivalent MEMBER keyEquivalent)
+    Q_PROPERTY(bool isSeparator MEMBER isSeparator)
+    Q_PROPERTY(bool isChecked MEMBER isChecked)
+    Q_PROPERTY(bool hasSubmenu MEMBER hasSubmenu)
+    Q_PROPERTY(int tag MEMBER tag)
+
+public:
+    QString title;
+    QString keyEquivalent;
+    bool isSeparator = false;
+    bool isChecked = false;
+    bool hasSubmenu = false;
+    int tag = 0;
+};
+
+/// The status menu for a view inside the overlay, where no tray host is needed to reach it.
+class StatusMenu : public QObject, public StatusItem
+{
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("Handed down to the views")
+    Q_PROPERTY(QList<velmora::StatusMenuEntry> entries READ entries NOTIFY entriesChanged FINAL)
+
+public:
+    explicit StatusMenu(Clock &clock) : m_clock(clock) {}
+
+    void setMenu(const Menu &menu) override;
+
+    [[nodiscard]] QList<StatusMenuEntry> entries() const;
+
+    /// The lines of the submenu at `index`; empty where there is none.
+    Q_INVOKABLE [[nodiscard]] QList<velmora::StatusMenuEntry> submenu(int index) const;
+
+    /// Runs the action of a line in the next turn of the main loop: it may take down the very view
+    /// that the line was pressed in. `submenuIndex` is −1 for the line itself.
+    Q_INVOKABLE void trigger(int index, int submenuIndex = -1);
+
+Q_SIGNALS:
+    void entriesChanged();
+
+private:
+    Clock &m_clock;
+    Menu m_menu;
+    TimerHandle m_pending;
+};
+
+} // namespace velmora

@@ -1,0 +1,58 @@
+import QtQuick
+import Velmora.Overlay
+
+// A list of menu lines on a dark card. It scrolls where it is higher than it may be.
+Rectangle {
+    id: pane
+
+    required property list<statusMenuEntry> entries
+    property int openIndex: -1 // the line whose submenu is on show
+    property real maximumHeight: Infinity
+
+    signal chosen(int index)
+    signal entered(int index)
+
+    function rowTop(index: int): real {
+        const row = rows.itemAt(index);
+        return row ? row.y - list.contentY + list.y : 0;
+    }
+
+    border.color: Qt.rgba(1, 1, 1, 0.14)
+    color: "#1b1b1d"
+    height: Math.min(maximumHeight, column.height + 10)
+    radius: 9
+
+    Flickable {
+        id: list
+
+        anchors.fill: parent
+        anchors.margins: 5
+        boundsBehavior: Flickable.StopAtBounds
+        clip: contentHeight > height
+        contentHeight: column.height
+        interactive: contentHeight > height
+
+        Column {
+            id: column
+
+            width: list.width
+
+            Repeater {
+                id: rows
+
+                model: pane.entries.length
+
+                StatusMenuRow {
+                    required property int index
+
+                    entry: pane.entries[index]
+                    highlighted: hovered || pane.openIndex === index
+                    width: column.width
+
+                    onChosen: pane.chosen(index)
+                    onEntered: pane.entered(index)
+                }
+            }
+        }
+    }
+}

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QList>
+#include <QPointF>
+#include <QUrl>
+
+#include <functional>
+
+class QMimeData;
+
+namespace velmora
+{
+
+/// Turns what the pointer does over the overlay into callbacks: hovering, and file drags in the
+/// order entered, any number of updates, then exited or performed. Positions are in the view's
+/// coordinates: points from the top left of the notch's frame. Callbacks may be left empty.
+class TrackingView
+{
+public:
+    std::function<void()> onMouseEntered;
+    std::function<void()> onMouseExited;
+    std::function<void(const QList<QUrl> &files)> onDragEntered;
+    std::function<void(const QPointF &position)> onDragUpdated;
+    std::function<void()> onDragExited;
+    std::function<void(const QList<QUrl> &files, const QPointF &position)> onDragPerformed;
+    std::function<QList<QUrl>()> draggedFilesProvider;
+
+    void mouseEntered() const;
+    void mouseExited() const;
+
+    /// Whether the drag can be dropped here, as a copy: only what is or promises files.
+    [[nodiscard]] bool draggingEntered(const QMimeData &data) const;
+    void draggingUpdated(const QPointF &position) const;
+    void draggingExited() const;
+    /// Files that are only promised have no address yet: then the provider is asked.
+    void performDragOperation(const QMimeData &data, const QPointF &position) const;
+};
+
+/// The local files among the addresses of a drag, in order.
+[[nodiscard]] QList<QUrl> draggedFileUrls(const QMimeData &data);
+
+} // namespace velmora

@@ -1,0 +1,13 @@
+import QtQuick
+
+// The hairline between two zones.
+Item {
+    width: 1
+
+    Rectangle {
+        anchors.fill: parent
+        anchors.bottomMargin: 10
+        anchors.topMargin: 10
+        color: Qt.rgba(1, 1, 1, 0.07)
+    }
+}

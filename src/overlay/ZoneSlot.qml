@@ -1,0 +1,37 @@
+import QtQuick
+import Velmora.Config
+import Velmora.Widgets
+
+// Turns the type of a widget into its view. A type without a view is an empty zone.
+Loader {
+    id: slot
+
+    required property int type
+    required property NotchServices services
+
+    sourceComponent: {
+        switch (type) {
+        case NotchWidgetType.clock:
+            return clockWidget;
+        case NotchWidgetType.systemMonitor:
+            return systemMonitorWidget;
+        default:
+            return null;
+        }
+    }
+
+    Component {
+        id: clockWidget
+
+        ClockWidgetView {
+            clock: slot.services.clock
+        }
+    }
+    Component {
+        id: systemMonitorWidget
+
+        SystemMonitorWidgetView {
+            monitor: slot.services.systemMonitor
+        }
+    }
+}
