@@ -1,0 +1,87 @@
+#include "app/Application.h"
+
+#include "app/AppDelegate.h"
+#include "app/LoginPrompt.h"
+#include "overlay/OverlayScene.h"
+#include "platform/linux/desktop/AutostartLoginItem.h"
+#include "platform/linux/desktop/SettingsStore.h"
+#include "platform/linux/desktop/SingleInstance.h"
+#include "platform/linux/desktop/SystemClock.h"
+#include "platform/linux/desktop/TrayIcon.h"
+#include "platform/linux/desktop/TrayItem.h"
+#include "platform/linux/desktop/UnixSignals.h"
+#include "platform/linux/system/ProcStatistics.h"
+#include "platform/linux/system/PulseSoundOutput.h"
+#include "platform/linux/windowing/Windowing.h"
+
+#include <QDBusConnection>
+#include <QDir>
+#include <QGuiApplication>
+#include <QtQml/qqmlextensionplugin.h>
+
+Q_IMPORT_QML_PLUGIN(Velmora_AppPlugin)
+
+namespace velmora
+{
+
+namespace
+{
+
+Platform makePlatform(const QDBusConnection &bus)
+{
+    Platform platform;
+    platform.clock = std::make_unique<SystemClock>();
+    platform.store = std::make_unique<SettingsStore>();
+    Windowing windowing = makeWindowing();
+    platform.screens = std::move(windowing.screens);
+    platform.pointer = std::move(windowing.pointer);
+    platform.shell = std::move(windowing.shell);
+    platform.statistics = std::make_unique<ProcStatistics>();
+    platform.sound = std::make_unique<PulseSoundOutput>();
+    platform.loginItem =
+        std::make_unique<AutostartLoginItem>(QCoreApplication::applicationFilePath());
+    platform.statusItem =
+        std::make_unique<TrayItem>(bus, installedTrayIconName(), drawTrayIcons());
+    return platform;
+}
+
+} // namespace
+
+int runApplication()
+{
+    const UnixSignals signals;
+    QObject::connect(&signals, &UnixSignals::terminationRequested, qApp, &QCoreApplication::quit);
+    const QDBusConnection bus = QDBusConnection::sessionBus();
+    SingleInstance instance(bus);
+    if (instance.claim() == SingleInstance::Role::Second) {
+        return 0;
+    }
+
+    const Platform platform = makePlatform(bus);
+    StatusMenu sceneMenu(*platform.clock);
+    OverlayScene scene(sceneMenu);
+    LoginPrompt loginPrompt(scene.engine());
+    const OverlayEnvironment environment{*platform.clock, *platform.pointer, *platform.screens,
+                                         *platform.shell};
+    const auto makeController = [&](const std::shared_ptr<Screen> &screen,
+                                    const NotchSettings &settings, NotchServices &services) {
+        return std::make_unique<NotchWindowController>(
+            screen, settings, services, environment,
+            [&scene](NotchWindow &window, NotchWindowController &controller) {
+                scene.populate(window, controller);
+            });
+    };
+    AppActions actions;
+    actions.askForLoginItem = [&loginPrompt](const std::function<void()> &accepted) {
+        loginPrompt.ask(accepted);
+    };
+    actions.terminate = [] { QCoreApplication::quit(); };
+    AppDelegate delegate(platform, makeController, {platform.statusItem.get(), &sceneMenu},
+                         std::move(actions));
+    QObject::connect(&instance, &SingleInstance::activated, &delegate,
+                     &AppDelegate::openPreferences);
+    delegate.applicationDidFinishLaunching();
+    return QCoreApplication::exec();
+}
+
+} // namespace velmora
