@@ -37,7 +37,7 @@ Platform makePlatform(const QDBusConnection &bus)
     platform.pointer = std::move(windowing.pointer);
     platform.shell = std::move(windowing.shell);
     platform.statistics = std::make_unique<ProcStatistics>();
-    platform.sound = std::make_unique<PulseSoundOutput>();
+    platform.sound = std::make_unique<PulseSoundOutput>(*platform.clock);
     platform.loginItem =
         std::make_unique<AutostartLoginItem>(QCoreApplication::applicationFilePath());
     platform.statusItem =

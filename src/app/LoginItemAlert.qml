@@ -2,8 +2,8 @@ import QtQuick
 import QtQuick.Controls.Basic
 import Velmora.Style
 
-// The question of a first launch. A window like any other: it takes the keyboard, and closing it is
-// the same as "Not Now".
+// The question of a first launch. A window like any other: it takes the keyboard, closing it is the
+// same as "Not Now", and the notch goes on working beside it.
 Window {
     id: alert
 
@@ -56,7 +56,6 @@ Window {
     maximumWidth: width
     minimumHeight: height
     minimumWidth: width
-    modality: Qt.ApplicationModal
     title: "Velmora"
     width: 440
 

@@ -1,8 +1,6 @@
 #pragma once
 
-#include <QObject>
 #include <QString>
-#include <QtQml/qqmlregistration.h>
 
 #include <array>
 #include <optional>
@@ -14,11 +12,6 @@ namespace velmora
 ///
 /// The cases stand in the order in which they are offered; the stored form is `rawValue`, so cases
 /// may be added but a raw value never changes its meaning.
-namespace NotchWidgetTypes
-{
-Q_NAMESPACE
-QML_NAMED_ELEMENT(NotchWidgetType)
-
 enum class NotchWidgetType {
     none,
     media,
@@ -37,11 +30,6 @@ enum class NotchWidgetType {
     systemMonitor,
     dropActions,
 };
-Q_ENUM_NS(NotchWidgetType)
-
-} // namespace NotchWidgetTypes
-
-using NotchWidgetTypes::NotchWidgetType;
 
 /// All cases in order.
 [[nodiscard]] const std::array<NotchWidgetType, 16> &allWidgetTypes();

@@ -14,13 +14,6 @@ Item {
 
     anchors.fill: parent
 
-    SpringMotion {
-        id: spring
-
-        dampingFraction: 0.82
-        response: 0.3
-    }
-
     // One of the things that the notch can show. It lives from the moment it is asked for until it
     // has faded out; asked for again before that, it starts afresh.
     component Layer: Loader {
@@ -28,20 +21,11 @@ Item {
 
         property bool shown: false
         property real restingScale: 1
-        property real presence: shown ? 1 : 0
 
-        active: shown || presence > 0
+        active: shown || presence.value > 0
         anchors.fill: parent
-        opacity: Math.min(presence, 1)
-        scale: restingScale + (1 - restingScale) * presence
-
-        Behavior on presence {
-            NumberAnimation {
-                duration: spring.duration
-                easing.bezierCurve: spring.curve
-                easing.type: Easing.BezierSpline
-            }
-        }
+        opacity: Math.max(0, Math.min(presence.value, 1))
+        scale: restingScale + (1 - restingScale) * presence.value
 
         onShownChanged: {
             if (shown && status === Loader.Ready) {
@@ -49,6 +33,14 @@ Item {
                 sourceComponent = null;
                 sourceComponent = component;
             }
+        }
+
+        SpringMotion {
+            id: presence
+
+            dampingFraction: 0.82
+            response: 0.3
+            target: layer.shown ? 1 : 0
         }
     }
 

@@ -20,6 +20,7 @@ namespace NotchGeometry
 inline constexpr double expandedWidth = 800;
 inline constexpr double expandedContentHeight = 90; ///< of the panel, below the top padding
 inline constexpr double panelCornerRadius = 12;
+inline constexpr double menuCornerRadius = 9;
 inline constexpr double panelPadding = 14; ///< left and right of the five zones
 inline constexpr double dividerWidth = 1;
 

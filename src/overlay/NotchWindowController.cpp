@@ -154,8 +154,9 @@ bool NotchWindowController::isPointerInside() const
     if (!location) {
         return m_pointerOverWindow;
     }
-    const QRectF menu = m_menuFrame.translated(m_windowBounds.topLeft());
-    return m_frame.contains(*location) || (!m_menuFrame.isEmpty() && menu.contains(*location));
+    const QPointF inWindow = *location - m_windowBounds.topLeft();
+    return m_frame.contains(*location) || m_menuFrame.contains(inWindow) ||
+           m_submenuFrame.contains(inWindow);
 }
 
 void NotchWindowController::collapse()
@@ -207,14 +208,21 @@ void NotchWindowController::setFrame(const QRectF &frame)
     Q_EMIT frameChanged();
 }
 
-void NotchWindowController::setMenuFrame(const QRectF &frame)
+void NotchWindowController::setMenuFrame(const QRectF &frame) { setMenuPart(m_menuFrame, frame); }
+
+void NotchWindowController::setSubmenuFrame(const QRectF &frame)
 {
-    if (frame == m_menuFrame) {
+    setMenuPart(m_submenuFrame, frame);
+}
+
+void NotchWindowController::setMenuPart(QRectF &part, const QRectF &frame)
+{
+    if (frame == part) {
         return;
     }
-    m_menuFrame = frame;
+    part = frame;
     updateShape();
-    Q_EMIT menuFrameChanged();
+    Q_EMIT menuChanged();
 }
 
 void NotchWindowController::updateShape()
@@ -222,8 +230,8 @@ void NotchWindowController::updateShape()
     const double radius = m_notchState.isExpanded() ? NotchGeometry::panelCornerRadius
                                                     : m_settings.cornerRadius;
     QRegion region = bottomRoundedRegion(frameInWindow(), radius);
-    if (!m_menuFrame.isEmpty()) {
-        region += m_menuFrame.toAlignedRect();
+    for (const QRectF &card : {m_menuFrame, m_submenuFrame}) {
+        region += roundedRegion(card, NotchGeometry::menuCornerRadius);
     }
     m_surface->setShape(region);
 }

@@ -46,15 +46,18 @@ class NotchWindowController : public QObject, public OverlayController
     Q_PROPERTY(QRectF frame READ frameInWindow NOTIFY frameChanged FINAL)
     /// The status menu while it is open over the notch, in window coordinates; empty otherwise. Set
     /// by the view that shows it.
-    Q_PROPERTY(QRectF menuFrame READ menuFrame WRITE setMenuFrame NOTIFY menuFrameChanged FINAL)
+    Q_PROPERTY(QRectF menuFrame READ menuFrame WRITE setMenuFrame NOTIFY menuChanged FINAL)
+    /// Likewise its open submenu.
+    Q_PROPERTY(
+        QRectF submenuFrame READ submenuFrame WRITE setSubmenuFrame NOTIFY menuChanged FINAL)
     Q_PROPERTY(double cornerRadius READ cornerRadius CONSTANT FINAL)
     Q_PROPERTY(double expandedTopPadding READ expandedTopPadding CONSTANT FINAL)
-    Q_PROPERTY(velmora::NotchWidgetTypes::NotchWidgetType farLeftWidget READ farLeftWidget CONSTANT)
-    Q_PROPERTY(velmora::NotchWidgetTypes::NotchWidgetType leftWidget READ leftWidget CONSTANT)
-    Q_PROPERTY(velmora::NotchWidgetTypes::NotchWidgetType centerWidget READ centerWidget CONSTANT)
-    Q_PROPERTY(velmora::NotchWidgetTypes::NotchWidgetType rightWidget READ rightWidget CONSTANT)
-    Q_PROPERTY(
-        velmora::NotchWidgetTypes::NotchWidgetType farRightWidget READ farRightWidget CONSTANT)
+    /// The widgets of the zones, by their stored names.
+    Q_PROPERTY(QString farLeftWidget READ farLeftWidget CONSTANT FINAL)
+    Q_PROPERTY(QString leftWidget READ leftWidget CONSTANT FINAL)
+    Q_PROPERTY(QString centerWidget READ centerWidget CONSTANT FINAL)
+    Q_PROPERTY(QString rightWidget READ rightWidget CONSTANT FINAL)
+    Q_PROPERTY(QString farRightWidget READ farRightWidget CONSTANT FINAL)
 
 public:
     NotchWindowController(const std::shared_ptr<Screen> &screen, const NotchSettings &settings,
@@ -74,21 +77,23 @@ public:
     [[nodiscard]] QRectF frameInWindow() const;
     [[nodiscard]] QRectF menuFrame() const { return m_menuFrame; }
     void setMenuFrame(const QRectF &frame);
+    [[nodiscard]] QRectF submenuFrame() const { return m_submenuFrame; }
+    void setSubmenuFrame(const QRectF &frame);
 
     [[nodiscard]] double cornerRadius() const { return m_settings.cornerRadius; }
     [[nodiscard]] double expandedTopPadding() const { return m_settings.expandedTopPadding; }
-    [[nodiscard]] NotchWidgetType farLeftWidget() const { return m_settings.widgets[0]; }
-    [[nodiscard]] NotchWidgetType leftWidget() const { return m_settings.widgets[1]; }
-    [[nodiscard]] NotchWidgetType centerWidget() const { return m_settings.widgets[2]; }
-    [[nodiscard]] NotchWidgetType rightWidget() const { return m_settings.widgets[3]; }
-    [[nodiscard]] NotchWidgetType farRightWidget() const { return m_settings.widgets[4]; }
+    [[nodiscard]] QString farLeftWidget() const { return rawValue(m_settings.widgets[0]); }
+    [[nodiscard]] QString leftWidget() const { return rawValue(m_settings.widgets[1]); }
+    [[nodiscard]] QString centerWidget() const { return rawValue(m_settings.widgets[2]); }
+    [[nodiscard]] QString rightWidget() const { return rawValue(m_settings.widgets[3]); }
+    [[nodiscard]] QString farRightWidget() const { return rawValue(m_settings.widgets[4]); }
 
     /// Widths of the five zones in a panel of this width, in points.
     Q_INVOKABLE [[nodiscard]] QList<double> zoneWidths(double panelWidth) const;
 
 Q_SIGNALS:
     void frameChanged();
-    void menuFrameChanged();
+    void menuChanged();
 
 private:
     using Milliseconds = std::chrono::milliseconds;
@@ -106,6 +111,7 @@ private:
     void animateWindow(const QRectF &target, Milliseconds duration);
     void animationStep();
     void setFrame(const QRectF &frame);
+    void setMenuPart(QRectF &part, const QRectF &frame);
     void updateShape();
     [[nodiscard]] bool isPointerInside() const;
 
@@ -119,6 +125,7 @@ private:
     TimerHandle m_collapseWork;
     QRectF m_frame;
     QRectF m_menuFrame;
+    QRectF m_submenuFrame;
     QRect m_windowBounds; ///< global
     FrameAnimation m_animation;
     TimerHandle m_frameTimer;

@@ -28,6 +28,11 @@ OverlayScene::OverlayScene(StatusMenu &menu) : m_menu(menu), m_container(&m_engi
 
 void OverlayScene::populate(NotchWindow &window, NotchWindowController &controller)
 {
+    // Asking an unfinished component for an object is not safe.
+    if (!m_container.isReady()) {
+        qCCritical(lcOverlay) << "cannot build the notch:" << m_container.errorString();
+        return;
+    }
     QObject *object = m_container.createWithInitialProperties(
         {{QStringLiteral("controller"), QVariant::fromValue(&controller)},
          {QStringLiteral("menu"), QVariant::fromValue(&m_menu)}});

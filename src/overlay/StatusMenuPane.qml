@@ -10,12 +10,7 @@ Rectangle {
     property real maximumHeight: Infinity
 
     signal chosen(int index)
-    signal entered(int index)
-
-    function rowTop(index: int): real {
-        const row = rows.itemAt(index);
-        return row ? row.y - list.contentY + list.y : 0;
-    }
+    signal entered(int index, real lineTop) // of the line within the card
 
     border.color: Qt.rgba(1, 1, 1, 0.14)
     color: "#1b1b1d"
@@ -50,7 +45,7 @@ Rectangle {
                     width: column.width
 
                     onChosen: pane.chosen(index)
-                    onEntered: pane.entered(index)
+                    onEntered: pane.entered(index, y - list.contentY + list.y)
                 }
             }
         }

@@ -9,22 +9,9 @@ Item {
     required property NotchWindowController controller
     required property StatusMenu menu
 
-    readonly property rect cardFrame: Qt.rect(card.x, card.y, card.width, card.height)
-    readonly property rect frame: {
-        if (!visible) {
-            return Qt.rect(0, 0, 0, 0);
-        }
-        if (!submenuCard.visible) {
-            return cardFrame;
-        }
-        const top = Math.min(card.y, submenuCard.y);
-        const bottom = Math.max(card.y + card.height, submenuCard.y + submenuCard.height);
-        return Qt.rect(card.x, top, submenuCard.x + submenuCard.width - card.x, bottom - top);
-    }
-
     function openAt(position: point) {
         card.openIndex = -1;
-        card.x = Math.max(0, Math.min(position.x, width - card.width - submenuCard.width));
+        card.x = Math.max(0, Math.min(position.x, width - card.width - submenuCard.width - 3));
         card.y = Math.max(0, Math.min(position.y, height - card.height));
         visible = true;
     }
@@ -32,8 +19,16 @@ Item {
     anchors.fill: parent
     visible: false
 
-    onFrameChanged: controller.menuFrame = frame
-
+    Binding {
+        property: "menuFrame"
+        target: view.controller
+        value: view.visible ? Qt.rect(card.x, card.y, card.width, card.height) : Qt.rect(0, 0, 0, 0)
+    }
+    Binding {
+        property: "submenuFrame"
+        target: view.controller
+        value: submenuCard.visible ? Qt.rect(submenuCard.x, submenuCard.y, submenuCard.width, submenuCard.height) : Qt.rect(0, 0, 0, 0)
+    }
     Connections {
         function onIsExpandedChanged() {
             view.visible = false;
@@ -58,17 +53,22 @@ Item {
                 view.menu.trigger(index);
             }
         }
-        onEntered: index => openIndex = entries[index].hasSubmenu ? index : -1
+        onEntered: (index, lineTop) => {
+            openIndex = entries[index].hasSubmenu ? index : -1;
+            submenuCard.lineTop = lineTop;
+        }
     }
     StatusMenuPane {
         id: submenuCard
+
+        property real lineTop: 0 // of the line that it belongs to, in the card
 
         entries: view.menu.submenu(card.openIndex)
         maximumHeight: view.height
         visible: card.openIndex >= 0 && entries.length > 0
         width: 180
-        x: card.x + card.width - 4
-        y: Math.max(0, Math.min(card.y + card.rowTop(card.openIndex) - 5, view.height - height))
+        x: card.x + card.width + 3
+        y: Math.max(0, Math.min(card.y + lineTop - 5, view.height - height))
 
         onChosen: index => {
             view.visible = false;

@@ -2,18 +2,18 @@ import QtQuick
 import Velmora.Config
 import Velmora.Widgets
 
-// Turns the type of a widget into its view. A type without a view is an empty zone.
+// Turns the type of a widget, by its stored name, into its view. A type without a view is an empty zone.
 Loader {
     id: slot
 
-    required property int type
+    required property string type
     required property NotchServices services
 
     sourceComponent: {
         switch (type) {
-        case NotchWidgetType.clock:
+        case "clock":
             return clockWidget;
-        case NotchWidgetType.systemMonitor:
+        case "systemMonitor":
             return systemMonitorWidget;
         default:
             return null;

@@ -58,6 +58,16 @@ QRegion bottomRoundedRegion(const QRectF &rect, double radius)
     return region;
 }
 
+QRegion roundedRegion(const QRectF &rect, double radius)
+{
+    if (rect.isEmpty()) {
+        return {};
+    }
+    QPainterPath path;
+    path.addRoundedRect(rect, radius, radius);
+    return QRegion(path.toFillPolygon().toPolygon());
+}
+
 BottomRoundedShape::BottomRoundedShape(QQuickItem *parent) : QQuickPaintedItem(parent)
 {
     setAntialiasing(true);

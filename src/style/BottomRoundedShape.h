@@ -16,6 +16,9 @@ namespace velmora
 /// All pixels that the outline touches, row by row: what a window that holds the shape has to show.
 [[nodiscard]] QRegion bottomRoundedRegion(const QRectF &rect, double radius);
 
+/// The pixels of a rectangle with all four corners rounded; empty for an empty rectangle.
+[[nodiscard]] QRegion roundedRegion(const QRectF &rect, double radius);
+
 /// The outline, filled.
 class BottomRoundedShape : public QQuickPaintedItem
 {

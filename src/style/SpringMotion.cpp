@@ -8,49 +8,68 @@ namespace velmora
 
 namespace
 {
+
 constexpr double restEnvelope = 0.001;
-constexpr int segments = 16;
+
+double frequency(double response) { return 2 * std::numbers::pi / response; }
+
 } // namespace
-
-double SpringMotion::frequency() const { return 2 * std::numbers::pi / m_response; }
-
-double SpringMotion::position(double seconds) const
-{
-    const double w = frequency();
-    const double z = m_dampingFraction;
-    const double d = w * std::sqrt(1 - z * z);
-    return 1 - std::exp(-z * w * seconds) *
-                   (std::cos(d * seconds) + z * w / d * std::sin(d * seconds));
-}
-
-double SpringMotion::velocity(double seconds) const
-{
-    const double w = frequency();
-    const double z = m_dampingFraction;
-    const double d = w * std::sqrt(1 - z * z);
-    return w * w / d * std::exp(-z * w * seconds) * std::sin(d * seconds);
-}
 
 int SpringMotion::duration() const
 {
-    return static_cast<int>(
-        std::ceil(-std::log(restEnvelope) / (m_dampingFraction * frequency()) * 1000));
+    const double decay = m_dampingFraction * frequency(m_response);
+    return static_cast<int>(std::ceil(-std::log(restEnvelope) / decay * 1000));
 }
 
-QList<qreal> SpringMotion::curve() const
+void SpringMotion::componentComplete()
 {
-    // Each piece is the cubic with the spring's own positions and velocities at both ends.
-    const double total = duration() / 1000.0;
-    const double step = 1.0 / segments;
-    QList<qreal> points;
-    for (int i = 0; i < segments; ++i) {
-        const double from = i * step;
-        const double to = from + step;
-        const double end = i == segments - 1 ? 1.0 : position(to * total);
-        points << from + step / 3 << position(from * total) + velocity(from * total) * total * step / 3
-               << to - step / 3 << end - velocity(to * total) * total * step / 3 << to << end;
+    // The first target is where the spring rests, not where it moves to.
+    m_complete = true;
+    setValue(m_target);
+}
+
+void SpringMotion::setTarget(qreal target)
+{
+    if (target == m_target) {
+        return;
     }
-    return points;
+    m_target = target;
+    Q_EMIT targetChanged();
+    if (!m_complete) {
+        return;
+    }
+    m_startDisplacement = m_value - target;
+    m_startVelocity = m_velocity;
+    stop();
+    start();
+}
+
+void SpringMotion::updateCurrentTime(int milliseconds)
+{
+    if (milliseconds >= duration()) {
+        m_velocity = 0;
+        setValue(m_target);
+        return;
+    }
+    const double t = milliseconds / 1000.0;
+    const double w = frequency(m_response);
+    const double decay = m_dampingFraction * w;
+    const double d = w * std::sqrt(1 - m_dampingFraction * m_dampingFraction);
+    const double envelope = std::exp(-decay * t);
+    const double y0 = m_startDisplacement;
+    const double v0 = m_startVelocity;
+    m_velocity =
+        envelope * (v0 * std::cos(d * t) - (w * w * y0 + decay * v0) / d * std::sin(d * t));
+    setValue(m_target +
+             envelope * (y0 * std::cos(d * t) + (v0 + decay * y0) / d * std::sin(d * t)));
+}
+
+void SpringMotion::setValue(qreal value)
+{
+    if (value != m_value) {
+        m_value = value;
+        Q_EMIT valueChanged();
+    }
 }
 
 } // namespace velmora

@@ -1,44 +1,61 @@
 #pragma once
 
-#include <QList>
+#include <QAbstractAnimation>
 #include <QObject>
+#include <QQmlParserStatus>
 #include <QtQml/qqmlregistration.h>
 
 namespace velmora
 {
 
-/// A damped spring from 0 to 1, at rest at its start, as an easing curve for ordinary animations.
+/// A value that follows its target as a damped spring does. A new target in mid-flight keeps the
+/// velocity, so that nothing jerks.
 ///
-/// With the natural frequency w = 2π / response and the damping fraction z (below 1), the spring
-/// stands at x(t) = 1 − e^(−zwt) (cos(dt) + (zw / d) sin(dt)), where d = w √(1 − z²).
-/// The curve ends where the envelope has fallen to a thousandth.
-class SpringMotion : public QObject
+/// With the natural frequency w = 2π / response, the damping fraction z (below 1) and
+/// d = w √(1 − z²), a displacement y₀ with velocity v₀ becomes, after t seconds,
+/// y(t) = e^(−zwt) (y₀ cos(dt) + (v₀ + zw y₀) / d · sin(dt)).
+class SpringMotion : public QAbstractAnimation, public QQmlParserStatus
 {
     Q_OBJECT
     QML_ELEMENT
-    Q_PROPERTY(qreal response MEMBER m_response NOTIFY changed FINAL)               ///< seconds
-    Q_PROPERTY(qreal dampingFraction MEMBER m_dampingFraction NOTIFY changed FINAL) ///< 0 to 1
-    Q_PROPERTY(int duration READ duration NOTIFY changed FINAL)                     ///< ms
-    /// Control points for Easing.BezierSpline.
-    Q_PROPERTY(QList<qreal> curve READ curve NOTIFY changed FINAL)
+    Q_INTERFACES(QQmlParserStatus)
+    Q_PROPERTY(qreal response MEMBER m_response NOTIFY shapeChanged FINAL)               ///< seconds
+    Q_PROPERTY(qreal dampingFraction MEMBER m_dampingFraction NOTIFY shapeChanged FINAL) ///< 0 to 1
+    Q_PROPERTY(qreal target READ target WRITE setTarget NOTIFY targetChanged FINAL)
+    Q_PROPERTY(qreal value READ value NOTIFY valueChanged FINAL)
 
 public:
-    using QObject::QObject;
+    using QAbstractAnimation::QAbstractAnimation;
 
-    /// Position at `seconds` after the start.
-    [[nodiscard]] double position(double seconds) const;
-    [[nodiscard]] int duration() const;
-    [[nodiscard]] QList<qreal> curve() const;
+    [[nodiscard]] qreal target() const { return m_target; }
+    void setTarget(qreal target);
+    [[nodiscard]] qreal value() const { return m_value; }
+
+    /// Milliseconds until the spring has come to rest, to a thousandth of its way.
+    [[nodiscard]] int duration() const override;
+
+    void classBegin() override {}
+    void componentComplete() override;
 
 Q_SIGNALS:
-    void changed();
+    void shapeChanged();
+    void targetChanged();
+    void valueChanged();
+
+protected:
+    void updateCurrentTime(int milliseconds) override;
 
 private:
-    [[nodiscard]] double frequency() const;
-    [[nodiscard]] double velocity(double seconds) const;
+    void setValue(qreal value);
 
     qreal m_response = 0.3;
     qreal m_dampingFraction = 0.82;
+    qreal m_target = 0;
+    qreal m_value = 0;
+    qreal m_velocity = 0;          ///< per second, at the last step
+    qreal m_startDisplacement = 0; ///< from the target, as the flight began
+    qreal m_startVelocity = 0;
+    bool m_complete = false;
 };
 
 } // namespace velmora

@@ -55,7 +55,7 @@ Item {
             horizontalAlignment: Text.AlignRight
             size: 8
             text: row.text
-            width: 40
+            width: Math.max(40, implicitWidth) // a little more where the text needs it
         }
     }
 
