@@ -53,10 +53,12 @@ Item {
         x: root.controller.frame.x
         y: root.controller.frame.y
 
-        // Solid while one layer gives way to the other.
+        // Solid while one layer gives way to the other. In whole points: less than one cannot be
+        // painted on.
         BottomRoundedShape {
-            anchors.fill: parent
+            height: Math.ceil(parent.height)
             radius: root.isExpanded ? 12 : root.controller.cornerRadius
+            width: Math.ceil(parent.width)
         }
         Layer {
             shown: !root.isExpanded

@@ -10,7 +10,7 @@ namespace velmora::NotchGeometry
 namespace
 {
 
-constexpr double largestSide = 8192; // points: well inside what a window may measure
+constexpr double largestSide = 4096; // points: what can still be painted as one picture
 constexpr double menuRoom = 216;     // points of height that the status menu needs
 constexpr double smallestWeight = 0.3;
 
@@ -23,6 +23,11 @@ QRectF topCentre(const QRectF &screen, double width, double height)
 }
 
 } // namespace
+
+double cornerRadius(const NotchSettings &settings)
+{
+    return std::clamp(settings.cornerRadius, 0.0, largestSide);
+}
 
 QRectF collapsed(const QRectF &screen, const NotchSettings &settings)
 {

@@ -24,6 +24,9 @@ inline constexpr double menuCornerRadius = 9;
 inline constexpr double panelPadding = 14; ///< left and right of the five zones
 inline constexpr double dividerWidth = 1;
 
+/// Of the collapsed notch.
+[[nodiscard]] double cornerRadius(const NotchSettings &settings);
+
 [[nodiscard]] QRectF collapsed(const QRectF &screen, const NotchSettings &settings);
 [[nodiscard]] QRectF expanded(const QRectF &screen, const NotchSettings &settings);
 

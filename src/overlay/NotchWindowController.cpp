@@ -80,6 +80,11 @@ QRectF NotchWindowController::frameInWindow() const
     return m_frame.translated(-m_windowBounds.topLeft());
 }
 
+double NotchWindowController::cornerRadius() const
+{
+    return NotchGeometry::cornerRadius(m_settings);
+}
+
 QList<double> NotchWindowController::zoneWidths(double panelWidth) const
 {
     return NotchGeometry::zoneWidths(m_settings.zoneWidths, panelWidth);
@@ -227,8 +232,7 @@ void NotchWindowController::setMenuPart(QRectF &part, const QRectF &frame)
 
 void NotchWindowController::updateShape()
 {
-    const double radius = m_notchState.isExpanded() ? NotchGeometry::panelCornerRadius
-                                                    : m_settings.cornerRadius;
+    const double radius = m_notchState.isExpanded() ? NotchGeometry::panelCornerRadius : cornerRadius();
     QRegion region = bottomRoundedRegion(frameInWindow(), radius);
     for (const QRectF &card : {m_menuFrame, m_submenuFrame}) {
         region += roundedRegion(card, NotchGeometry::menuCornerRadius);

@@ -80,7 +80,7 @@ public:
     [[nodiscard]] QRectF submenuFrame() const { return m_submenuFrame; }
     void setSubmenuFrame(const QRectF &frame);
 
-    [[nodiscard]] double cornerRadius() const { return m_settings.cornerRadius; }
+    [[nodiscard]] double cornerRadius() const;
     [[nodiscard]] double expandedTopPadding() const { return m_settings.expandedTopPadding; }
     [[nodiscard]] QString farLeftWidget() const { return rawValue(m_settings.widgets[0]); }
     [[nodiscard]] QString leftWidget() const { return rawValue(m_settings.widgets[1]); }

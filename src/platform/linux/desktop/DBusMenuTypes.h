@@ -1,0 +1,53 @@
+#pragma once
+
+#include <QDBusArgument>
+#include <QDBusVariant>
+#include <QList>
+#include <QMetaType>
+#include <QStringList>
+#include <QVariantMap>
+
+namespace velmora
+{
+
+// The structures of the interface com.canonical.dbusmenu, as they travel.
+
+/// Signature (ia{sv}av): an entry and, each in a variant, the same for its children.
+struct DBusMenuLayout {
+    int id = 0;
+    QVariantMap properties;
+    QList<QDBusVariant> children;
+};
+
+/// Signature (ia{sv}).
+struct DBusMenuProperties {
+    int id = 0;
+    QVariantMap properties;
+};
+
+/// Signature (isvu).
+struct DBusMenuEvent {
+    int id = 0;
+    QString name;
+    QDBusVariant data;
+    uint timestamp = 0;
+};
+
+/// Signature aas: key presses, each the modifiers and then the key.
+using DBusMenuShortcut = QList<QStringList>;
+
+QDBusArgument &operator<<(QDBusArgument &argument, const DBusMenuLayout &value);
+const QDBusArgument &operator>>(const QDBusArgument &argument, DBusMenuLayout &value);
+QDBusArgument &operator<<(QDBusArgument &argument, const DBusMenuProperties &value);
+const QDBusArgument &operator>>(const QDBusArgument &argument, DBusMenuProperties &value);
+QDBusArgument &operator<<(QDBusArgument &argument, const DBusMenuEvent &value);
+const QDBusArgument &operator>>(const QDBusArgument &argument, DBusMenuEvent &value);
+
+/// Makes the types known to Qt's D-Bus layer. Cheap, and harmless more than once.
+void registerDBusMenuTypes();
+
+} // namespace velmora
+
+Q_DECLARE_METATYPE(velmora::DBusMenuLayout)
+Q_DECLARE_METATYPE(velmora::DBusMenuProperties)
+Q_DECLARE_METATYPE(velmora::DBusMenuEvent)

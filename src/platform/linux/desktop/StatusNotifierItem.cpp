@@ -1,0 +1,78 @@
+#include "platform/linux/desktop/StatusNotifierItem.h"
+
+#include <QDBusMetaType>
+#include <QtEndian>
+
+#include <utility>
+
+namespace velmora
+{
+
+QDBusArgument &operator<<(QDBusArgument &argument, const StatusNotifierPixmap &value)
+{
+    argument.beginStructure();
+    argument << value.width << value.height << value.pixels;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument &operator>>(const QDBusArgument &argument, StatusNotifierPixmap &value)
+{
+    argument.beginStructure();
+    argument >> value.width >> value.height >> value.pixels;
+    argument.endStructure();
+    return argument;
+}
+
+QDBusArgument &operator<<(QDBusArgument &argument, const StatusNotifierToolTip &value)
+{
+    argument.beginStructure();
+    argument << value.iconName << value.iconPixmap << value.title << value.text;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument &operator>>(const QDBusArgument &argument, StatusNotifierToolTip &value)
+{
+    argument.beginStructure();
+    argument >> value.iconName >> value.iconPixmap >> value.title >> value.text;
+    argument.endStructure();
+    return argument;
+}
+
+StatusNotifierPixmap toStatusNotifierPixmap(const QImage &image)
+{
+    const QImage source = image.convertToFormat(QImage::Format_ARGB32);
+    const qsizetype lineBytes = qsizetype{source.width()} * 4;
+    QByteArray pixels(lineBytes * source.height(), Qt::Uninitialized);
+    for (int y = 0; y < source.height(); ++y) {
+        qToBigEndian<quint32>(source.constScanLine(y), source.width(),
+                              pixels.data() + y * lineBytes);
+    }
+    return {source.width(), source.height(), pixels};
+}
+
+StatusNotifierItem::StatusNotifierItem(QString menuPath, QString iconName,
+                                       const QList<QImage> &icons, QString accessibleDescription)
+    : m_menuPath(std::move(menuPath))
+    , m_iconName(std::move(iconName))
+    , m_accessibleDescription(std::move(accessibleDescription))
+{
+    qDBusRegisterMetaType<StatusNotifierPixmap>();
+    qDBusRegisterMetaType<StatusNotifierPixmapList>();
+    qDBusRegisterMetaType<StatusNotifierToolTip>();
+    for (const QImage &icon : icons)
+        m_iconPixmap.append(toStatusNotifierPixmap(icon));
+}
+
+void StatusNotifierItem::Activate(int /*x*/, int /*y*/) {}
+
+void StatusNotifierItem::SecondaryActivate(int /*x*/, int /*y*/) {}
+
+void StatusNotifierItem::ContextMenu(int /*x*/, int /*y*/) {}
+
+void StatusNotifierItem::Scroll(int /*delta*/, const QString & /*orientation*/) {}
+
+void StatusNotifierItem::ProvideXdgActivationToken(const QString & /*token*/) {}
+
+} // namespace velmora

@@ -1,0 +1,114 @@
+#include "platform/linux/wayland/CompositorGlobals.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+#include <wayland-client.h>
+
+namespace velmora
+{
+namespace
+{
+
+using SteadyClock = std::chrono::steady_clock;
+
+/// A socket of the compositor, connected without ever waiting; -1 if that fails.
+int connectToCompositor()
+{
+    const char *display = std::getenv("WAYLAND_DISPLAY");
+    const char *directory = std::getenv("XDG_RUNTIME_DIR");
+    std::string path = display && *display ? display : "wayland-0";
+    if (path.front() != '/') {
+        if (!directory)
+            return -1;
+        path.insert(0, std::string(directory) + '/');
+    }
+
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    if (path.size() >= sizeof address.sun_path)
+        return -1;
+    std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
+
+    const int descriptor = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    if (descriptor < 0)
+        return -1;
+    if (connect(descriptor, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0) {
+        close(descriptor);
+        return -1;
+    }
+    return descriptor;
+}
+
+struct Disconnect {
+    void operator()(wl_display *display) const { wl_display_disconnect(display); }
+};
+using DisplayPtr = std::unique_ptr<wl_display, Disconnect>;
+
+void addGlobal(void *names, wl_registry *, std::uint32_t, const char *interface, std::uint32_t)
+{
+    static_cast<std::vector<std::string> *>(names)->emplace_back(interface);
+}
+
+void ignoreRemoval(void *, wl_registry *, std::uint32_t) {}
+
+void noteDone(void *done, wl_callback *, std::uint32_t)
+{
+    *static_cast<bool *>(done) = true;
+}
+
+/// Reads and handles what comes until `done`; false if the time is over or the connection lost.
+bool dispatchUntil(wl_display *display, const bool &done, SteadyClock::time_point deadline)
+{
+    while (!done) {
+        while (wl_display_prepare_read(display) != 0) {
+            if (wl_display_dispatch_pending(display) < 0)
+                return false;
+        }
+        wl_display_flush(display);
+
+        const auto left =
+            std::chrono::ceil<std::chrono::milliseconds>(deadline - SteadyClock::now());
+        pollfd readable{wl_display_get_fd(display), POLLIN, 0};
+        if (left.count() <= 0 || poll(&readable, 1, static_cast<int>(left.count())) <= 0) {
+            wl_display_cancel_read(display);
+            return false;
+        }
+        if (wl_display_read_events(display) < 0 || wl_display_dispatch_pending(display) < 0)
+            return false;
+    }
+    return true;
+}
+
+} // namespace
+
+std::optional<std::vector<std::string>> compositorGlobals(std::chrono::milliseconds limit)
+{
+    const auto deadline = SteadyClock::now() + limit;
+    const int descriptor = connectToCompositor();
+    if (descriptor < 0)
+        return std::nullopt;
+    const DisplayPtr display(wl_display_connect_to_fd(descriptor)); // owns the descriptor now
+    if (!display)
+        return std::nullopt;
+
+    static constexpr wl_registry_listener registryListener{addGlobal, ignoreRemoval};
+    static constexpr wl_callback_listener doneListener{noteDone};
+    std::vector<std::string> names;
+    bool done = false;
+    wl_registry *registry = wl_display_get_registry(display.get());
+    wl_registry_add_listener(registry, &registryListener, &names);
+    wl_callback *callback = wl_display_sync(display.get());
+    wl_callback_add_listener(callback, &doneListener, &done);
+
+    const bool complete = dispatchUntil(display.get(), done, deadline);
+    wl_callback_destroy(callback);
+    wl_registry_destroy(registry);
+    return complete ? std::optional(names) : std::nullopt;
+}
+
+} // namespace velmora

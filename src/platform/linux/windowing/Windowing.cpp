@@ -1,0 +1,36 @@
+#include "platform/linux/windowing/Windowing.h"
+
+#include "platform/linux/wayland/WaylandOverlayShell.h"
+#include "platform/linux/wayland/WaylandPointer.h"
+#include "platform/linux/windowing/LinuxScreens.h"
+#include "platform/linux/windowing/PlainOverlayShell.h"
+#include "platform/linux/x11/X11OverlayShell.h"
+#include "platform/linux/x11/X11Pointer.h"
+
+#include <QGuiApplication>
+
+namespace velmora
+{
+
+Windowing makeWindowing()
+{
+    Windowing windowing;
+    windowing.screens = std::make_unique<LinuxScreens>();
+
+    const QString platform = QGuiApplication::platformName();
+    if (platform == u"xcb") {
+        const auto connection = X11Connection::open();
+        windowing.pointer = std::make_unique<X11Pointer>(connection);
+        windowing.shell = std::make_unique<X11OverlayShell>(connection);
+        return windowing;
+    }
+
+    windowing.pointer = std::make_unique<WaylandPointer>();
+    if (platform.startsWith(u"wayland"))
+        windowing.shell = WaylandOverlayShell::create();
+    if (!windowing.shell)
+        windowing.shell = std::make_unique<PlainOverlayShell>();
+    return windowing;
+}
+
+} // namespace velmora

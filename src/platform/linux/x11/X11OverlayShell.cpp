@@ -1,0 +1,143 @@
+#include "platform/linux/x11/X11OverlayShell.h"
+
+#include "platform/linux/x11/MotionSelection.h"
+
+#include <QGuiApplication>
+#include <QPointer>
+#include <QWindow>
+#include <QtGui/qguiapplication_platform.h>
+
+#include <cstring>
+#include <optional>
+#include <xcb/xcb.h>
+
+namespace velmora
+{
+namespace
+{
+
+xcb_connection_t *qtConnection()
+{
+    const auto *x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+    return x11 ? x11->connection() : nullptr;
+}
+
+xcb_atom_t internAtom(xcb_connection_t *xcb, const char *name)
+{
+    const auto cookie =
+        xcb_intern_atom(xcb, 0, static_cast<std::uint16_t>(std::strlen(name)), name);
+    const XcbPtr<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(xcb, cookie, nullptr));
+    return reply ? reply->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
+}
+
+/// Qt sends what it has gathered when it next handles an event of the server, and that may be late.
+void flush()
+{
+    if (xcb_connection_t *xcb = qtConnection())
+        xcb_flush(xcb);
+}
+
+class X11OverlaySurface final : public OverlaySurface
+{
+public:
+    X11OverlaySurface(QWindow &window, std::shared_ptr<X11Stacking> stacking)
+        : m_window(&window)
+        , m_stacking(std::move(stacking))
+    {
+    }
+
+    ~X11OverlaySurface() override
+    {
+        if (m_stacking && m_id != XCB_NONE)
+            m_stacking->unwatch(m_id);
+        if (!m_window)
+            return;
+        m_window->destroy();
+        flush();
+    }
+    Q_DISABLE_COPY_MOVE(X11OverlaySurface)
+
+    void orderFront() override
+    {
+        if (!m_window)
+            return;
+        if (m_id == XCB_NONE)
+            prepare();
+        m_window->show();
+        m_window->raise();
+        flush();
+    }
+
+    void setShape(const QRegion &region) override
+    {
+        // An empty mask means no mask to Qt; a spot outside of the window hides all of it.
+        if (!m_window)
+            return;
+        m_window->setMask(region.isEmpty() ? QRegion(-1, -1, 1, 1) : region);
+        flush();
+    }
+
+    void setBounds(const QRect &bounds) override
+    {
+        if (!m_window)
+            return;
+        m_window->setGeometry(bounds);
+        flush();
+    }
+
+    void setMotionWanted(bool wanted) override
+    {
+        m_motionWanted = wanted;
+        if (m_motion)
+            m_motion->setSelected(wanted);
+    }
+
+private:
+    /// Creates the X window and tells pagers and compositors what it is.
+    void prepare()
+    {
+        m_window->create();
+        m_id = static_cast<xcb_window_t>(m_window->winId());
+        xcb_connection_t *xcb = qtConnection();
+        if (!xcb)
+            return;
+        // Compositors draw no shadow around a dock, do not fade it, and keep it in overviews.
+        const xcb_atom_t dock = internAtom(xcb, "_NET_WM_WINDOW_TYPE_DOCK");
+        xcb_change_property(xcb, XCB_PROP_MODE_REPLACE, m_id,
+                            internAtom(xcb, "_NET_WM_WINDOW_TYPE"), XCB_ATOM_ATOM, 32, 1, &dock);
+        const std::uint32_t allDesktops = 0xffffffff;
+        xcb_change_property(xcb, XCB_PROP_MODE_REPLACE, m_id, internAtom(xcb, "_NET_WM_DESKTOP"),
+                            XCB_ATOM_CARDINAL, 32, 1, &allDesktops);
+        m_motion.emplace(xcb, m_id);
+        m_motion->setSelected(m_motionWanted);
+        if (m_stacking)
+            m_stacking->watch(m_id);
+    }
+
+    QPointer<QWindow> m_window;
+    std::shared_ptr<X11Stacking> m_stacking;
+    xcb_window_t m_id = XCB_NONE;
+    std::optional<MotionSelection> m_motion;
+    bool m_motionWanted = true;
+};
+
+} // namespace
+
+X11OverlayShell::X11OverlayShell(std::shared_ptr<X11Connection> connection)
+    : m_stacking(connection ? std::make_shared<X11Stacking>(std::move(connection)) : nullptr)
+{
+}
+
+X11OverlayShell::~X11OverlayShell() = default;
+
+std::unique_ptr<OverlaySurface> X11OverlayShell::adopt(QWindow &window, const Screen &screen,
+                                                       const QRect &bounds)
+{
+    window.setFlags(Qt::FramelessWindowHint | Qt::BypassWindowManagerHint |
+                    Qt::WindowStaysOnTopHint | Qt::WindowDoesNotAcceptFocus);
+    window.setScreen(screen.handle());
+    window.setGeometry(bounds);
+    return std::make_unique<X11OverlaySurface>(window, m_stacking);
+}
+
+} // namespace velmora

@@ -1,0 +1,108 @@
+#pragma once
+
+#include "platform/Clock.h"
+
+#include <QObject>
+#include <QtQml/qqmlregistration.h>
+
+#include <array>
+#include <cstdint>
+#include <unordered_map>
+
+namespace velmora
+{
+
+class SoundOutput;
+class SystemStatistics;
+
+/// The machine at a glance, sampled every two seconds from construction to the end of the process,
+/// whether or not anybody looks. Main thread only; a source that fails never raises an error.
+class SystemMonitorService : public QObject
+{
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("Made once by the program")
+
+    /// Load of all cores together, 0 to 100.
+    Q_PROPERTY(double cpuUsage READ cpuUsage NOTIFY cpuUsageChanged)
+    /// Memory in units of 2^30 bytes.
+    Q_PROPERTY(double memUsedGB READ memUsedGB NOTIFY memUsedGBChanged)
+    Q_PROPERTY(double memTotalGB READ memTotalGB NOTIFY memTotalGBChanged)
+    /// Output volume, 0 to 1.
+    Q_PROPERTY(float volume READ volume NOTIFY volumeChanged)
+    /// Rates in units of 1024 bytes a second.
+    Q_PROPERTY(double netUpKBs READ netUpKBs NOTIFY netUpKBsChanged)
+    Q_PROPERTY(double netDownKBs READ netDownKBs NOTIFY netDownKBsChanged)
+    /// The file system of the home directory, in units of 2^30 bytes.
+    Q_PROPERTY(double diskUsedGB READ diskUsedGB NOTIFY diskUsedGBChanged)
+    Q_PROPERTY(double diskTotalGB READ diskTotalGB NOTIFY diskTotalGBChanged)
+
+public:
+    /// Takes the first sample at once. What is handed in has to outlive the service.
+    SystemMonitorService(Clock &clock, SystemStatistics &statistics, SoundOutput &sound,
+                         QObject *parent = nullptr);
+
+    [[nodiscard]] double cpuUsage() const { return m_cpuUsage; }
+    [[nodiscard]] double memUsedGB() const { return m_memUsedGB; }
+    [[nodiscard]] double memTotalGB() const { return m_memTotalGB; }
+    [[nodiscard]] float volume() const { return m_volume; }
+    [[nodiscard]] double netUpKBs() const { return m_netUpKBs; }
+    [[nodiscard]] double netDownKBs() const { return m_netDownKBs; }
+    [[nodiscard]] double diskUsedGB() const { return m_diskUsedGB; }
+    [[nodiscard]] double diskTotalGB() const { return m_diskTotalGB; }
+
+    /// Moves the output volume by `delta` (1 is the whole range), within 0 and 1. The property
+    /// follows at once; the next sample tells what the sound server made of it.
+    Q_INVOKABLE void adjustVolume(float delta);
+
+Q_SIGNALS:
+    void cpuUsageChanged();
+    void memUsedGBChanged();
+    void memTotalGBChanged();
+    void volumeChanged();
+    void netUpKBsChanged();
+    void netDownKBsChanged();
+    void diskUsedGBChanged();
+    void diskTotalGBChanged();
+
+private:
+    struct NetworkBytes {
+        std::uint64_t up = 0;
+        std::uint64_t down = 0;
+    };
+    using Signal = void (SystemMonitorService::*)();
+
+    void sample();
+    void sampleProcessor();
+    void sampleMemory();
+    void sampleVolume();
+    void sampleNetwork();
+    void sampleDisk();
+
+    [[nodiscard]] NetworkBytes interfaceTotals() const;
+    template<typename T>
+    void publish(T &property, T value, Signal changed);
+
+    Clock &m_clock;
+    SystemStatistics &m_statistics;
+    SoundOutput &m_sound;
+
+    double m_cpuUsage = 0;
+    double m_memUsedGB = 0;
+    double m_memTotalGB = 0;
+    float m_volume = 0.5F;
+    double m_netUpKBs = 0;
+    double m_netDownKBs = 0;
+    double m_diskUsedGB = 0;
+    double m_diskTotalGB = 0;
+
+    std::unordered_map<std::uint32_t, std::array<std::uint32_t, 4>> m_previousTicks;
+    double m_previousCpuUsage = 0;
+    NetworkBytes m_previousBytes;
+    std::chrono::nanoseconds m_previousBytesTime;
+    bool m_hasPreviousBytes = false;
+
+    TimerHandle m_timer;
+};
+
+} // namespace velmora

@@ -1,0 +1,87 @@
+#pragma once
+
+#include "platform/OverlayShell.h"
+#include "platform/Pointer.h"
+#include "platform/SoundOutput.h"
+#include "platform/SystemStatistics.h"
+
+#include <QWindow>
+
+#include <memory>
+#include <optional>
+
+namespace velmora
+{
+
+/// Says that the pointer is where the test puts it.
+class FakePointer final : public Pointer
+{
+public:
+    std::optional<QPointF> position;
+
+    [[nodiscard]] std::optional<QPointF> location() const override { return position; }
+
+    void dragTo(const QPointF &location)
+    {
+        position = location;
+        Q_EMIT movedElsewhere(location);
+    }
+};
+
+/// Remembers what was asked of the window system last.
+class FakeShell final : public OverlayShell
+{
+public:
+    QRegion shape;
+    QRect bounds;
+    int shown = 0;
+    int surfaces = 0; ///< alive
+
+    [[nodiscard]] std::unique_ptr<OverlaySurface> adopt(QWindow &, const Screen &,
+                                                        const QRect &initial) override
+    {
+        bounds = initial;
+        return std::make_unique<Surface>(*this);
+    }
+
+private:
+    class Surface final : public OverlaySurface
+    {
+    public:
+        explicit Surface(FakeShell &shell)
+            : m_shell(shell)
+        {
+            ++m_shell.surfaces;
+        }
+        Surface(const Surface &) = delete;
+        Surface &operator=(const Surface &) = delete;
+        ~Surface() override { --m_shell.surfaces; }
+
+        void orderFront() override { ++m_shell.shown; }
+        void setShape(const QRegion &region) override { m_shell.shape = region; }
+        void setBounds(const QRect &bounds) override { m_shell.bounds = bounds; }
+
+    private:
+        FakeShell &m_shell;
+    };
+};
+
+/// A machine that tells nothing.
+class SilentStatistics final : public SystemStatistics
+{
+public:
+    std::optional<std::vector<CoreTicks>> processorTicks() override { return std::nullopt; }
+    std::optional<MemoryPages> memoryPages() override { return std::nullopt; }
+    std::uint64_t physicalMemory() override { return 0; }
+    std::optional<std::vector<InterfaceBytes>> interfaces() override { return std::nullopt; }
+    FileSystemSize homeFileSystem() override { return {}; }
+};
+
+class SilentSound final : public SoundOutput
+{
+public:
+    [[nodiscard]] std::optional<int> volumePercent() const override { return std::nullopt; }
+    void setVolumePercent(int) override {}
+};
+
+} // namespace velmora

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QMutex>
+#include <QStringList>
+#include <QtGlobal>
+
+namespace velmora
+{
+
+/// Gathers every warning that comes up while it lives, those of QML included, so that a test can
+/// insist on there being none.
+class QmlWarnings
+{
+public:
+    QmlWarnings() { s_previous = qInstallMessageHandler(&QmlWarnings::handle); }
+    QmlWarnings(const QmlWarnings &) = delete;
+    QmlWarnings &operator=(const QmlWarnings &) = delete;
+    ~QmlWarnings() { qInstallMessageHandler(s_previous); }
+
+    [[nodiscard]] QStringList list() const
+    {
+        const QMutexLocker lock(&s_mutex);
+        return s_messages;
+    }
+    void clear()
+    {
+        const QMutexLocker lock(&s_mutex);
+        s_messages.clear();
+    }
+
+private:
+    static void handle(QtMsgType type, const QMessageLogContext &context, const QString &message)
+    {
+        // What the offscreen platform cannot do says nothing about the program.
+        if (type != QtDebugMsg && type != QtInfoMsg &&
+            !message.contains(QStringLiteral("This plugin does not support"))) {
+            const QMutexLocker lock(&s_mutex);
+            s_messages << message;
+        }
+        s_previous(type, context, message);
+    }
+
+    static inline QMutex s_mutex;
+    static inline QStringList s_messages;
+    static inline QtMessageHandler s_previous = nullptr;
+};
+
+} // namespace velmora
