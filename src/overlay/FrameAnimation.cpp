@@ -1,7 +1,5 @@
 #include "overlay/FrameAnimation.h"
 
-#include <QEasingCurve>
-
 #include <algorithm>
 
 namespace velmora
@@ -10,15 +8,19 @@ namespace velmora
 namespace
 {
 
-/// The usual curve for "ease in and ease out": cubic with control points (0.42, 0), (0.58, 1).
+/// The usual curve for "ease in and ease out": cubic with control points (0.42, 0), (0.58, 1). Its
+/// parameter is found by bisection, since time rises with it all the way.
 double easeInEaseOut(double progress)
 {
-    static const QEasingCurve curve = [] {
-        QEasingCurve easing(QEasingCurve::BezierSpline);
-        easing.addCubicBezierSegment({0.42, 0}, {0.58, 1}, {1, 1});
-        return easing;
-    }();
-    return curve.valueForProgress(progress);
+    double low = 0;
+    double high = 1;
+    double t = progress;
+    for (int i = 0; i < 24; ++i) {
+        t = (low + high) / 2;
+        const double time = 3 * (1 - t) * t * ((1 - t) * 0.42 + t * 0.58) + t * t * t;
+        (time < progress ? low : high) = t;
+    }
+    return t * t * (3 - 2 * t);
 }
 
 } // namespace

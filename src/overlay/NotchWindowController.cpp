@@ -55,6 +55,7 @@ void NotchWindowController::setupWindow(const OverlayContent &content)
     m_surface =
         m_environment.shell.adopt(*m_window, *m_screen.lock(), m_windowBounds);
     updateShape();
+    updateMotion();
     if (content) {
         content(*m_window, *this);
     }
@@ -227,7 +228,15 @@ void NotchWindowController::setMenuPart(QRectF &part, const QRectF &frame)
     }
     part = frame;
     updateShape();
+    updateMotion();
     Q_EMIT menuChanged();
+}
+
+void NotchWindowController::updateMotion()
+{
+    // Only the menu follows the pointer; to everything else entering, leaving and pressing is
+    // enough, and a pointer that merely moves costs nothing.
+    m_surface->setMotionWanted(!m_menuFrame.isEmpty());
 }
 
 void NotchWindowController::updateShape()

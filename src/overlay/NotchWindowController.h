@@ -113,6 +113,7 @@ private:
     void setFrame(const QRectF &frame);
     void setMenuPart(QRectF &part, const QRectF &frame);
     void updateShape();
+    void updateMotion();
     [[nodiscard]] bool isPointerInside() const;
 
     std::weak_ptr<Screen> m_screen;

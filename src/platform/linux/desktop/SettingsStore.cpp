@@ -1,6 +1,5 @@
 #include "platform/linux/desktop/SettingsStore.h"
 
-#include <QAbstractEventDispatcher>
 #include <QCoreApplication>
 #include <QEvent>
 #include <QLocale>
@@ -8,6 +7,7 @@
 #include <QStandardPaths>
 
 #include <cmath>
+#include <utility>
 
 Q_LOGGING_CATEGORY(lcSettings, "com.velmora.app.Settings")
 
@@ -164,26 +164,19 @@ SettingsStore::TurnEnd::TurnEnd(SettingsStore &store)
 {
 }
 
-/// An event alone could come after other tasks of the next turn: the dispatcher runs whatever is
-/// ready. Its own signals stand between two turns, but not every kind of loop sends them.
+/// The event comes before all others that wait and before timers, so that no task of the next turn
+/// runs with this turn's assignments unwritten.
 void SettingsStore::TurnEnd::arm()
 {
-    if (m_connections[0])
+    if (std::exchange(m_isArmed, true))
         return;
-    if (auto *const dispatcher = QAbstractEventDispatcher::instance()) {
-        const auto flush = [this] { m_store.flush(); };
-        m_connections = {
-            connect(dispatcher, &QAbstractEventDispatcher::aboutToBlock, this, flush),
-            connect(dispatcher, &QAbstractEventDispatcher::awake, this, flush),
-        };
-    }
     QCoreApplication::postEvent(this, new QEvent(QEvent::User), Qt::HighEventPriority);
 }
 
 void SettingsStore::TurnEnd::disarm()
 {
-    for (auto &connection : m_connections)
-        disconnect(std::exchange(connection, {}));
+    if (std::exchange(m_isArmed, false))
+        QCoreApplication::removePostedEvents(this, QEvent::User);
 }
 
 bool SettingsStore::TurnEnd::event(QEvent *event)

@@ -5,10 +5,7 @@
 #include "platform/linux/desktop/SettingsFile.h"
 
 #include <QMap>
-#include <QMetaObject>
 #include <QObject>
-
-#include <array>
 
 namespace velmora
 {
@@ -60,7 +57,7 @@ private:
 
     private:
         SettingsStore &m_store;
-        std::array<QMetaObject::Connection, 2> m_connections;
+        bool m_isArmed = false;
     };
 
     [[nodiscard]] std::optional<ini::Value> value(const QString &key) const;
