@@ -1,0 +1,23 @@
+# Targets that read the code instead of building it. all_qmllint comes from qt_add_qml_module.
+file(GLOB_RECURSE VELMORA_FORMATTED CONFIGURE_DEPENDS
+     ${PROJECT_SOURCE_DIR}/src/*.cpp ${PROJECT_SOURCE_DIR}/src/*.h
+     ${PROJECT_SOURCE_DIR}/tests/*.cpp ${PROJECT_SOURCE_DIR}/tests/*.h
+     ${PROJECT_SOURCE_DIR}/bench/*.cpp ${PROJECT_SOURCE_DIR}/bench/*.h)
+
+find_program(CLANG_FORMAT clang-format)
+if(CLANG_FORMAT)
+  add_custom_target(format
+    COMMAND ${CLANG_FORMAT} -i ${VELMORA_FORMATTED}
+    COMMENT "Formatting the C++ sources")
+  add_custom_target(check-format
+    COMMAND ${CLANG_FORMAT} --dry-run -Werror ${VELMORA_FORMATTED}
+    COMMENT "Checking the format of the C++ sources")
+endif()
+
+find_program(RUN_CLANG_TIDY NAMES run-clang-tidy run-clang-tidy-14)
+if(RUN_CLANG_TIDY)
+  add_custom_target(tidy
+    COMMAND ${RUN_CLANG_TIDY} -quiet -p ${CMAKE_BINARY_DIR} "^${PROJECT_SOURCE_DIR}/src/"
+    COMMENT "clang-tidy on src"
+    USES_TERMINAL)
+endif()
