@@ -44,13 +44,16 @@ QRegion bottomRoundedRegion(const QRectF &rect, double radius)
     if (rect.isEmpty()) {
         return {};
     }
-    const double limited = std::clamp(radius, 0.0, std::min(rect.width() / 2, rect.height()));
-    const int rows = std::min(static_cast<int>(std::ceil(limited)), outer.height());
+    // Where the two curves overlap, the outline crosses itself: show all of the rectangle.
+    if (radius > std::min(rect.width() / 2, rect.height())) {
+        return outer;
+    }
+    const int rows = std::min(static_cast<int>(std::ceil(std::max(radius, 0.0))), outer.height());
     QRegion region(outer.adjusted(0, 0, 0, -rows));
     for (int row = 0; row < rows; ++row) {
         const int y = outer.bottom() - row;
         // The upper edge of a row is where the shape is widest.
-        const double inset = cornerInset(rect.bottom() - y, limited);
+        const double inset = cornerInset(rect.bottom() - y, radius);
         const int left = static_cast<int>(std::floor(rect.left() + inset));
         const int right = static_cast<int>(std::ceil(rect.right() - inset));
         region += QRect(left, y, right - left, 1);

@@ -1,0 +1,126 @@
+#include "platform/linux/windowing/Windowing.h"
+
+#include <QElapsedTimer>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <algorithm>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+using namespace velmora;
+
+namespace
+{
+
+/// A socket where a compositor should be: it takes connections and says at most one thing.
+class Listener
+{
+public:
+    explicit Listener(const QByteArray &path)
+    {
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        std::ranges::copy(path, address.sun_path);
+        m_socket = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        m_listening =
+            bind(m_socket, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0 &&
+            listen(m_socket, 4) == 0;
+    }
+    ~Listener() { close(m_socket); }
+    Q_DISABLE_COPY_MOVE(Listener)
+
+    [[nodiscard]] bool isListening() const { return m_listening; }
+
+private:
+    int m_socket = -1;
+    bool m_listening = false;
+};
+
+} // namespace
+
+class WindowSystemChoiceTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        for (const char *name :
+             {"QT_QPA_PLATFORM", "QT_QUICK_BACKEND", "QSG_RHI_BACKEND", "QSG_RENDER_LOOP",
+              "DISPLAY", "WAYLAND_DISPLAY", "WAYLAND_SOCKET", "XDG_SESSION_TYPE",
+              "QT_WAYLAND_USE_BYPASSWINDOWMANAGERHINT", "QT_WAYLAND_DISABLE_FIXED_POSITIONS",
+              "QT_WAYLAND_CLIENT_BUFFER_INTEGRATION"})
+            qunsetenv(name);
+        qputenv("XDG_RUNTIME_DIR", m_runtime.path().toUtf8());
+    }
+
+    void softwareUnlessTheUserSaysOtherwise()
+    {
+        qputenv("DISPLAY", ":7");
+        chooseWindowSystem();
+        QCOMPARE(qgetenv("QT_QPA_PLATFORM"), "xcb");
+        QCOMPARE(qgetenv("QT_QUICK_BACKEND"), "software");
+        QCOMPARE(qgetenv("QSG_RENDER_LOOP"), "basic");
+        QVERIFY(!qEnvironmentVariableIsSet("QT_WAYLAND_CLIENT_BUFFER_INTEGRATION"));
+
+        init();
+        qputenv("QT_QPA_PLATFORM", "wayland-egl");
+        qputenv("QSG_RHI_BACKEND", "opengl");
+        qputenv("QSG_RENDER_LOOP", "threaded");
+        chooseWindowSystem();
+        QCOMPARE(qgetenv("QT_QPA_PLATFORM"), "wayland-egl");
+        QVERIFY(!qEnvironmentVariableIsSet("QT_QUICK_BACKEND"));
+        QCOMPARE(qgetenv("QSG_RENDER_LOOP"), "threaded");
+        QCOMPARE(qgetenv("QT_WAYLAND_USE_BYPASSWINDOWMANAGERHINT"), "1");
+        // Drawing with the GPU needs the integration.
+        QVERIFY(!qEnvironmentVariableIsSet("QT_WAYLAND_CLIENT_BUFFER_INTEGRATION"));
+    }
+
+    void ownEnvironmentNamesWhatWasSetHere()
+    {
+        qputenv("DISPLAY", ":7");
+        qputenv("QSG_RENDER_LOOP", "threaded");
+        chooseWindowSystem();
+        const auto &own = ownEnvironment();
+        QVERIFY(std::ranges::find(own, "QT_QPA_PLATFORM") != own.end());
+        QVERIFY(std::ranges::find(own, "QSG_RENDER_LOOP") == own.end());
+    }
+
+    void compositorThatIsNotThere()
+    {
+        qputenv("DISPLAY", ":7");
+        qputenv("WAYLAND_DISPLAY", "wayland-gone");
+        chooseWindowSystem();
+        QCOMPARE(qgetenv("QT_QPA_PLATFORM"), "xcb");
+    }
+
+    void compositorThatNeverAnswers()
+    {
+        const Listener mute((m_runtime.path() + QStringLiteral("/wayland-mute")).toUtf8());
+        QVERIFY(mute.isListening());
+        qputenv("DISPLAY", ":7");
+        qputenv("WAYLAND_DISPLAY", "wayland-mute");
+        QElapsedTimer watch;
+        watch.start();
+        chooseWindowSystem();
+        QCOMPARE(qgetenv("QT_QPA_PLATFORM"), "xcb");
+        QVERIFY2(watch.elapsed() < 5000, qPrintable(QString::number(watch.elapsed())));
+    }
+
+    void inheritedConnectionIsLeftToQt()
+    {
+        qputenv("DISPLAY", ":7");
+        qputenv("WAYLAND_SOCKET", "42");
+        chooseWindowSystem();
+        QCOMPARE(qgetenv("QT_QPA_PLATFORM"), "wayland");
+        QCOMPARE(qgetenv("WAYLAND_SOCKET"), "42");
+    }
+
+private:
+    QTemporaryDir m_runtime;
+};
+
+QTEST_GUILESS_MAIN(WindowSystemChoiceTest)
+#include "WindowSystemChoiceTest.moc"

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "platform/Platform.h"
+#include "support/FakeScreens.h"
+#include "support/FakeSound.h"
+#include "support/FakeStatistics.h"
+#include "support/MemoryStore.h"
+#include "support/VirtualClock.h"
+
+namespace velmora
+{
+
+/// A machine of doubles, as far as logic without windows asks for one.
+struct FakePlatform {
+    Platform roles;
+    VirtualClock &clock = put(roles.clock, std::make_unique<VirtualClock>());
+    MemoryStore &store = put(roles.store, std::make_unique<MemoryStore>());
+    FakeScreens &screens = put(roles.screens, std::make_unique<FakeScreens>());
+    FakeStatistics &statistics = put(roles.statistics, std::make_unique<FakeStatistics>());
+    FakeSound &sound = put(roles.sound, std::make_unique<FakeSound>());
+
+private:
+    template<typename Role, typename Double>
+    static Double &put(std::unique_ptr<Role> &role, std::unique_ptr<Double> fake)
+    {
+        Double &reference = *fake;
+        role = std::move(fake);
+        return reference;
+    }
+};
+
+} // namespace velmora
