@@ -15,8 +15,14 @@ Q_LOGGING_CATEGORY(lcAppDelegate, "com.velmora.app.AppDelegate", QtInfoMsg)
 constexpr std::chrono::milliseconds loginPromptDelay(500);
 constexpr std::chrono::milliseconds permissionDelay(2000);
 
-QString hasPromptedLoginItemKey() { return QStringLiteral("hasPromptedLoginItem"); }
-QString hasRequestedPermissionsKey() { return QStringLiteral("hasRequestedPermissions"); }
+QString hasPromptedLoginItemKey()
+{
+    return QStringLiteral("hasPromptedLoginItem");
+}
+QString hasRequestedPermissionsKey()
+{
+    return QStringLiteral("hasRequestedPermissions");
+}
 
 MenuItem separator()
 {
@@ -35,7 +41,10 @@ MenuItem actionItem(const QString &title, std::function<void()> action,
     return item;
 }
 
-MenuItem::Mark mark(bool on) { return on ? MenuItem::Mark::On : MenuItem::Mark::Off; }
+MenuItem::Mark mark(bool on)
+{
+    return on ? MenuItem::Mark::On : MenuItem::Mark::Off;
+}
 
 } // namespace
 
@@ -61,7 +70,10 @@ void AppDelegate::applicationDidFinishLaunching()
     requestPermissions();
 }
 
-void AppDelegate::setupStatusItem() { rebuildMenu(); }
+void AppDelegate::setupStatusItem()
+{
+    rebuildMenu();
+}
 
 void AppDelegate::rebuildMenu()
 {
@@ -122,7 +134,10 @@ void AppDelegate::switchProfile(int tag)
     rebuildMenu();
 }
 
-void AppDelegate::openPreferences() { qCInfo(lcAppDelegate, "openPreferences"); }
+void AppDelegate::openPreferences()
+{
+    qCInfo(lcAppDelegate, "openPreferences");
+}
 
 void AppDelegate::quitApp()
 {
@@ -144,9 +159,8 @@ void AppDelegate::promptForLoginItem()
     }
     // Before anything is shown: the question is put once, even to somebody who quits before it.
     store.setBoolean(hasPromptedLoginItemKey(), true);
-    m_loginPrompt = m_platform.clock->after(loginPromptDelay, [this] {
-        m_actions.askForLoginItem([this] { registerLoginItem(); });
-    });
+    m_loginPrompt = m_platform.clock->after(
+        loginPromptDelay, [this] { m_actions.askForLoginItem([this] { registerLoginItem(); }); });
 }
 
 void AppDelegate::registerLoginItem()

@@ -40,8 +40,7 @@ Platform makePlatform(const QDBusConnection &bus)
     platform.sound = std::make_unique<PulseSoundOutput>(*platform.clock);
     platform.loginItem =
         std::make_unique<AutostartLoginItem>(QCoreApplication::applicationFilePath());
-    platform.statusItem =
-        std::make_unique<TrayItem>(bus, installedTrayIconName(), drawTrayIcons());
+    platform.statusItem = std::make_unique<TrayItem>(bus, installedTrayIconName(), drawTrayIcons());
     return platform;
 }
 

@@ -1,6 +1,7 @@
+pragma ComponentBehavior: Bound
+
 import QtQuick
 import QtQuick.Controls.Basic
-import Velmora.Style
 
 // The question of a first launch. A window like any other: it takes the keyboard, closing it is the
 // same as "Not Now", and the notch goes on working beside it.
@@ -45,8 +46,8 @@ Window {
             verticalAlignment: Text.AlignVCenter
         }
 
-        Keys.onEnterPressed: click()
-        Keys.onReturnPressed: click()
+        Keys.onEnterPressed: clicked()
+        Keys.onReturnPressed: clicked()
     }
 
     color: "#262628"

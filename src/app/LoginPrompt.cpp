@@ -14,7 +14,10 @@ Q_LOGGING_CATEGORY(lcAppDelegate, "com.velmora.app.AppDelegate", QtInfoMsg)
 
 } // namespace
 
-LoginPrompt::~LoginPrompt() { delete m_window; }
+LoginPrompt::~LoginPrompt()
+{
+    delete m_window;
+}
 
 void LoginPrompt::ask(const std::function<void()> &accepted)
 {
@@ -35,7 +38,10 @@ void LoginPrompt::ask(const std::function<void()> &accepted)
     m_window->requestActivate();
 }
 
-void LoginPrompt::accept() { m_accepted(); }
+void LoginPrompt::accept()
+{
+    m_accepted();
+}
 
 void LoginPrompt::finish()
 {

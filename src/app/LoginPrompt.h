@@ -17,7 +17,10 @@ class LoginPrompt : public QObject
     Q_OBJECT
 
 public:
-    explicit LoginPrompt(QQmlEngine &engine) : m_engine(engine) {}
+    explicit LoginPrompt(QQmlEngine &engine)
+        : m_engine(engine)
+    {
+    }
     ~LoginPrompt() override;
 
     /// Shows the question; `accepted` runs if the user agrees, nothing otherwise.

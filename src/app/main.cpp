@@ -1,5 +1,4 @@
 #include "app/Application.h"
-
 #include "platform/linux/windowing/Windowing.h"
 
 #include <QGuiApplication>

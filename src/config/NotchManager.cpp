@@ -20,7 +20,10 @@ constexpr std::array<Zone, 5> zones{Zone::farLeft, Zone::left, Zone::center, Zon
                                     Zone::farRight};
 constexpr std::array<const char *, 5> zoneNames{"farLeft", "left", "center", "right", "farRight"};
 
-std::size_t indexOf(Zone zone) { return static_cast<std::size_t>(zone); }
+std::size_t indexOf(Zone zone)
+{
+    return static_cast<std::size_t>(zone);
+}
 
 QString widgetKey(Zone zone)
 {
@@ -32,13 +35,34 @@ QString zoneWidthKey(Zone zone)
     return QString::fromLatin1(zoneNames.at(indexOf(zone))) + QStringLiteral("ZoneWidth");
 }
 
-QString isEnabledKey() { return QStringLiteral("isEnabled"); }
-QString notchWidthKey() { return QStringLiteral("notchWidth"); }
-QString notchHeightKey() { return QStringLiteral("notchHeight"); }
-QString cornerRadiusKey() { return QStringLiteral("cornerRadius"); }
-QString expandedTopPaddingKey() { return QStringLiteral("expandedTopPadding"); }
-QString profilesKey() { return QStringLiteral("notchProfiles"); }
-QString activeProfileIndexKey() { return QStringLiteral("activeProfileIndex"); }
+QString isEnabledKey()
+{
+    return QStringLiteral("isEnabled");
+}
+QString notchWidthKey()
+{
+    return QStringLiteral("notchWidth");
+}
+QString notchHeightKey()
+{
+    return QStringLiteral("notchHeight");
+}
+QString cornerRadiusKey()
+{
+    return QStringLiteral("cornerRadius");
+}
+QString expandedTopPaddingKey()
+{
+    return QStringLiteral("expandedTopPadding");
+}
+QString profilesKey()
+{
+    return QStringLiteral("notchProfiles");
+}
+QString activeProfileIndexKey()
+{
+    return QStringLiteral("activeProfileIndex");
+}
 
 std::array<NotchWidgetType, 5> widgetsOf(const NotchProfile &profile)
 {
@@ -58,7 +82,10 @@ NotchManager::NotchManager(const Platform &platform, OverlayControllerFactory ma
     readProfiles();
 }
 
-NotchManager::~NotchManager() { tearDown(); }
+NotchManager::~NotchManager()
+{
+    tearDown();
+}
 
 void NotchManager::readSettings()
 {
@@ -138,7 +165,10 @@ void NotchManager::setExpandedTopPadding(double points)
     apply();
 }
 
-double NotchManager::zoneWidth(Zone zone) const { return m_settings.zoneWidths.at(indexOf(zone)); }
+double NotchManager::zoneWidth(Zone zone) const
+{
+    return m_settings.zoneWidths.at(indexOf(zone));
+}
 
 void NotchManager::setZoneWidth(Zone zone, double weight)
 {

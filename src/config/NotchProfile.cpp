@@ -1,10 +1,9 @@
 #include "config/NotchProfile.h"
 
-#include <nlohmann/json.hpp>
-
 #include <QRegularExpression>
 
 #include <array>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <utility>
 

@@ -29,7 +29,8 @@ class NotchServices : public QObject
 
 public:
     NotchServices(Clock &clock, SystemStatistics &statistics, SoundOutput &sound)
-        : m_clock(clock), m_systemMonitor(clock, statistics, sound)
+        : m_clock(clock)
+        , m_systemMonitor(clock, statistics, sound)
     {
     }
 

@@ -7,8 +7,9 @@
 namespace velmora
 {
 
-/// What an overlay is built from: one snapshot of the settings. Sizes in points; the zones from left
-/// to right; zone widths are relative weights. Nothing here is limited: whoever draws has to cope.
+/// What an overlay is built from: one snapshot of the settings. Sizes in points; the zones from
+/// left to right; zone widths are relative weights. Nothing here is limited: whoever draws has to
+/// cope.
 struct NotchSettings {
     double notchWidth = 200.0;
     double notchHeight = 36.0;

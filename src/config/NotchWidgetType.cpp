@@ -36,7 +36,10 @@ constexpr std::array<Names, 16> catalogue{{
     {dropActions, "dropActions", "Drop Actions", "tray.fill"},
 }};
 
-const Names &namesOf(NotchWidgetType type) { return catalogue.at(static_cast<std::size_t>(type)); }
+const Names &namesOf(NotchWidgetType type)
+{
+    return catalogue.at(static_cast<std::size_t>(type));
+}
 
 } // namespace
 
@@ -51,7 +54,10 @@ const std::array<NotchWidgetType, 16> &allWidgetTypes()
     return types;
 }
 
-QString rawValue(NotchWidgetType type) { return QString::fromLatin1(namesOf(type).rawValue); }
+QString rawValue(NotchWidgetType type)
+{
+    return QString::fromLatin1(namesOf(type).rawValue);
+}
 
 std::optional<NotchWidgetType> widgetTypeFromRawValue(const QString &rawValue)
 {
@@ -62,8 +68,14 @@ std::optional<NotchWidgetType> widgetTypeFromRawValue(const QString &rawValue)
     return found == catalogue.end() ? std::nullopt : std::optional(found->type);
 }
 
-QString displayName(NotchWidgetType type) { return QString::fromLatin1(namesOf(type).displayName); }
+QString displayName(NotchWidgetType type)
+{
+    return QString::fromLatin1(namesOf(type).displayName);
+}
 
-QString iconName(NotchWidgetType type) { return QString::fromLatin1(namesOf(type).iconName); }
+QString iconName(NotchWidgetType type)
+{
+    return QString::fromLatin1(namesOf(type).iconName);
+}
 
 } // namespace velmora

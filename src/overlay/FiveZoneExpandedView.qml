@@ -1,3 +1,5 @@
+pragma ComponentBehavior: Bound
+
 import QtQuick
 import Velmora.Overlay
 
@@ -7,14 +9,12 @@ Item {
 
     required property NotchWindowController controller
 
-    readonly property list<real> zoneWidths: controller.zoneWidths(width)
-
     component Zone: ZoneSlot {
         required property int index
 
         height: zones.height
         services: panel.controller.services
-        width: panel.zoneWidths[index]
+        width: panel.controller.zoneWidth(index, panel.width)
     }
 
     component Divider: ZoneDivider {

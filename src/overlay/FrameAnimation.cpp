@@ -25,10 +25,17 @@ double easeInEaseOut(double progress)
 
 } // namespace
 
-FrameAnimation::FrameAnimation(const QRectF &frame) : m_from(frame), m_to(frame) {}
+FrameAnimation::FrameAnimation(const QRectF &frame)
+    : m_from(frame)
+    , m_to(frame)
+{
+}
 
 FrameAnimation::FrameAnimation(const QRectF &from, const QRectF &to, Time start, Time duration)
-    : m_from(from), m_to(to), m_start(start), m_duration(duration)
+    : m_from(from)
+    , m_to(to)
+    , m_start(start)
+    , m_duration(duration)
 {
 }
 

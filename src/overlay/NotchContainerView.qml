@@ -15,25 +15,31 @@ Item {
     anchors.fill: parent
 
     // One of the things that the notch can show. It lives from the moment it is asked for until it
-    // has faded out; asked for again before that, it starts afresh.
+    // has faded out; asked for again before that, it starts afresh. (Views are loaded by name: 6.4
+    // does not let a loader instantiate a component that is bound to this file.)
     component Layer: Loader {
         id: layer
 
-        property bool shown: false
+        required property NotchWindowController controller
+        required property bool shown
+        required property string view
         property real restingScale: 1
+
+        function load() {
+            if (shown) {
+                setSource(view, {
+                    "controller": controller
+                });
+            }
+        }
 
         active: shown || presence.value > 0
         anchors.fill: parent
         opacity: Math.max(0, Math.min(presence.value, 1))
         scale: restingScale + (1 - restingScale) * presence.value
 
-        onShownChanged: {
-            if (shown && status === Loader.Ready) {
-                const component = sourceComponent;
-                sourceComponent = null;
-                sourceComponent = component;
-            }
-        }
+        Component.onCompleted: load()
+        onShownChanged: load()
 
         SpringMotion {
             id: presence
@@ -61,17 +67,15 @@ Item {
             width: Math.ceil(parent.width)
         }
         Layer {
+            controller: root.controller
             shown: !root.isExpanded
-
-            sourceComponent: CollapsedLiveStripView {}
+            view: "CollapsedLiveStripView.qml"
         }
         Layer {
+            controller: root.controller
             restingScale: 0.97
             shown: root.isExpanded
-
-            sourceComponent: FiveZoneExpandedView {
-                controller: root.controller
-            }
+            view: "FiveZoneExpandedView.qml"
         }
     }
 
@@ -80,7 +84,12 @@ Item {
         gesturePolicy: TapHandler.ReleaseWithinBounds
 
         onTapped: eventPoint => {
-            menuLoader.active = true;
+            if (menuLoader.status !== Loader.Ready) {
+                menuLoader.setSource("StatusMenuView.qml", {
+                    "controller": root.controller,
+                    "menu": root.menu
+                });
+            }
             (menuLoader.item as StatusMenuView).openAt(eventPoint.position);
         }
     }
@@ -88,12 +97,6 @@ Item {
     Loader {
         id: menuLoader
 
-        active: false
         anchors.fill: parent
-
-        sourceComponent: StatusMenuView {
-            controller: root.controller
-            menu: root.menu
-        }
     }
 }

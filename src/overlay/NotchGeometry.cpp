@@ -51,9 +51,8 @@ QList<double> zoneWidths(const std::array<double, 5> &weights, double panelWidth
 {
     const double available = panelWidth - 4 * dividerWidth - 2 * panelPadding;
     std::array<double, 5> counted{};
-    std::transform(weights.begin(), weights.end(), counted.begin(), [](double weight) {
-        return std::clamp(weight, smallestWeight, largestSide);
-    });
+    std::transform(weights.begin(), weights.end(), counted.begin(),
+                   [](double weight) { return std::clamp(weight, smallestWeight, largestSide); });
     const double total = std::accumulate(counted.begin(), counted.end(), 0.0);
     QList<double> widths;
     for (const double weight : counted) {

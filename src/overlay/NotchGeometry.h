@@ -33,8 +33,8 @@ inline constexpr double dividerWidth = 1;
 /// The window that all states of the notch fit into, its menu included.
 [[nodiscard]] QRect window(const QRectF &screen, const NotchSettings &settings);
 
-/// Widths of the five zones in a panel of `panelWidth` points, from their relative weights. A weight
-/// below 0.3 counts as 0.3, so that no zone vanishes.
+/// Widths of the five zones in a panel of `panelWidth` points, from their relative weights. A
+/// weight below 0.3 counts as 0.3, so that no zone vanishes.
 [[nodiscard]] QList<double> zoneWidths(const std::array<double, 5> &weights, double panelWidth);
 
 } // namespace NotchGeometry

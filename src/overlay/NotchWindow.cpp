@@ -8,9 +8,9 @@
 namespace velmora
 {
 
-NotchWindow::NotchWindow(TrackingView &trackingView,
-                         std::function<QPointF(const QPointF &)> toView)
-    : m_trackingView(trackingView), m_toView(std::move(toView))
+NotchWindow::NotchWindow(TrackingView &trackingView, std::function<QPointF(const QPointF &)> toView)
+    : m_trackingView(trackingView)
+    , m_toView(std::move(toView))
 {
     setColor(Qt::transparent);
     setTitle(QStringLiteral("Velmora"));

@@ -20,8 +20,7 @@ constexpr std::chrono::milliseconds collapseDelay(300);
 } // namespace
 
 NotchWindowController::NotchWindowController(const std::shared_ptr<Screen> &screen,
-                                             const NotchSettings &settings,
-                                             NotchServices &services,
+                                             const NotchSettings &settings, NotchServices &services,
                                              const OverlayEnvironment &environment,
                                              const OverlayContent &content)
     : m_screen(screen)
@@ -39,7 +38,10 @@ NotchWindowController::NotchWindowController(const std::shared_ptr<Screen> &scre
     connect(&environment.screens, &Screens::changed, this, &NotchWindowController::screensChanged);
 }
 
-NotchWindowController::~NotchWindowController() { NotchWindowController::close(); }
+NotchWindowController::~NotchWindowController()
+{
+    NotchWindowController::close();
+}
 
 void NotchWindowController::setupTracking()
 {
@@ -52,8 +54,7 @@ void NotchWindowController::setupWindow(const OverlayContent &content)
     m_window = std::make_unique<NotchWindow>(m_trackingView, [this](const QPointF &position) {
         return position - frameInWindow().topLeft();
     });
-    m_surface =
-        m_environment.shell.adopt(*m_window, *m_screen.lock(), m_windowBounds);
+    m_surface = m_environment.shell.adopt(*m_window, *m_screen.lock(), m_windowBounds);
     updateShape();
     updateMotion();
     if (content) {
@@ -86,9 +87,9 @@ double NotchWindowController::cornerRadius() const
     return NotchGeometry::cornerRadius(m_settings);
 }
 
-QList<double> NotchWindowController::zoneWidths(double panelWidth) const
+double NotchWindowController::zoneWidth(int zone, double panelWidth) const
 {
-    return NotchGeometry::zoneWidths(m_settings.zoneWidths, panelWidth);
+    return NotchGeometry::zoneWidths(m_settings.zoneWidths, panelWidth).value(zone);
 }
 
 void NotchWindowController::mouseEntered()
@@ -214,7 +215,10 @@ void NotchWindowController::setFrame(const QRectF &frame)
     Q_EMIT frameChanged();
 }
 
-void NotchWindowController::setMenuFrame(const QRectF &frame) { setMenuPart(m_menuFrame, frame); }
+void NotchWindowController::setMenuFrame(const QRectF &frame)
+{
+    setMenuPart(m_menuFrame, frame);
+}
 
 void NotchWindowController::setSubmenuFrame(const QRectF &frame)
 {
@@ -241,7 +245,8 @@ void NotchWindowController::updateMotion()
 
 void NotchWindowController::updateShape()
 {
-    const double radius = m_notchState.isExpanded() ? NotchGeometry::panelCornerRadius : cornerRadius();
+    const double radius =
+        m_notchState.isExpanded() ? NotchGeometry::panelCornerRadius : cornerRadius();
     QRegion region = bottomRoundedRegion(frameInWindow(), radius);
     for (const QRectF &card : {m_menuFrame, m_submenuFrame}) {
         region += roundedRegion(card, NotchGeometry::menuCornerRadius);

@@ -35,7 +35,8 @@ using OverlayContent = std::function<void(NotchWindow &, NotchWindowController &
 
 /// The overlay of one screen: a window that holds the notch, which grows into the panel when the
 /// pointer comes and shrinks back when it leaves. A snapshot: what it gets at construction stays
-/// fixed for its life. The window never changes its size; `frame` says what part of it is the notch.
+/// fixed for its life. The window never changes its size; `frame` says what part of it is the
+/// notch.
 class NotchWindowController : public QObject, public OverlayController
 {
     Q_OBJECT
@@ -48,8 +49,7 @@ class NotchWindowController : public QObject, public OverlayController
     /// by the view that shows it.
     Q_PROPERTY(QRectF menuFrame READ menuFrame WRITE setMenuFrame NOTIFY menuChanged FINAL)
     /// Likewise its open submenu.
-    Q_PROPERTY(
-        QRectF submenuFrame READ submenuFrame WRITE setSubmenuFrame NOTIFY menuChanged FINAL)
+    Q_PROPERTY(QRectF submenuFrame READ submenuFrame WRITE setSubmenuFrame NOTIFY menuChanged FINAL)
     Q_PROPERTY(double cornerRadius READ cornerRadius CONSTANT FINAL)
     Q_PROPERTY(double expandedTopPadding READ expandedTopPadding CONSTANT FINAL)
     /// The widgets of the zones, by their stored names.
@@ -88,8 +88,8 @@ public:
     [[nodiscard]] QString rightWidget() const { return rawValue(m_settings.widgets[3]); }
     [[nodiscard]] QString farRightWidget() const { return rawValue(m_settings.widgets[4]); }
 
-    /// Widths of the five zones in a panel of this width, in points.
-    Q_INVOKABLE [[nodiscard]] QList<double> zoneWidths(double panelWidth) const;
+    /// Width of a zone, from 0 at the left to 4, in a panel of this width, in points.
+    Q_INVOKABLE [[nodiscard]] double zoneWidth(int zone, double panelWidth) const;
 
 Q_SIGNALS:
     void frameChanged();

@@ -20,7 +20,9 @@ Q_LOGGING_CATEGORY(lcOverlay, "com.velmora.app.Overlay", QtInfoMsg)
 
 } // namespace
 
-OverlayScene::OverlayScene(StatusMenu &menu) : m_menu(menu), m_container(&m_engine)
+OverlayScene::OverlayScene(StatusMenu &menu)
+    : m_menu(menu)
+    , m_container(&m_engine)
 {
     m_engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
     m_container.loadUrl(QUrl(QStringLiteral("qrc:/qt/qml/Velmora/Overlay/NotchContainerView.qml")));

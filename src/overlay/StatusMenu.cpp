@@ -1,30 +1,24 @@
 #include "overlay/StatusMenu.h"
 
-#include <algorithm>
-#include <iterator>
-
 namespace velmora
 {
 
 namespace
 {
 
-StatusMenuEntry entryFor(const MenuItem &item)
-{
-    StatusMenuEntry entry;
-    entry.title = item.title;
-    entry.keyEquivalent = item.keyEquivalent;
-    entry.isSeparator = item.kind == MenuItem::Kind::Separator;
-    entry.isChecked = item.mark == MenuItem::Mark::On;
-    entry.hasSubmenu = item.kind == MenuItem::Kind::Submenu;
-    entry.tag = item.tag;
-    return entry;
-}
-
 QList<StatusMenuEntry> entriesFor(const Menu &menu)
 {
     QList<StatusMenuEntry> entries;
-    std::transform(menu.begin(), menu.end(), std::back_inserter(entries), entryFor);
+    for (const MenuItem &item : menu) {
+        StatusMenuEntry entry;
+        entry.title = item.title;
+        entry.keyEquivalent = item.keyEquivalent;
+        entry.isSeparator = item.kind == MenuItem::Kind::Separator;
+        entry.isChecked = item.mark == MenuItem::Mark::On;
+        entry.hasSubmenu = item.kind == MenuItem::Kind::Submenu;
+        entry.tag = item.tag;
+        entries << entry;
+    }
     return entries;
 }
 
@@ -40,13 +34,25 @@ void StatusMenu::setMenu(const Menu &menu)
 {
     m_menu = menu;
     Q_EMIT entriesChanged();
+    Q_EMIT submenuChanged();
 }
 
-QList<StatusMenuEntry> StatusMenu::entries() const { return entriesFor(m_menu); }
-
-QList<StatusMenuEntry> StatusMenu::submenu(int index) const
+QList<StatusMenuEntry> StatusMenu::entries() const
 {
-    const MenuItem *item = itemAt(m_menu, index);
+    return entriesFor(m_menu);
+}
+
+void StatusMenu::setOpenIndex(int index)
+{
+    if (index != m_openIndex) {
+        m_openIndex = index;
+        Q_EMIT submenuChanged();
+    }
+}
+
+QList<StatusMenuEntry> StatusMenu::submenu() const
+{
+    const MenuItem *item = itemAt(m_menu, m_openIndex);
     return item != nullptr ? entriesFor(item->submenu) : QList<StatusMenuEntry>();
 }
 

@@ -40,16 +40,22 @@ class StatusMenu : public QObject, public StatusItem
     QML_ELEMENT
     QML_UNCREATABLE("Handed down to the views")
     Q_PROPERTY(QList<velmora::StatusMenuEntry> entries READ entries NOTIFY entriesChanged FINAL)
+    /// The line whose submenu is open, −1 for none; one menu at a time is open on all screens.
+    Q_PROPERTY(int openIndex READ openIndex WRITE setOpenIndex NOTIFY submenuChanged FINAL)
+    Q_PROPERTY(QList<velmora::StatusMenuEntry> submenu READ submenu NOTIFY submenuChanged FINAL)
 
 public:
-    explicit StatusMenu(Clock &clock) : m_clock(clock) {}
+    explicit StatusMenu(Clock &clock)
+        : m_clock(clock)
+    {
+    }
 
     void setMenu(const Menu &menu) override;
 
     [[nodiscard]] QList<StatusMenuEntry> entries() const;
-
-    /// The lines of the submenu at `index`; empty where there is none.
-    Q_INVOKABLE [[nodiscard]] QList<velmora::StatusMenuEntry> submenu(int index) const;
+    [[nodiscard]] int openIndex() const { return m_openIndex; }
+    void setOpenIndex(int index);
+    [[nodiscard]] QList<StatusMenuEntry> submenu() const;
 
     /// Runs the action of a line in the next turn of the main loop: it may take down the very view
     /// that the line was pressed in. `submenuIndex` is −1 for the line itself.
@@ -57,10 +63,12 @@ public:
 
 Q_SIGNALS:
     void entriesChanged();
+    void submenuChanged();
 
 private:
     Clock &m_clock;
     Menu m_menu;
+    int m_openIndex = -1;
     TimerHandle m_pending;
 };
 

@@ -10,7 +10,7 @@ Item {
     required property StatusMenu menu
 
     function openAt(position: point) {
-        card.openIndex = -1;
+        menu.openIndex = -1;
         card.x = Math.max(0, Math.min(position.x, width - card.width - submenuCard.width - 3));
         card.y = Math.max(0, Math.min(position.y, height - card.height));
         visible = true;
@@ -45,6 +45,7 @@ Item {
 
         entries: view.menu.entries
         maximumHeight: view.height
+        openIndex: view.menu.openIndex
         width: 210
 
         onChosen: index => {
@@ -54,7 +55,7 @@ Item {
             }
         }
         onEntered: (index, lineTop) => {
-            openIndex = entries[index].hasSubmenu ? index : -1;
+            view.menu.openIndex = entries[index].hasSubmenu ? index : -1;
             submenuCard.lineTop = lineTop;
         }
     }
@@ -63,16 +64,16 @@ Item {
 
         property real lineTop: 0 // of the line that it belongs to, in the card
 
-        entries: view.menu.submenu(card.openIndex)
+        entries: view.menu.submenu
         maximumHeight: view.height
-        visible: card.openIndex >= 0 && entries.length > 0
+        visible: entries.length > 0
         width: 180
         x: card.x + card.width + 3
         y: Math.max(0, Math.min(card.y + lineTop - 5, view.height - height))
 
         onChosen: index => {
             view.visible = false;
-            view.menu.trigger(card.openIndex, index);
+            view.menu.trigger(view.menu.openIndex, index);
         }
     }
 }

@@ -36,9 +36,15 @@ QList<QUrl> draggedFileUrls(const QMimeData &data)
     return files;
 }
 
-void TrackingView::mouseEntered() const { call(onMouseEntered); }
+void TrackingView::mouseEntered() const
+{
+    call(onMouseEntered);
+}
 
-void TrackingView::mouseExited() const { call(onMouseExited); }
+void TrackingView::mouseExited() const
+{
+    call(onMouseExited);
+}
 
 bool TrackingView::draggingEntered(const QMimeData &data) const
 {
@@ -50,9 +56,15 @@ bool TrackingView::draggingEntered(const QMimeData &data) const
     return true;
 }
 
-void TrackingView::draggingUpdated(const QPointF &position) const { call(onDragUpdated, position); }
+void TrackingView::draggingUpdated(const QPointF &position) const
+{
+    call(onDragUpdated, position);
+}
 
-void TrackingView::draggingExited() const { call(onDragExited); }
+void TrackingView::draggingExited() const
+{
+    call(onDragExited);
+}
 
 void TrackingView::performDragOperation(const QMimeData &data, const QPointF &position) const
 {

@@ -5,8 +5,8 @@
 namespace velmora
 {
 
-/// The volume of the default sound output. Both calls return at once: reading gives the last word of
-/// the sound server, writing is sent and forgotten.
+/// The volume of the default sound output. Both calls return at once: reading gives the last word
+/// of the sound server, writing is sent and forgotten.
 class SoundOutput
 {
 public:

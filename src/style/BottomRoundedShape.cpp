@@ -71,7 +71,8 @@ QRegion roundedRegion(const QRectF &rect, double radius)
     return QRegion(path.toFillPolygon().toPolygon());
 }
 
-BottomRoundedShape::BottomRoundedShape(QQuickItem *parent) : QQuickPaintedItem(parent)
+BottomRoundedShape::BottomRoundedShape(QQuickItem *parent)
+    : QQuickPaintedItem(parent)
 {
     setAntialiasing(true);
 }

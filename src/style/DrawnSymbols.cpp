@@ -76,9 +76,18 @@ QPainterPath wave(int number)
     return arc({11, 12}, 1 + 3.6 * number, -45, 90, 1.8);
 }
 
-QPainterPath speakerWave1() { return speaker() + wave(1); }
-QPainterPath speakerWave2() { return speakerWave1() + wave(2); }
-QPainterPath speakerWave3() { return speakerWave2() + wave(3); }
+QPainterPath speakerWave1()
+{
+    return speaker() + wave(1);
+}
+QPainterPath speakerWave2()
+{
+    return speakerWave1() + wave(2);
+}
+QPainterPath speakerWave3()
+{
+    return speakerWave2() + wave(3);
+}
 
 QPainterPath playSlash()
 {
@@ -109,8 +118,7 @@ QPainterPath quoteMark(double x)
 
 QPainterPath quoteBubble()
 {
-    const QPainterPath body =
-        box({2, 3, 20, 15}, 3.4) + polygon({{6, 17}, {12, 17}, {6, 22}});
+    const QPainterPath body = box({2, 3, 20, 15}, 3.4) + polygon({{6, 17}, {12, 17}, {6, 22}});
     return (body - box({3.7, 4.7, 16.6, 11.6}, 1.9)) + quoteMark(9) + quoteMark(15);
 }
 
@@ -133,7 +141,8 @@ QPainterPath tray()
     QPainterPath inlet(QPointF(8, 13));
     inlet.cubicTo({8.4, 17}, {15.6, 17}, {16, 13});
     inlet.closeSubpath();
-    const QPainterPath lower = box({2, 13, 20, 8}, 2.4) + polygon({{2, 13}, {22, 13}, {22, 16}, {2, 16}});
+    const QPainterPath lower =
+        box({2, 13, 20, 8}, 2.4) + polygon({{2, 13}, {22, 13}, {22, 16}, {2, 16}});
     QPainterPath frame(QPointF(2.9, 13.4));
     frame.lineTo(6, 5.9);
     frame.lineTo(18, 5.9);
@@ -158,8 +167,7 @@ QPainterPath calendarBadgeExclamationmark()
 {
     const QPainterPath page = box({2, 4, 17, 16}, 2.6) - box({3.7, 9, 13.6, 9.3}, 1.2);
     const QPainterPath rings = segment({6.6, 2.4}, {6.6, 5}) + segment({14.4, 2.4}, {14.4, 5});
-    const QPainterPath mark =
-        segment({18, 13.6}, {18, 17}, 1.5) + circle({18, 19.4}, 0.85);
+    const QPainterPath mark = segment({18, 13.6}, {18, 17}, 1.5) + circle({18, 19.4}, 0.85);
     return ((page + rings) - circle({18, 16.5}, 6.2)) + (circle({18, 16.5}, 5.2) - mark);
 }
 
@@ -169,7 +177,10 @@ QPainterPath earbud(double side)
     return circle({x, 7.4}, 4) + segment({x + side * 1.4, 9}, {x + side * 1.4, 20}, 3);
 }
 
-QPainterPath airpodsPro() { return earbud(-1) + earbud(1); }
+QPainterPath airpodsPro()
+{
+    return earbud(-1) + earbud(1);
+}
 
 QPainterPath checklist()
 {
@@ -221,6 +232,9 @@ constexpr std::array<DrawnSymbol, 20> symbols{{
 
 } // namespace
 
-std::span<const DrawnSymbol> drawnSymbols() { return symbols; }
+std::span<const DrawnSymbol> drawnSymbols()
+{
+    return symbols;
+}
 
 } // namespace velmora

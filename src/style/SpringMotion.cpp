@@ -11,7 +11,10 @@ namespace
 
 constexpr double restEnvelope = 0.001;
 
-double frequency(double response) { return 2 * std::numbers::pi / response; }
+double frequency(double response)
+{
+    return 2 * std::numbers::pi / response;
+}
 
 } // namespace
 

@@ -19,7 +19,7 @@ class SpringMotion : public QAbstractAnimation, public QQmlParserStatus
     Q_OBJECT
     QML_ELEMENT
     Q_INTERFACES(QQmlParserStatus)
-    Q_PROPERTY(qreal response MEMBER m_response NOTIFY shapeChanged FINAL)               ///< seconds
+    Q_PROPERTY(qreal response MEMBER m_response NOTIFY shapeChanged FINAL) ///< seconds
     Q_PROPERTY(qreal dampingFraction MEMBER m_dampingFraction NOTIFY shapeChanged FINAL) ///< 0 to 1
     Q_PROPERTY(qreal target READ target WRITE setTarget NOTIFY targetChanged FINAL)
     Q_PROPERTY(qreal value READ value NOTIFY valueChanged FINAL)

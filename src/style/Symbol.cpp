@@ -9,11 +9,15 @@ namespace velmora
 
 namespace
 {
-constexpr double boxSize = 24;   // of the outlines
+constexpr double boxSize = 24;     // of the outlines
 constexpr double boxPerSize = 1.2; // side of the symbol's square for a text size of 1
 } // namespace
 
-Symbol::Symbol(QQuickItem *parent) : QQuickPaintedItem(parent) { setAntialiasing(true); }
+Symbol::Symbol(QQuickItem *parent)
+    : QQuickPaintedItem(parent)
+{
+    setAntialiasing(true);
+}
 
 void Symbol::setName(const QString &name)
 {

@@ -107,7 +107,8 @@ QPainterPath symbolPath(const QString &name)
 {
     const auto isNamed = [&name](const auto &symbol) { return name == QLatin1String(symbol.name); };
     const auto drawn = drawnSymbols();
-    if (const auto found = std::find_if(drawn.begin(), drawn.end(), isNamed); found != drawn.end()) {
+    if (const auto found = std::find_if(drawn.begin(), drawn.end(), isNamed);
+        found != drawn.end()) {
         return found->path();
     }
     const auto *const found = std::find_if(fontSymbols.begin(), fontSymbols.end(), isNamed);

@@ -10,8 +10,8 @@
 namespace velmora
 {
 
-/// Time and date as the clock widget shows them, kept up to date as long as it lives: a tick at each
-/// full second, so that the minute turns when it turns.
+/// Time and date as the clock widget shows them, kept up to date as long as it lives: a tick at
+/// each full second, so that the minute turns when it turns.
 class ClockModel : public QObject
 {
     Q_OBJECT

@@ -100,6 +100,9 @@ QString SystemMonitorRow::text() const
     return {};
 }
 
-QColor SystemMonitorRow::color() const { return loadColor(fraction()); }
+QColor SystemMonitorRow::color() const
+{
+    return loadColor(fraction());
+}
 
 } // namespace velmora

@@ -1,13 +1,14 @@
-#include "overlay/NotchGeometry.h"
 #include "overlay/NotchWindowController.h"
+
+#include "overlay/NotchGeometry.h"
 #include "support/FakeDesktop.h"
 #include "support/FakeScreens.h"
 #include "support/VirtualClock.h"
 
+#include <QDragEnterEvent>
 #include <QMimeData>
 #include <QSignalSpy>
 #include <QTest>
-#include <QDragEnterEvent>
 
 using namespace velmora;
 using namespace std::chrono_literals;
@@ -21,7 +22,8 @@ constexpr QPointF outside(800, 500);
 
 /// A controller on a screen of 1600 × 900 with the default settings.
 struct Desk {
-    explicit Desk(const NotchSettings &settings = {}) : settings(settings)
+    explicit Desk(const NotchSettings &settings = {})
+        : settings(settings)
     {
         controller = std::make_unique<NotchWindowController>(
             screen, settings, services, OverlayEnvironment{clock, pointer, screens, shell},
@@ -169,7 +171,8 @@ void NotchWindowControllerTest::growsAndShrinks()
     QVERIFY(desk.isExpanded()); // before the frame has moved
     QCOMPARE(desk.frame(), collapsedFrame);
     desk.clock.advance(140ms);
-    // Half the time of a symmetric curve is half the way; the frames fall beside it by half a frame.
+    // Half the time of a symmetric curve is half the way; the frames fall beside it by half a
+    // frame.
     QVERIFY(qAbs(desk.frame().width() - 500) < 40);
     QCOMPARE(desk.frame().center().x(), 800.0);
     desk.clock.advance(139ms);

@@ -1,4 +1,5 @@
 #include "overlay/OverlayScene.h"
+
 #include "support/FakeDesktop.h"
 #include "support/FakeScreens.h"
 #include "support/QmlWarnings.h"
@@ -29,7 +30,10 @@ private:
     class Surface final : public OverlaySurface
     {
     public:
-        explicit Surface(QWindow &window) : m_window(window) {}
+        explicit Surface(QWindow &window)
+            : m_window(window)
+        {
+        }
         void orderFront() override { m_window.show(); }
         void setShape(const QRegion &) override {}
         void setBounds(const QRect &bounds) override { m_window.setGeometry(bounds); }
@@ -124,8 +128,13 @@ class OverlaySceneTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { m_warnings.clear(); }
-    void cleanup() { QCOMPARE(m_warnings.list(), QStringList()); }
+    void init() { m_warnings.emplace(); }
+    void cleanup()
+    {
+        const QStringList warnings = m_warnings->list();
+        m_warnings.reset();
+        QCOMPARE(warnings, QStringList());
+    }
 
     void everyWidgetTypeBuilds();
     void contentIsFreshAtEachExpansion();
@@ -134,7 +143,7 @@ private Q_SLOTS:
     void settingsOfNoSense();
 
 private:
-    QmlWarnings m_warnings;
+    std::optional<QmlWarnings> m_warnings;
 };
 
 void OverlaySceneTest::everyWidgetTypeBuilds()

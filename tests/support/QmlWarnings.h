@@ -8,11 +8,16 @@ namespace velmora
 {
 
 /// Gathers every warning that comes up while it lives, those of QML included, so that a test can
-/// insist on there being none.
+/// insist on there being none. Make one for each test function: Qt Test puts its own handler in
+/// front of those that are older than the run.
 class QmlWarnings
 {
 public:
-    QmlWarnings() { s_previous = qInstallMessageHandler(&QmlWarnings::handle); }
+    QmlWarnings()
+    {
+        s_messages.clear();
+        s_previous = qInstallMessageHandler(&QmlWarnings::handle);
+    }
     QmlWarnings(const QmlWarnings &) = delete;
     QmlWarnings &operator=(const QmlWarnings &) = delete;
     ~QmlWarnings() { qInstallMessageHandler(s_previous); }
@@ -21,11 +26,6 @@ public:
     {
         const QMutexLocker lock(&s_mutex);
         return s_messages;
-    }
-    void clear()
-    {
-        const QMutexLocker lock(&s_mutex);
-        s_messages.clear();
     }
 
 private:
