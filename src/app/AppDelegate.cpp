@@ -139,7 +139,7 @@ void AppDelegate::openPreferences()
     qCInfo(lcAppDelegate, "openPreferences");
 }
 
-void AppDelegate::quitApp()
+void AppDelegate::quitApp() const
 {
     qCInfo(lcAppDelegate, "quitApp");
     m_actions.terminate();

@@ -48,7 +48,7 @@ private:
     [[nodiscard]] Menu profileMenu();
     void toggleNotch();
     void switchProfile(int tag);
-    void quitApp();
+    void quitApp() const;
     void screensDidChange();
     void promptForLoginItem();
     void registerLoginItem();

@@ -8,13 +8,10 @@
 
 #include <array>
 
-namespace velmora
-{
-
 /// Where the notch is. All rectangles are global, in points, with the origin at the top left; they
 /// touch the top edge of the screen and are centred on it. They may overhang a narrow screen.
 /// Settings that no window system can show are drawn as the nearest that it can.
-namespace NotchGeometry
+namespace velmora::NotchGeometry
 {
 
 inline constexpr double expandedWidth = 800;
@@ -37,6 +34,4 @@ inline constexpr double dividerWidth = 1;
 /// weight below 0.3 counts as 0.3, so that no zone vanishes.
 [[nodiscard]] QList<double> zoneWidths(const std::array<double, 5> &weights, double panelWidth);
 
-} // namespace NotchGeometry
-
-} // namespace velmora
+} // namespace velmora::NotchGeometry

@@ -9,7 +9,7 @@
 #include <cmath>
 #include <utility>
 
-Q_LOGGING_CATEGORY(lcSettings, "com.velmora.app.Settings")
+Q_LOGGING_CATEGORY(lcSettings, "com.velmora.app.Settings", QtInfoMsg)
 
 namespace velmora
 {

@@ -12,7 +12,7 @@ namespace velmora
 namespace
 {
 
-Q_LOGGING_CATEGORY(lcInstance, "com.velmora.app.SingleInstance")
+Q_LOGGING_CATEGORY(lcInstance, "com.velmora.app.SingleInstance", QtInfoMsg)
 
 QString serviceName()
 {

@@ -14,7 +14,7 @@ namespace velmora
 namespace
 {
 
-Q_LOGGING_CATEGORY(lcTray, "com.velmora.app.TrayItem")
+Q_LOGGING_CATEGORY(lcTray, "com.velmora.app.TrayItem", QtInfoMsg)
 
 constexpr std::chrono::milliseconds firstRetryDelay{250};
 constexpr int maximumFailures =

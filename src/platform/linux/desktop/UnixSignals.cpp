@@ -14,7 +14,7 @@ namespace velmora
 namespace
 {
 
-Q_LOGGING_CATEGORY(lcSignals, "com.velmora.app.UnixSignals")
+Q_LOGGING_CATEGORY(lcSignals, "com.velmora.app.UnixSignals", QtInfoMsg)
 
 // A handler runs between any two instructions of any thread: it may only write to a descriptor.
 // (Blocking the signals and reading a signalfd would not do: threads that exist already, such as

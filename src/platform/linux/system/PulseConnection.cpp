@@ -9,7 +9,7 @@
 #include <pulse/pulseaudio.h>
 #include <utility>
 
-Q_LOGGING_CATEGORY(lcSound, "com.velmora.app.SoundOutput")
+Q_LOGGING_CATEGORY(lcSound, "com.velmora.app.SoundOutput", QtInfoMsg)
 
 namespace velmora
 {
