@@ -25,6 +25,11 @@ bool NotchWindow::event(QEvent *event)
     case QEvent::Leave:
         m_trackingView.mouseExited();
         break;
+    case QEvent::MouseMove:
+        if (!m_motionWanted && static_cast<QMouseEvent *>(event)->buttons() == Qt::NoButton) {
+            return true;
+        }
+        break;
     case QEvent::DragEnter:
     case QEvent::DragMove:
     case QEvent::DragLeave:

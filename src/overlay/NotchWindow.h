@@ -19,6 +19,11 @@ public:
     /// `toView` maps a position in the window to the tracking view's coordinates.
     NotchWindow(TrackingView &trackingView, std::function<QPointF(const QPointF &)> toView);
 
+    /// Whether the views are told when the pointer merely moves, as they are at first. Not every
+    /// window system can be asked to keep such news to itself, and the views' share of them is
+    /// large.
+    void setMotionWanted(bool wanted) { m_motionWanted = wanted; }
+
 protected:
     bool event(QEvent *event) override;
 
@@ -29,6 +34,7 @@ private:
     TrackingView &m_trackingView;
     std::function<QPointF(const QPointF &)> m_toView;
     bool m_dragAccepted = false;
+    bool m_motionWanted = true;
 };
 
 } // namespace velmora

@@ -240,7 +240,9 @@ void NotchWindowController::updateMotion()
 {
     // Only the menu follows the pointer; to everything else entering, leaving and pressing is
     // enough, and a pointer that merely moves costs nothing.
-    m_surface->setMotionWanted(!m_menuFrame.isEmpty());
+    const bool wanted = !m_menuFrame.isEmpty();
+    m_surface->setMotionWanted(wanted);
+    m_window->setMotionWanted(wanted);
 }
 
 void NotchWindowController::updateShape()

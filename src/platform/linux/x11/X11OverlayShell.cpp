@@ -30,6 +30,20 @@ xcb_atom_t internAtom(xcb_connection_t *xcb, const char *name)
     return reply ? reply->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
 }
 
+/// Asked for once: each question waits for the server, and windows are made anew at every change of
+/// a setting.
+struct WindowAtoms {
+    explicit WindowAtoms(xcb_connection_t *xcb)
+        : windowType(internAtom(xcb, "_NET_WM_WINDOW_TYPE"))
+        , dock(internAtom(xcb, "_NET_WM_WINDOW_TYPE_DOCK"))
+        , desktop(internAtom(xcb, "_NET_WM_DESKTOP"))
+    {
+    }
+    xcb_atom_t windowType;
+    xcb_atom_t dock;
+    xcb_atom_t desktop;
+};
+
 /// Qt sends what it has gathered when it next handles an event of the server, and that may be late.
 void flush()
 {
@@ -101,13 +115,13 @@ private:
         xcb_connection_t *xcb = qtConnection();
         if (!xcb)
             return;
+        static const WindowAtoms atoms(xcb);
         // Compositors draw no shadow around a dock, do not fade it, and keep it in overviews.
-        const xcb_atom_t dock = internAtom(xcb, "_NET_WM_WINDOW_TYPE_DOCK");
-        xcb_change_property(xcb, XCB_PROP_MODE_REPLACE, m_id,
-                            internAtom(xcb, "_NET_WM_WINDOW_TYPE"), XCB_ATOM_ATOM, 32, 1, &dock);
+        xcb_change_property(xcb, XCB_PROP_MODE_REPLACE, m_id, atoms.windowType, XCB_ATOM_ATOM, 32,
+                            1, &atoms.dock);
         const std::uint32_t allDesktops = 0xffffffff;
-        xcb_change_property(xcb, XCB_PROP_MODE_REPLACE, m_id, internAtom(xcb, "_NET_WM_DESKTOP"),
-                            XCB_ATOM_CARDINAL, 32, 1, &allDesktops);
+        xcb_change_property(xcb, XCB_PROP_MODE_REPLACE, m_id, atoms.desktop, XCB_ATOM_CARDINAL, 32,
+                            1, &allDesktops);
         m_motion.emplace(xcb, m_id);
         m_motion->setSelected(m_motionWanted);
         if (m_stacking)
