@@ -34,8 +34,12 @@ public:
     /// Wall clock in the local time zone.
     [[nodiscard]] virtual QDateTime now() const = 0;
 
-    /// Monotonic time since an arbitrary origin.
+    /// Monotonic time since an arbitrary origin. It stands still while the machine sleeps, and so
+    /// do all timers.
     [[nodiscard]] virtual std::chrono::nanoseconds uptime() const = 0;
+
+    /// Monotonic time since an arbitrary origin, the machine's sleep included.
+    [[nodiscard]] virtual std::chrono::nanoseconds bootTime() const = 0;
 
     /// Repeats with a tolerance of some 5 % of the interval, so that wake-ups can be shared.
     [[nodiscard]] virtual TimerHandle every(std::chrono::milliseconds interval, Task task) = 0;

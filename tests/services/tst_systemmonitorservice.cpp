@@ -242,6 +242,7 @@ struct StuckClock final : Clock {
 
     QDateTime now() const override { return {}; }
     std::chrono::nanoseconds uptime() const override { return time; }
+    std::chrono::nanoseconds bootTime() const override { return time; }
     TimerHandle every(std::chrono::milliseconds, Task repeated) override
     {
         task = std::move(repeated);

@@ -21,11 +21,13 @@ public:
     [[nodiscard]] QDateTime now() const override
     {
         const auto passed =
-            std::chrono::duration_cast<std::chrono::milliseconds>(m_uptime - m_wallSet);
+            std::chrono::duration_cast<std::chrono::milliseconds>(bootTime() - m_wallSet);
         return m_wall.addMSecs(passed.count());
     }
 
     [[nodiscard]] std::chrono::nanoseconds uptime() const override { return m_uptime; }
+
+    [[nodiscard]] std::chrono::nanoseconds bootTime() const override { return m_uptime + m_slept; }
 
     [[nodiscard]] TimerHandle every(std::chrono::milliseconds interval, Task task) override
     {
@@ -54,11 +56,14 @@ public:
         m_uptime = end;
     }
 
+    /// The machine sleeps: the wall clock goes on, timers stand still.
+    void suspend(std::chrono::nanoseconds span) { m_slept += span; }
+
     /// Sets the wall clock without letting time pass.
     void setNow(const QDateTime &wall)
     {
         m_wall = wall;
-        m_wallSet = m_uptime;
+        m_wallSet = bootTime();
     }
 
     /// Timers that would still fire.
@@ -125,6 +130,7 @@ private:
     std::map<std::pair<std::chrono::nanoseconds, quint64>, std::shared_ptr<Entry>> m_queue;
     quint64 m_sequence = 0;
     std::chrono::nanoseconds m_uptime{0};
+    std::chrono::nanoseconds m_slept{0};
     std::chrono::nanoseconds m_wallSet{0};
     QDateTime m_wall{QDate(2024, 5, 15), QTime(10, 0)};
 };

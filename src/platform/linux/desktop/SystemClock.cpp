@@ -3,6 +3,7 @@
 #include <QAbstractAnimation>
 #include <QTimer>
 
+#include <ctime>
 #include <utility>
 
 namespace velmora
@@ -95,6 +96,13 @@ QDateTime SystemClock::now() const
 std::chrono::nanoseconds SystemClock::uptime() const
 {
     return std::chrono::steady_clock::now().time_since_epoch();
+}
+
+std::chrono::nanoseconds SystemClock::bootTime() const
+{
+    timespec time{};
+    clock_gettime(CLOCK_BOOTTIME, &time);
+    return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
 }
 
 TimerHandle SystemClock::every(std::chrono::milliseconds interval, Task task)
