@@ -4,6 +4,7 @@
 #include "app/LoginPrompt.h"
 #include "overlay/OverlayScene.h"
 #include "platform/linux/desktop/AutostartLoginItem.h"
+#include "platform/linux/desktop/DesktopNotifications.h"
 #include "platform/linux/desktop/SettingsStore.h"
 #include "platform/linux/desktop/SingleInstance.h"
 #include "platform/linux/desktop/SystemClock.h"
@@ -38,6 +39,7 @@ Platform makePlatform(const QDBusConnection &bus)
     platform.shell = std::move(windowing.shell);
     platform.statistics = std::make_unique<ProcStatistics>();
     platform.sound = std::make_unique<PulseSoundOutput>(*platform.clock);
+    platform.notifications = std::make_unique<DesktopNotifications>(bus);
     platform.loginItem =
         std::make_unique<AutostartLoginItem>(QCoreApplication::applicationFilePath());
     platform.statusItem = std::make_unique<TrayItem>(bus, installedTrayIconName(), drawTrayIcons());

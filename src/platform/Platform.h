@@ -9,6 +9,7 @@
 #include "platform/SoundOutput.h"
 #include "platform/StatusItem.h"
 #include "platform/SystemStatistics.h"
+#include "platform/UserNotifications.h"
 
 #include <memory>
 
@@ -25,6 +26,7 @@ struct Platform {
     std::unique_ptr<OverlayShell> shell;
     std::unique_ptr<SystemStatistics> statistics;
     std::unique_ptr<SoundOutput> sound;
+    std::unique_ptr<UserNotifications> notifications;
     std::unique_ptr<LoginItem> loginItem;
     std::unique_ptr<StatusItem> statusItem;
 };

@@ -1,0 +1,263 @@
+#include "platform/linux/desktop/DesktopNotifications.h"
+
+#include <QDBusPendingCall>
+#include <QDBusPendingCallWatcher>
+#include <QLoggingCategory>
+
+#include <algorithm>
+#include <utility>
+
+namespace velmora
+{
+
+namespace
+{
+
+Q_LOGGING_CATEGORY(lcNotifications, "com.velmora.app.DesktopNotifications", QtInfoMsg)
+
+constexpr std::size_t maximumEntries = 64;
+constexpr int callLimit = 10'000; // milliseconds: a daemon may have to be started first
+constexpr int maximumLength = 2000;
+
+QString service()
+{
+    return QStringLiteral("org.freedesktop.Notifications");
+}
+
+QString path()
+{
+    return QStringLiteral("/org/freedesktop/Notifications");
+}
+
+bool looksLikeMarkup(const QString &text)
+{
+    return text.contains(u'<') || text.contains(u'&');
+}
+
+/// Names of devices and titles of events come from strangers, so there is some limit to them. The
+/// bus carries texts that end with the first null.
+QString bounded(const QString &text)
+{
+    return text.left(maximumLength).remove(QChar(u'\0'));
+}
+
+QString escaped(QString text)
+{
+    return text.replace(u'&', QLatin1String("&amp;"))
+        .replace(u'<', QLatin1String("&lt;"))
+        .replace(u'>', QLatin1String("&gt;"));
+}
+
+QVariantMap hintsOf(const UserNotification &notification)
+{
+    QVariantMap hints{{QStringLiteral("desktop-entry"), QStringLiteral("com.velmora.app")}};
+    if (notification.hasSound) {
+        hints.insert(QStringLiteral("sound-name"), QStringLiteral("message-new-instant"));
+    } else {
+        hints.insert(QStringLiteral("suppress-sound"), true);
+    }
+    return hints;
+}
+
+template<typename Handler>
+void onAnswer(const QDBusPendingCall &call, QObject *context, Handler handler)
+{
+    auto *pending = new QDBusPendingCallWatcher(call, context);
+    QObject::connect(pending, &QDBusPendingCallWatcher::finished, context, [pending, handler] {
+        pending->deleteLater();
+        handler(pending->reply());
+    });
+}
+
+} // namespace
+
+DesktopNotifications::DesktopNotifications(const QDBusConnection &connection)
+    : m_connection(connection)
+{
+    if (!m_connection.isConnected()) {
+        return;
+    }
+    m_ownerWatch.setConnection(m_connection);
+    m_ownerWatch.setWatchMode(QDBusServiceWatcher::WatchForOwnerChange);
+    m_ownerWatch.addWatchedService(service());
+    connect(&m_ownerWatch, &QDBusServiceWatcher::serviceOwnerChanged, this,
+            [this](const QString &, const QString &, const QString &newOwner) {
+                handleOwnerChange(newOwner);
+            });
+    // From whomever: to subscribe by the daemon's name would wait for the bus to say who owns it.
+    m_connection.connect(QString(), path(), service(), QStringLiteral("NotificationClosed"), this,
+                         SLOT(handleClosed(QDBusMessage)));
+}
+
+void DesktopNotifications::add(const UserNotification &notification)
+{
+    if (!m_connection.isConnected()) {
+        return;
+    }
+    entryFor(notification.identifier).next = notification;
+    sendWhatIsReady();
+}
+
+DesktopNotifications::Entry &DesktopNotifications::entryFor(const QString &identifier)
+{
+    const auto found =
+        std::find_if(m_entries.begin(), m_entries.end(),
+                     [&identifier](const Entry &entry) { return entry.identifier == identifier; });
+    if (found != m_entries.end()) {
+        m_entries.splice(m_entries.end(), m_entries, found);
+        return m_entries.back();
+    }
+    if (m_entries.size() >= maximumEntries) {
+        forgetOldest();
+    }
+    Entry &entry = m_entries.emplace_back();
+    entry.identifier = identifier;
+    entry.number = ++m_lastNumber;
+    return entry;
+}
+
+void DesktopNotifications::forgetOldest()
+{
+    // What it still had to say is said now, if only beside what it would have replaced.
+    if (m_entries.front().next) {
+        send(m_entries.front());
+    }
+    m_entries.pop_front();
+}
+
+/// Text that could be taken for markup waits for the daemon's word about that, and all text waits
+/// for the answer to an earlier one of the same identifier, since that tells what to replace.
+void DesktopNotifications::sendWhatIsReady()
+{
+    for (Entry &entry : m_entries) {
+        if (!entry.next || entry.isCalling) {
+            continue;
+        }
+        const bool isUndecided = m_markup == Markup::Unknown || m_markup == Markup::Asking;
+        if (isUndecided && looksLikeMarkup(entry.next->body)) {
+            askForMarkup();
+            continue;
+        }
+        send(entry);
+    }
+}
+
+void DesktopNotifications::send(Entry &entry)
+{
+    const UserNotification notification = *std::exchange(entry.next, std::nullopt);
+    const QString body = bounded(notification.body);
+    const QStringList noActions;
+    constexpr int lifetimeAsUsual = -1;
+    QDBusMessage call = daemonCall(QStringLiteral("Notify"));
+    call << QStringLiteral("Velmora") << entry.serverId << QStringLiteral("com.velmora.app")
+         << bounded(notification.title) << (m_markup == Markup::Plain ? body : escaped(body))
+         << noActions << hintsOf(notification) << lifetimeAsUsual;
+    entry.isCalling = true;
+    onAnswer(m_connection.asyncCall(call, callLimit), this,
+             [this, number = entry.number](const QDBusMessage &answer) {
+                 handleAnswer(number, answer);
+             });
+}
+
+void DesktopNotifications::handleAnswer(quint64 number, const QDBusMessage &answer)
+{
+    const bool isId = answer.type() == QDBusMessage::ReplyMessage &&
+                      answer.arguments().value(0).typeId() == QMetaType::UInt;
+    if (!isId) {
+        complain(answer);
+    } else if (m_owner.isEmpty()) {
+        m_owner = answer.service();
+    }
+    const auto entry = std::find_if(m_entries.begin(), m_entries.end(),
+                                    [number](const Entry &each) { return each.number == number; });
+    if (entry == m_entries.end()) {
+        return;
+    }
+    entry->isCalling = false;
+    const bool isOnShow = isId && answer.service() == m_owner;
+    entry->serverId = isOnShow ? answer.arguments().constFirst().toUInt() : 0;
+    if (entry->serverId == 0 && !entry->next) {
+        m_entries.erase(entry);
+        return;
+    }
+    sendWhatIsReady();
+}
+
+void DesktopNotifications::askForMarkup()
+{
+    if (m_markup == Markup::Asking) {
+        return;
+    }
+    m_markup = Markup::Asking;
+    onAnswer(m_connection.asyncCall(daemonCall(QStringLiteral("GetCapabilities")), callLimit), this,
+             [this, round = m_round](const QDBusMessage &answer) {
+                 if (round == m_round) {
+                     handleCapabilities(answer);
+                 }
+             });
+}
+
+void DesktopNotifications::handleCapabilities(const QDBusMessage &answer)
+{
+    const QVariant capabilities = answer.arguments().value(0);
+    if (answer.type() == QDBusMessage::ReplyMessage &&
+        capabilities.typeId() == QMetaType::QStringList) {
+        const bool hasMarkup = capabilities.toStringList().contains(QLatin1String("body-markup"));
+        m_markup = hasMarkup ? Markup::Escaped : Markup::Plain;
+        sendWhatIsReady();
+        return;
+    }
+    // Rather a stray "&lt;" than a stranger's markup. The next text asks again.
+    complain(answer);
+    m_markup = Markup::Escaped;
+    sendWhatIsReady();
+    m_markup = Markup::Unknown;
+}
+
+void DesktopNotifications::handleOwnerChange(const QString &newOwner)
+{
+    ++m_round;
+    m_owner = newOwner;
+    m_markup = Markup::Unknown;
+    m_hasComplained = false;
+    m_entries.remove_if([](const Entry &entry) { return !entry.isCalling && !entry.next; });
+    for (Entry &entry : m_entries) {
+        entry.serverId = 0;
+    }
+    sendWhatIsReady();
+}
+
+void DesktopNotifications::handleClosed(const QDBusMessage &signal)
+{
+    const QVariant id = signal.arguments().value(0);
+    if (id.typeId() != QMetaType::UInt || signal.service() != m_owner) {
+        return;
+    }
+    const auto entry =
+        std::find_if(m_entries.begin(), m_entries.end(),
+                     [closed = id.toUInt()](const Entry &each) { return each.serverId == closed; });
+    if (entry == m_entries.end()) {
+        return;
+    }
+    entry->serverId = 0;
+    if (!entry->isCalling && !entry->next) {
+        m_entries.erase(entry);
+    }
+}
+
+/// Once for each daemon, and for none.
+void DesktopNotifications::complain(const QDBusMessage &answer)
+{
+    if (!std::exchange(m_hasComplained, true)) {
+        qCDebug(lcNotifications) << "The daemon of notifications did not do as it was asked:"
+                                 << answer.errorName() << answer.errorMessage().left(200)
+                                 << answer.signature();
+    }
+}
+
+QDBusMessage DesktopNotifications::daemonCall(const QString &method) const
+{
+    return QDBusMessage::createMethodCall(service(), path(), service(), method);
+}
+
+} // namespace velmora

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "platform/UserNotifications.h"
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusServiceWatcher>
+#include <QObject>
+
+#include <list>
+#include <optional>
+
+namespace velmora
+{
+
+/// Notifications by way of org.freedesktop.Notifications on the session bus. Nothing blocks; a call
+/// may start the desktop's daemon, and without any daemon nothing is shown.
+class DesktopNotifications : public QObject, public UserNotifications
+{
+    Q_OBJECT
+
+public:
+    explicit DesktopNotifications(const QDBusConnection &connection);
+
+    void requestAuthorization() override {} // desktops know no such thing
+    void add(const UserNotification &notification) override;
+
+private Q_SLOTS:
+    void handleClosed(const QDBusMessage &signal);
+
+private:
+    /// What the daemon knows of one identifier.
+    struct Entry {
+        QString identifier;
+        quint64 number = 0; ///< of this entry, for the answers to its calls
+        uint serverId = 0;  ///< 0: none that is on show
+        bool isCalling = false;
+        std::optional<UserNotification> next; ///< the last word that is still to be sent
+    };
+    enum class Markup { Unknown, Asking, Escaped, Plain };
+
+    Entry &entryFor(const QString &identifier);
+    void forgetOldest();
+    void sendWhatIsReady();
+    void send(Entry &entry);
+    void handleAnswer(quint64 number, const QDBusMessage &answer);
+    void askForMarkup();
+    void handleCapabilities(const QDBusMessage &answer);
+    void handleOwnerChange(const QString &newOwner);
+    void complain(const QDBusMessage &answer);
+    [[nodiscard]] QDBusMessage daemonCall(const QString &method) const;
+
+    QDBusConnection m_connection;
+    QDBusServiceWatcher m_ownerWatch;
+    QString m_owner; ///< unique name; empty as long as it is not known
+    Markup m_markup = Markup::Unknown;
+    quint64 m_round = 0;        ///< of owners: earlier ones say nothing about the present one
+    std::list<Entry> m_entries; ///< the latest comes last
+    quint64 m_lastNumber = 0;
+    bool m_hasComplained = false;
+};
+
+} // namespace velmora
