@@ -4,6 +4,7 @@
 #include "platform/linux/system/ProcStatistics.h"
 #include "platform/linux/system/PulseSoundOutput.h"
 #include "platform/linux/windowing/Windowing.h"
+#include "support/FakeNotifications.h"
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
@@ -33,6 +34,7 @@ Platform makePlatform()
     platform.shell = std::move(windowing.shell);
     platform.statistics = std::make_unique<ProcStatistics>();
     platform.sound = std::make_unique<PulseSoundOutput>(*platform.clock);
+    platform.notifications = std::make_unique<FakeNotifications>();
     return platform;
 }
 

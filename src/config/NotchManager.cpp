@@ -76,7 +76,8 @@ NotchManager::NotchManager(const Platform &platform, OverlayControllerFactory ma
     : m_store(*platform.store)
     , m_screens(*platform.screens)
     , m_makeController(std::move(makeController))
-    , m_services(*platform.clock, *platform.statistics, *platform.sound)
+    , m_services(*platform.clock, *platform.statistics, *platform.sound, *platform.store,
+                 *platform.notifications)
 {
     readSettings();
     readProfiles();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Clock.h"
+#include "services/PomodoroService.h"
 #include "services/SystemMonitorService.h"
 
 #include <QObject>
@@ -26,20 +27,25 @@ class NotchServices : public QObject
     QML_UNCREATABLE("Handed down to the views")
     Q_PROPERTY(velmora::Clock *clock READ clock CONSTANT FINAL)
     Q_PROPERTY(velmora::SystemMonitorService *systemMonitor READ systemMonitor CONSTANT FINAL)
+    Q_PROPERTY(velmora::PomodoroService *pomodoroService READ pomodoroService CONSTANT FINAL)
 
 public:
-    NotchServices(Clock &clock, SystemStatistics &statistics, SoundOutput &sound)
+    NotchServices(Clock &clock, SystemStatistics &statistics, SoundOutput &sound,
+                  KeyValueStore &store, UserNotifications &notifications)
         : m_clock(clock)
         , m_systemMonitor(clock, statistics, sound)
+        , m_pomodoroService(clock, store, notifications)
     {
     }
 
     [[nodiscard]] Clock *clock() { return &m_clock; }
     [[nodiscard]] SystemMonitorService *systemMonitor() { return &m_systemMonitor; }
+    [[nodiscard]] PomodoroService *pomodoroService() { return &m_pomodoroService; }
 
 private:
     Clock &m_clock;
     SystemMonitorService m_systemMonitor;
+    PomodoroService m_pomodoroService;
 };
 
 } // namespace velmora

@@ -16,6 +16,11 @@ Loader {
                 "clock": services.clock
             });
             break;
+        case "pomodoro":
+            setSource("../Widgets/PomodoroWidgetView.qml", {
+                "service": services.pomodoroService
+            });
+            break;
         case "systemMonitor":
             setSource("../Widgets/SystemMonitorWidgetView.qml", {
                 "monitor": services.systemMonitor

@@ -27,29 +27,27 @@ class PomodoroService : public QObject
     QML_ELEMENT
     QML_UNCREATABLE("Made once by the program")
 
+    // Counts are doubles to the views: their language knows no integers of 64 bits.
     Q_PROPERTY(QString phaseLabel READ phaseLabel NOTIFY phaseChanged FINAL)
     Q_PROPERTY(QColor phaseColor READ phaseColor NOTIFY phaseChanged FINAL)
     Q_PROPERTY(bool isRunning READ isRunning NOTIFY isRunningChanged FINAL)
-    Q_PROPERTY(qint64 secondsRemaining READ secondsRemaining NOTIFY secondsRemainingChanged FINAL)
+    Q_PROPERTY(double secondsRemaining READ secondsRemaining NOTIFY secondsRemainingChanged FINAL)
     /// Minutes and seconds, "25:00"; minutes are not wrapped into hours.
     Q_PROPERTY(QString timeString READ timeString NOTIFY secondsRemainingChanged FINAL)
     /// The whole length of the phase in seconds.
-    Q_PROPERTY(qint64 phaseDuration READ phaseDuration NOTIFY phaseDurationChanged FINAL)
+    Q_PROPERTY(double phaseDuration READ phaseDuration NOTIFY phaseDurationChanged FINAL)
     /// The part of the phase that is over: 0 to 1, or below 0 where its length was cut meanwhile.
     Q_PROPERTY(double progress READ progress NOTIFY progressChanged FINAL)
     /// Work sessions since the last long break.
     Q_PROPERTY(
-        qint64 sessionsCompleted READ sessionsCompleted NOTIFY sessionsCompletedChanged FINAL)
+        double sessionsCompleted READ sessionsCompleted NOTIFY sessionsCompletedChanged FINAL)
 
-    /// Assigning one of these stores all four. A value that cannot be used is ignored.
+    Q_PROPERTY(double workMinutes READ workMinutes NOTIFY workMinutesChanged FINAL)
     Q_PROPERTY(
-        qint64 workMinutes READ workMinutes WRITE setWorkMinutes NOTIFY workMinutesChanged FINAL)
-    Q_PROPERTY(qint64 shortBreakMinutes READ shortBreakMinutes WRITE setShortBreakMinutes NOTIFY
-                   shortBreakMinutesChanged FINAL)
-    Q_PROPERTY(qint64 longBreakMinutes READ longBreakMinutes WRITE setLongBreakMinutes NOTIFY
-                   longBreakMinutesChanged FINAL)
-    Q_PROPERTY(qint64 sessionsBeforeLongBreak READ sessionsBeforeLongBreak WRITE
-                   setSessionsBeforeLongBreak NOTIFY sessionsBeforeLongBreakChanged FINAL)
+        double shortBreakMinutes READ shortBreakMinutes NOTIFY shortBreakMinutesChanged FINAL)
+    Q_PROPERTY(double longBreakMinutes READ longBreakMinutes NOTIFY longBreakMinutesChanged FINAL)
+    Q_PROPERTY(double sessionsBeforeLongBreak READ sessionsBeforeLongBreak NOTIFY
+                   sessionsBeforeLongBreakChanged FINAL)
 
 public:
     /// What is handed in has to outlive the service.
@@ -73,6 +71,7 @@ public:
     {
         return m_state.settings.sessionsBeforeLongBreak;
     }
+    /// Assigning one of these stores all four. A value that cannot be used is ignored.
     void setWorkMinutes(qint64 minutes);
     void setShortBreakMinutes(qint64 minutes);
     void setLongBreakMinutes(qint64 minutes);

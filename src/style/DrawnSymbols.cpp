@@ -207,7 +207,13 @@ QPainterPath chevronRight()
     return stroked(line, 2.4);
 }
 
-constexpr std::array<DrawnSymbol, 20> symbols{{
+QPainterPath arrowCounterclockwise()
+{
+    return arc({12, 13}, 8, 84, -300, 2.3) + polygon({{13.2, 0.6}, {13.2, 9.4}, {7.4, 5}});
+}
+
+constexpr std::array<DrawnSymbol, 21> symbols{{
+    {"arrow.counterclockwise", arrowCounterclockwise},
     {"checkmark", checkmark},
     {"chevron.right", chevronRight},
     {"rectangle.topthird.inset.filled", rectangleTopThirdInsetFilled},

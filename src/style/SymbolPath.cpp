@@ -22,11 +22,10 @@ struct FontSymbol {
 constexpr double boxSize = 24;
 
 // Characters of the Material Design Icons font.
-constexpr std::array<FontSymbol, 60> fontSymbols{{
+constexpr std::array<FontSymbol, 59> fontSymbols{{
     {"airplayaudio", 0xF01F},
     {"archivebox", 0xF03C},
     {"archivebox.fill", 0xF03C},
-    {"arrow.counterclockwise", 0xF465},
     {"arrow.down", 0xF045},
     {"arrow.down.to.line", 0xF1DA},
     {"arrow.right.square.fill", 0xF252},

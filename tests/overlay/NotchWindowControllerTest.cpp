@@ -2,7 +2,9 @@
 
 #include "overlay/NotchGeometry.h"
 #include "support/FakeDesktop.h"
+#include "support/FakeNotifications.h"
 #include "support/FakeScreens.h"
+#include "support/MemoryStore.h"
 #include "support/VirtualClock.h"
 
 #include <QDragEnterEvent>
@@ -51,7 +53,9 @@ struct Desk {
     FakeShell shell;
     SilentStatistics statistics;
     SilentSound sound;
-    NotchServices services{clock, statistics, sound};
+    MemoryStore store;
+    FakeNotifications notifications;
+    NotchServices services{clock, statistics, sound, store, notifications};
     std::shared_ptr<FakeScreen> screen = screens.add(QRectF(0, 0, 1600, 900));
     std::unique_ptr<NotchWindowController> controller;
 };

@@ -1,7 +1,9 @@
 #include "overlay/OverlayScene.h"
 
 #include "support/FakeDesktop.h"
+#include "support/FakeNotifications.h"
 #include "support/FakeScreens.h"
+#include "support/MemoryStore.h"
 #include "support/QmlWarnings.h"
 #include "support/VirtualClock.h"
 
@@ -106,7 +108,9 @@ struct Scene {
     ShowingShell shell;
     SilentStatistics statistics;
     SilentSound sound;
-    NotchServices services{clock, statistics, sound};
+    MemoryStore store;
+    FakeNotifications notifications;
+    NotchServices services{clock, statistics, sound, store, notifications};
     StatusMenu menu{clock};
     std::shared_ptr<FakeScreen> screen =
         screens.add(QRectF(100, 200, 800, 600), QStringLiteral("Fake")); // not under the pointer

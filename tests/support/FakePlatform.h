@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Platform.h"
+#include "support/FakeNotifications.h"
 #include "support/FakeScreens.h"
 #include "support/FakeSound.h"
 #include "support/FakeStatistics.h"
@@ -18,6 +19,8 @@ struct FakePlatform {
     FakeScreens &screens = put(roles.screens, std::make_unique<FakeScreens>());
     FakeStatistics &statistics = put(roles.statistics, std::make_unique<FakeStatistics>());
     FakeSound &sound = put(roles.sound, std::make_unique<FakeSound>());
+    FakeNotifications &notifications =
+        put(roles.notifications, std::make_unique<FakeNotifications>());
 
 private:
     template<typename Role, typename Double>
