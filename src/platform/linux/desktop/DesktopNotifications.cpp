@@ -16,7 +16,6 @@ namespace
 Q_LOGGING_CATEGORY(lcNotifications, "com.velmora.app.DesktopNotifications", QtInfoMsg)
 
 constexpr std::size_t maximumEntries = 64;
-constexpr int callLimit = 10'000; // milliseconds: a daemon may have to be started first
 constexpr int maximumLength = 2000;
 
 QString service()
@@ -71,8 +70,10 @@ void onAnswer(const QDBusPendingCall &call, QObject *context, Handler handler)
 
 } // namespace
 
-DesktopNotifications::DesktopNotifications(const QDBusConnection &connection)
+DesktopNotifications::DesktopNotifications(const QDBusConnection &connection,
+                                           std::chrono::milliseconds limit)
     : m_connection(connection)
+    , m_limit(static_cast<int>(limit.count()))
 {
     if (!m_connection.isConnected()) {
         return;
@@ -153,7 +154,7 @@ void DesktopNotifications::send(Entry &entry)
          << bounded(notification.title) << (m_markup == Markup::Plain ? body : escaped(body))
          << noActions << hintsOf(notification) << lifetimeAsUsual;
     entry.isCalling = true;
-    onAnswer(m_connection.asyncCall(call, callLimit), this,
+    onAnswer(m_connection.asyncCall(call, m_limit), this,
              [this, number = entry.number](const QDBusMessage &answer) {
                  handleAnswer(number, answer);
              });
@@ -189,7 +190,7 @@ void DesktopNotifications::askForMarkup()
         return;
     }
     m_markup = Markup::Asking;
-    onAnswer(m_connection.asyncCall(daemonCall(QStringLiteral("GetCapabilities")), callLimit), this,
+    onAnswer(m_connection.asyncCall(daemonCall(QStringLiteral("GetCapabilities")), m_limit), this,
              [this, round = m_round](const QDBusMessage &answer) {
                  if (round == m_round) {
                      handleCapabilities(answer);

@@ -7,6 +7,7 @@
 #include <QDBusServiceWatcher>
 #include <QObject>
 
+#include <chrono>
 #include <list>
 #include <optional>
 
@@ -20,7 +21,9 @@ class DesktopNotifications : public QObject, public UserNotifications
     Q_OBJECT
 
 public:
-    explicit DesktopNotifications(const QDBusConnection &connection);
+    /// Within `limit` the daemon has to answer a call, for which it may have to be started first.
+    explicit DesktopNotifications(const QDBusConnection &connection,
+                                  std::chrono::milliseconds limit = std::chrono::seconds(10));
 
     void requestAuthorization() override {} // desktops know no such thing
     void add(const UserNotification &notification) override;
@@ -51,6 +54,7 @@ private:
     [[nodiscard]] QDBusMessage daemonCall(const QString &method) const;
 
     QDBusConnection m_connection;
+    int m_limit; ///< milliseconds
     QDBusServiceWatcher m_ownerWatch;
     QString m_owner; ///< unique name; empty as long as it is not known
     Markup m_markup = Markup::Unknown;
