@@ -4,6 +4,7 @@
 #include "platform/linux/system/ProcStatistics.h"
 #include "platform/linux/system/PulseSoundOutput.h"
 #include "platform/linux/windowing/Windowing.h"
+#include "support/FakeMediaRemote.h"
 #include "support/FakeNotifications.h"
 
 #include <QCoreApplication>
@@ -34,6 +35,7 @@ Platform makePlatform()
     platform.shell = std::move(windowing.shell);
     platform.statistics = std::make_unique<ProcStatistics>();
     platform.sound = std::make_unique<PulseSoundOutput>(*platform.clock);
+    platform.media = std::make_unique<FakeMediaRemote>();
     platform.notifications = std::make_unique<FakeNotifications>();
     return platform;
 }

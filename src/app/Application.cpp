@@ -11,6 +11,7 @@
 #include "platform/linux/desktop/TrayIcon.h"
 #include "platform/linux/desktop/TrayItem.h"
 #include "platform/linux/desktop/UnixSignals.h"
+#include "platform/linux/media/MprisMediaRemote.h"
 #include "platform/linux/system/ProcStatistics.h"
 #include "platform/linux/system/PulseSoundOutput.h"
 #include "platform/linux/windowing/Windowing.h"
@@ -39,6 +40,8 @@ Platform makePlatform(const QDBusConnection &bus)
     platform.shell = std::move(windowing.shell);
     platform.statistics = std::make_unique<ProcStatistics>();
     platform.sound = std::make_unique<PulseSoundOutput>(*platform.clock);
+    platform.media = std::make_unique<MprisMediaRemote>(bus, *platform.clock);
+    platform.coverSearchHost = QUrl(QStringLiteral("https://itunes.apple.com"));
     platform.notifications = std::make_unique<DesktopNotifications>(bus);
     platform.loginItem =
         std::make_unique<AutostartLoginItem>(QCoreApplication::applicationFilePath());

@@ -76,8 +76,7 @@ NotchManager::NotchManager(const Platform &platform, OverlayControllerFactory ma
     : m_store(*platform.store)
     , m_screens(*platform.screens)
     , m_makeController(std::move(makeController))
-    , m_services(*platform.clock, *platform.statistics, *platform.sound, *platform.store,
-                 *platform.notifications)
+    , m_services(platform)
 {
     readSettings();
     readProfiles();

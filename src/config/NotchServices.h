@@ -1,7 +1,9 @@
 #pragma once
 
-#include "platform/Clock.h"
+#include "media/MediaRemoteService.h"
+#include "platform/Platform.h"
 #include "services/PomodoroService.h"
+#include "services/ScreenCount.h"
 #include "services/SystemMonitorService.h"
 
 #include <QObject>
@@ -27,24 +29,30 @@ class NotchServices : public QObject
     QML_UNCREATABLE("Handed down to the views")
     Q_PROPERTY(velmora::Clock *clock READ clock CONSTANT FINAL)
     Q_PROPERTY(velmora::SystemMonitorService *systemMonitor READ systemMonitor CONSTANT FINAL)
+    Q_PROPERTY(velmora::MediaRemoteService *mediaService READ mediaService CONSTANT FINAL)
     Q_PROPERTY(velmora::PomodoroService *pomodoroService READ pomodoroService CONSTANT FINAL)
 
 public:
-    NotchServices(Clock &clock, SystemStatistics &statistics, SoundOutput &sound,
-                  KeyValueStore &store, UserNotifications &notifications)
-        : m_clock(clock)
-        , m_systemMonitor(clock, statistics, sound)
-        , m_pomodoroService(clock, store, notifications)
+    explicit NotchServices(const Platform &platform)
+        : m_clock(*platform.clock)
+        , m_screenCount(*platform.clock, *platform.screens)
+        , m_systemMonitor(*platform.clock, *platform.statistics, *platform.sound)
+        , m_mediaService(*platform.clock, *platform.media, platform.coverSearchHost)
+        , m_pomodoroService(*platform.clock, *platform.store, *platform.notifications)
     {
     }
 
     [[nodiscard]] Clock *clock() { return &m_clock; }
+    [[nodiscard]] ScreenCount *screenCount() { return &m_screenCount; }
     [[nodiscard]] SystemMonitorService *systemMonitor() { return &m_systemMonitor; }
+    [[nodiscard]] MediaRemoteService *mediaService() { return &m_mediaService; }
     [[nodiscard]] PomodoroService *pomodoroService() { return &m_pomodoroService; }
 
 private:
     Clock &m_clock;
+    ScreenCount m_screenCount;
     SystemMonitorService m_systemMonitor;
+    MediaRemoteService m_mediaService;
     PomodoroService m_pomodoroService;
 };
 

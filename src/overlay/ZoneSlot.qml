@@ -21,6 +21,12 @@ Loader {
                 "service": services.pomodoroService
             });
             break;
+        case "media":
+            setSource("../Widgets/NowPlayingMediaView.qml", {
+                "clock": services.clock,
+                "service": services.mediaService
+            });
+            break;
         case "systemMonitor":
             setSource("../Widgets/SystemMonitorWidgetView.qml", {
                 "monitor": services.systemMonitor

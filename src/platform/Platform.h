@@ -3,6 +3,7 @@
 #include "platform/Clock.h"
 #include "platform/KeyValueStore.h"
 #include "platform/LoginItem.h"
+#include "platform/MediaRemote.h"
 #include "platform/OverlayShell.h"
 #include "platform/Pointer.h"
 #include "platform/Screens.h"
@@ -10,6 +11,8 @@
 #include "platform/StatusItem.h"
 #include "platform/SystemStatistics.h"
 #include "platform/UserNotifications.h"
+
+#include <QUrl>
 
 #include <memory>
 
@@ -26,6 +29,8 @@ struct Platform {
     std::unique_ptr<OverlayShell> shell;
     std::unique_ptr<SystemStatistics> statistics;
     std::unique_ptr<SoundOutput> sound;
+    std::unique_ptr<MediaRemote> media;
+    QUrl coverSearchHost; ///< of the service that knows the covers of songs
     std::unique_ptr<UserNotifications> notifications;
     std::unique_ptr<LoginItem> loginItem;
     std::unique_ptr<StatusItem> statusItem;

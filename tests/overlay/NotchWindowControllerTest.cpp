@@ -2,10 +2,7 @@
 
 #include "overlay/NotchGeometry.h"
 #include "support/FakeDesktop.h"
-#include "support/FakeNotifications.h"
-#include "support/FakeScreens.h"
-#include "support/MemoryStore.h"
-#include "support/VirtualClock.h"
+#include "support/FakePlatform.h"
 
 #include <QDragEnterEvent>
 #include <QMimeData>
@@ -47,15 +44,12 @@ struct Desk {
     [[nodiscard]] QRectF frame() const { return controller->frame(); }
 
     NotchSettings settings;
-    VirtualClock clock;
+    FakePlatform platform;
+    VirtualClock &clock = platform.clock;
+    FakeScreens &screens = platform.screens;
     FakePointer pointer;
-    FakeScreens screens;
     FakeShell shell;
-    SilentStatistics statistics;
-    SilentSound sound;
-    MemoryStore store;
-    FakeNotifications notifications;
-    NotchServices services{clock, statistics, sound, store, notifications};
+    NotchServices services{platform.roles};
     std::shared_ptr<FakeScreen> screen = screens.add(QRectF(0, 0, 1600, 900));
     std::unique_ptr<NotchWindowController> controller;
 };

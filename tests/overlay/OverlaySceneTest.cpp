@@ -1,11 +1,10 @@
 #include "overlay/OverlayScene.h"
 
+#include "overlay/CollapsedLiveStrip.h"
 #include "support/FakeDesktop.h"
-#include "support/FakeNotifications.h"
-#include "support/FakeScreens.h"
-#include "support/MemoryStore.h"
+#include "support/FakePlatform.h"
+#include "support/QmlItems.h"
 #include "support/QmlWarnings.h"
-#include "support/VirtualClock.h"
 
 #include <QQuickItem>
 #include <QSignalSpy>
@@ -82,35 +81,31 @@ struct Scene {
         return controller;
     }
 
-    [[nodiscard]] QList<QQuickItem *> items(const char *type) const
+    void play(const QString &title, const QString &artist)
     {
-        QList<QQuickItem *> found;
-        collect(window->contentItem(), QByteArray(type), found);
-        return found;
+        services.mediaService()->refresh();
+        platform.media.answer(playingTrack(title, artist));
     }
 
-    static void collect(QQuickItem *item, const QByteArray &type, QList<QQuickItem *> &found)
+    /// The first such object anywhere in the window's scene.
+    template<typename T>
+    [[nodiscard]] T *findItem() const
     {
-        for (QQuickItem *child : item->childItems()) {
-            // The name of a type of QML goes on with a number.
-            const QByteArray name(child->metaObject()->className());
-            if ((name == type || name.startsWith(type + "_QMLTYPE_")) && child->isVisible()) {
-                found << child;
-            }
-            collect(child, type, found);
-        }
+        return window->contentItem()->findChild<T *>();
+    }
+
+    [[nodiscard]] QList<QQuickItem *> items(const char *type) const
+    {
+        return qmlItems(*window->contentItem(), type);
     }
 
     QStringList pressed;
-    VirtualClock clock;
+    FakePlatform platform;
+    VirtualClock &clock = platform.clock;
+    FakeScreens &screens = platform.screens;
     FakePointer pointer;
-    FakeScreens screens;
     ShowingShell shell;
-    SilentStatistics statistics;
-    SilentSound sound;
-    MemoryStore store;
-    FakeNotifications notifications;
-    NotchServices services{clock, statistics, sound, store, notifications};
+    NotchServices services{platform.roles};
     StatusMenu menu{clock};
     std::shared_ptr<FakeScreen> screen =
         screens.add(QRectF(100, 200, 800, 600), QStringLiteral("Fake")); // not under the pointer
@@ -145,6 +140,9 @@ private Q_SLOTS:
     void menuByRightClick();
     void longSubmenuStaysInTheWindow();
     void settingsOfNoSense();
+    void stripStaysInTheNotch_data();
+    void stripStaysInTheNotch();
+    void stripChangesWhatItShows();
 
 private:
     std::optional<QmlWarnings> m_warnings;
@@ -262,6 +260,100 @@ void OverlaySceneTest::settingsOfNoSense()
         const QImage image = scene.window->grabWindow();
         QCOMPARE(image.size(), scene.window->size());
     }
+}
+
+void OverlaySceneTest::stripStaysInTheNotch_data()
+{
+    QTest::addColumn<QString>("title");
+    QTest::addColumn<QString>("artist");
+    QTest::newRow("short") << "A"
+                           << "";
+    QTest::newRow("long") << QString(500, u'W') << QString(500, u'g');
+    QTest::newRow("right to left") << QString(u'\u05e9').repeated(300) << QString(u'\u0639');
+    QTest::newRow("emoji") << QStringLiteral("\U0001f3b5 \U0001f468\u200d\U0001f467") << "x";
+    QTest::newRow("markup") << "<h1>Large</h1>"
+                            << "<br><br><img src='x'/>";
+    QTest::newRow("tall") << QString(u'Z') + QString(u'\u0301').repeated(50) << "a\nb\nc";
+}
+
+void OverlaySceneTest::stripStaysInTheNotch()
+{
+    QFETCH(QString, title);
+    QFETCH(QString, artist);
+    Scene scene;
+    scene.services.pomodoroService()->start();
+    for (const double width : {120.0, 200.0, 400.0}) {
+        for (const double height : {24.0, 36.0, 72.0}) {
+            NotchSettings settings;
+            settings.notchWidth = width;
+            settings.notchHeight = height;
+            const auto overlay = scene.overlay(settings);
+            scene.play(title, artist);
+            auto *strip = scene.findItem<CollapsedLiveStrip>();
+            QVERIFY(strip);
+            strip->showNotice(title);
+            for (int turn = 0; turn < 2; ++turn) {
+                const QRectF notch(QPointF(), QSizeF(width, height));
+                const auto texts = scene.items("NotchText");
+                QVERIFY(texts.size() >= 2);
+                for (const QQuickItem *text : texts + scene.items("Symbol")) {
+                    const QRectF place = text->mapRectToItem(
+                        scene.items("CollapsedLiveStripView").front(),
+                        {0, 0, text->width(), qMin(text->height(), text->implicitHeight())});
+                    QVERIFY2(notch.adjusted(0, -5, 0, 5).contains(place), // on its way up or in
+                             qPrintable(QString::number(place.right())));
+                }
+                scene.clock.advance(5s);
+            }
+        }
+    }
+}
+
+void OverlaySceneTest::stripChangesWhatItShows()
+{
+    Scene scene;
+    scene.clock.advance(1s); // the screen is no news any more
+    const auto overlay = scene.overlay({});
+    QCOMPARE(scene.items("LiveSlideRow").size(), 0); // a plain black shape
+    scene.play(QStringLiteral("Song"), QStringLiteral("Them"));
+    QCOMPARE(scene.items("LiveSlideText").size(), 1);
+    const QPointer<QQuickItem> song = scene.items("LiveSlideText").front();
+    scene.play(QStringLiteral("Next"), QStringLiteral("Them"));
+    QCOMPARE(scene.items("LiveSlideText"), QList<QQuickItem *>{song}); // the same slide
+
+    scene.services.pomodoroService()->start();
+    scene.clock.advance(5s);
+    QCOMPARE(scene.items("LiveSlideText").size(), 2); // one comes, one goes
+    QTRY_VERIFY(!song);
+    QCOMPARE(scene.items("LiveSlideText").size(), 1);
+
+    auto *strip = scene.findItem<CollapsedLiveStrip>();
+    strip->showNotice(QStringLiteral("Note"));
+    QTRY_VERIFY(scene.items("LiveSlideRow").isEmpty());
+    QCOMPARE(scene.items("LiveNoticeView").size(), 1);
+    scene.clock.advance(3s);
+    QTRY_VERIFY(scene.items("LiveNoticeView").isEmpty());
+
+    // A press on the speaker. (With a mouse the notch opens first; fingers do not hover.)
+    auto *row = scene.items("LiveSlideRow").front();
+    scene.platform.sound.reported = 50;
+    scene.clock.advance(2s);
+    QTest::mouseClick(scene.window, Qt::LeftButton, {},
+                      row->mapToScene({row->width() - 8, row->height() / 2}).toPoint());
+    QTRY_VERIFY(scene.items("LiveSlideRow").isEmpty());
+    const auto sliders = scene.items("QQuickSlider");
+    QCOMPARE(sliders.size(), 1);
+    auto *slider = sliders.front();
+    const auto at = [slider](double part) {
+        return slider->mapToScene({5 + part * (slider->width() - 10), slider->height() / 2});
+    };
+    QTest::mousePress(scene.window, Qt::LeftButton, {}, at(0.5).toPoint());
+    QTest::mouseMove(scene.window, at(0.3).toPoint());
+    QTest::mouseRelease(scene.window, Qt::LeftButton, {}, at(0.3).toPoint());
+    QVERIFY(qAbs(scene.services.systemMonitor()->volume() - 0.3F) < 0.02F);
+    scene.platform.sound.reported = 80; // somebody else turns it up
+    scene.clock.advance(2s);
+    QCOMPARE(slider->property("value").toFloat(), 0.8F);
 }
 
 QTEST_MAIN(OverlaySceneTest)

@@ -2,8 +2,6 @@
 
 #include "platform/OverlayShell.h"
 #include "platform/Pointer.h"
-#include "platform/SoundOutput.h"
-#include "platform/SystemStatistics.h"
 
 #include <QWindow>
 
@@ -64,24 +62,6 @@ private:
     private:
         FakeShell &m_shell;
     };
-};
-
-/// A machine that tells nothing.
-class SilentStatistics final : public SystemStatistics
-{
-public:
-    std::optional<std::vector<CoreTicks>> processorTicks() override { return std::nullopt; }
-    std::optional<MemoryPages> memoryPages() override { return std::nullopt; }
-    std::uint64_t physicalMemory() override { return 0; }
-    std::optional<std::vector<InterfaceBytes>> interfaces() override { return std::nullopt; }
-    FileSystemSize homeFileSystem() override { return {}; }
-};
-
-class SilentSound final : public SoundOutput
-{
-public:
-    [[nodiscard]] std::optional<int> volumePercent() const override { return std::nullopt; }
-    void setVolumePercent(int) override {}
 };
 
 } // namespace velmora

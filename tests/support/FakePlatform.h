@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Platform.h"
+#include "support/FakeMediaRemote.h"
 #include "support/FakeNotifications.h"
 #include "support/FakeScreens.h"
 #include "support/FakeSound.h"
@@ -19,6 +20,7 @@ struct FakePlatform {
     FakeScreens &screens = put(roles.screens, std::make_unique<FakeScreens>());
     FakeStatistics &statistics = put(roles.statistics, std::make_unique<FakeStatistics>());
     FakeSound &sound = put(roles.sound, std::make_unique<FakeSound>());
+    FakeMediaRemote &media = put(roles.media, std::make_unique<FakeMediaRemote>());
     FakeNotifications &notifications =
         put(roles.notifications, std::make_unique<FakeNotifications>());
 

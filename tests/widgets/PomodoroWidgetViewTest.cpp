@@ -1,6 +1,7 @@
 #include "services/PomodoroService.h"
 #include "support/FakeNotifications.h"
 #include "support/MemoryStore.h"
+#include "support/QmlItems.h"
 #include "support/QmlWarnings.h"
 #include "support/VirtualClock.h"
 
@@ -50,33 +51,6 @@ private:
     std::unique_ptr<QQuickView> m_view;
 };
 
-namespace
-{
-
-/// Whether an item is of a type of QML, whose name goes on with a number, or of one made of it.
-bool isA(const QQuickItem *item, const QByteArray &type)
-{
-    for (const QMetaObject *each = item->metaObject(); each; each = each->superClass()) {
-        const QByteArray name(each->className());
-        if (name == type || name.startsWith(type + "_QML")) {
-            return true;
-        }
-    }
-    return false;
-}
-
-void collect(QQuickItem *item, const QByteArray &type, QList<QQuickItem *> &found)
-{
-    for (QQuickItem *child : item->childItems()) {
-        if (isA(child, type) && child->isVisible()) {
-            found << child;
-        }
-        collect(child, type, found);
-    }
-}
-
-} // namespace
-
 void PomodoroWidgetViewTest::init()
 {
     m_warnings.emplace();
@@ -104,9 +78,7 @@ void PomodoroWidgetViewTest::cleanup()
 
 QList<QQuickItem *> PomodoroWidgetViewTest::items(const QByteArray &type) const
 {
-    QList<QQuickItem *> found;
-    collect(m_view->contentItem(), type, found);
-    return found;
+    return qmlItems(*m_view->contentItem(), type);
 }
 
 /// The time, its characters joined, and then all other texts.

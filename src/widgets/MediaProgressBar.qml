@@ -1,0 +1,52 @@
+import QtQuick
+import Velmora.Style
+import Velmora.Widgets
+
+// How far the track has come. It only shows; nothing seeks.
+Column {
+    id: view
+
+    required property NowPlayingModel playing
+    required property real barHeight
+
+    Accessible.name: playing.hasDuration ? qsTr("%1 of %2").arg(playing.positionText).arg(playing.durationText) : qsTr("Unknown length")
+    Accessible.role: Accessible.ProgressBar
+
+    spacing: 2
+
+    component TimeText: FigureText {
+        Accessible.ignored: true
+
+        color: Qt.rgba(1, 1, 1, 0.35)
+        size: 8
+    }
+
+    Item {
+        height: view.barHeight + 2
+        width: parent.width
+
+        MiniBar {
+            anchors.verticalCenter: parent.verticalCenter
+            color: Qt.rgba(1, 1, 1, 0.12)
+            fill: Qt.rgba(1, 1, 1, 0.7)
+            height: view.barHeight
+            value: view.playing.progress
+            width: parent.width
+        }
+    }
+    Item {
+        height: duration.implicitHeight
+        visible: view.playing.hasDuration
+        width: parent.width
+
+        TimeText {
+            text: view.playing.positionText
+        }
+        TimeText {
+            id: duration
+
+            anchors.right: parent.right
+            text: view.playing.durationText
+        }
+    }
+}

@@ -1,0 +1,125 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import QtQuick.Window
+import Velmora.Config
+import Velmora.Media
+import Velmora.Style
+import Velmora.Widgets
+
+// Cover, title and artist, three transport buttons, and a bar that tells how far the track has come.
+Item {
+    id: view
+
+    required property Clock clock
+    required property MediaRemoteService service
+
+    // Where the texts would have no room beside cover and buttons, the buttons go below them.
+    readonly property bool isNarrow: width - 2 * 8 - 44 - 3 * 26 - 2 * 8 < 60
+
+    component TransportButton: SymbolButton {
+        height: 26
+        opacity: 0.85 / 0.75
+        width: 26
+    }
+
+    NowPlayingModel {
+        id: model
+
+        barPixels: progress.width * Screen.devicePixelRatio
+        clock: view.clock
+        service: view.service
+    }
+    SpringMotion {
+        id: layout
+
+        dampingFraction: 0.82
+        response: 0.35
+        target: model.hasTrack ? 1 : 0
+    }
+    Item {
+        id: row
+
+        readonly property real restingY: (parent.height - height) / 2
+
+        height: Math.max(44, texts.height + (view.isNarrow ? buttons.height : 0))
+        width: parent.width - 2 * 8
+        x: 8
+        y: restingY - layout.value * (progress.height + 5) / 2
+
+        Succession {
+            id: cover
+
+            anchors.verticalCenter: parent.verticalCenter
+            height: 44
+            key: model.trackKey
+            width: 44
+
+            delegate: AlbumArtView {
+                playing: model
+                size: 44
+            }
+        }
+        Succession {
+            id: texts
+
+            anchors.left: cover.right
+            anchors.leftMargin: 8
+            height: 31
+            key: model.trackKey
+            width: (view.isNarrow ? parent.width : buttons.x - 8) - x
+            y: view.isNarrow ? 0 : (parent.height - height) / 2
+
+            delegate: NowPlayingText {
+                clock: view.clock
+                playing: model
+            }
+        }
+        Row {
+            id: buttons
+
+            x: view.isNarrow ? texts.x + (texts.width - width) / 2 : parent.width - width
+            y: view.isNarrow ? texts.height : (parent.height - height) / 2
+
+            TransportButton {
+                description: qsTr("Previous track")
+                size: 11
+                symbol: "backward.fill"
+
+                onActivated: view.service.previousTrack()
+            }
+            TransportButton {
+                description: model.isPlaying ? qsTr("Pause") : qsTr("Play")
+                size: 15
+                symbol: model.isPlaying ? "pause.fill" : "play.fill"
+
+                onActivated: view.service.togglePlayPause()
+            }
+            TransportButton {
+                description: qsTr("Next track")
+                size: 11
+                symbol: "forward.fill"
+
+                onActivated: view.service.nextTrack()
+            }
+        }
+    }
+    MediaProgressBar {
+        id: progress
+
+        anchors.left: row.left
+        anchors.right: row.right
+        barHeight: 3
+        opacity: model.hasTrack ? 1 : 0
+        playing: model
+        visible: opacity > 0
+        y: row.y + row.height + 5
+
+        Behavior on opacity {
+            NumberAnimation {
+                duration: 300
+                easing.type: Easing.InOutQuad
+            }
+        }
+    }
+}

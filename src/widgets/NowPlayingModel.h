@@ -1,0 +1,83 @@
+#pragma once
+
+#include "media/MediaRemoteService.h"
+#include "platform/Clock.h"
+
+#include <QImage>
+#include <QObject>
+#include <QQmlParserStatus>
+#include <QString>
+#include <QtQml/qqmlregistration.h>
+
+namespace velmora
+{
+
+/// "m:ss", with as many minutes as it takes; "0:00" for what is no time.
+[[nodiscard]] QString playbackTimeText(double seconds);
+
+/// What the media widget shows, kept up to date as long as it lives: it asks for news each second,
+/// and moves the position on whenever that can be seen.
+class NowPlayingModel : public QObject, public QQmlParserStatus
+{
+    Q_OBJECT
+    QML_ELEMENT
+    Q_INTERFACES(QQmlParserStatus)
+    Q_PROPERTY(velmora::MediaRemoteService *service MEMBER m_service REQUIRED FINAL)
+    Q_PROPERTY(velmora::Clock *clock MEMBER m_clock REQUIRED FINAL)
+    /// Length of the progress bar in pixels of the display: its position is computed to a quarter.
+    Q_PROPERTY(qreal barPixels MEMBER m_barPixels FINAL)
+
+    /// Another key is another track; empty: there is none.
+    Q_PROPERTY(QString trackKey READ trackKey NOTIFY trackChanged FINAL)
+    Q_PROPERTY(bool hasTrack READ hasTrack NOTIFY trackChanged FINAL)
+    Q_PROPERTY(QString title READ title NOTIFY trackChanged FINAL)
+    Q_PROPERTY(QString artist READ artist NOTIFY trackChanged FINAL)
+    Q_PROPERTY(QImage artwork READ artwork NOTIFY artworkChanged FINAL)
+    Q_PROPERTY(bool hasArtwork READ hasArtwork NOTIFY artworkChanged FINAL)
+    Q_PROPERTY(bool isPlaying READ isPlaying NOTIFY isPlayingChanged FINAL)
+    Q_PROPERTY(bool hasDuration READ hasDuration NOTIFY durationChanged FINAL)
+    Q_PROPERTY(QString durationText READ durationText NOTIFY durationChanged FINAL)
+    Q_PROPERTY(qreal progress READ progress NOTIFY progressChanged FINAL) ///< 0 to 1
+    Q_PROPERTY(QString positionText READ positionText NOTIFY positionTextChanged FINAL)
+
+public:
+    using QObject::QObject;
+
+    void classBegin() override {}
+    void componentComplete() override;
+
+    [[nodiscard]] QString trackKey() const { return m_shown.title + m_shown.artist; }
+    [[nodiscard]] bool hasTrack() const { return !trackKey().isEmpty(); }
+    [[nodiscard]] QString title() const;
+    [[nodiscard]] QString artist() const { return m_shown.artist.simplified(); }
+    [[nodiscard]] QImage artwork() const { return m_shown.artwork; }
+    [[nodiscard]] bool hasArtwork() const { return !m_shown.artwork.isNull(); }
+    [[nodiscard]] bool isPlaying() const { return m_shown.isPlaying; }
+    [[nodiscard]] bool hasDuration() const { return m_shown.duration > 0; }
+    [[nodiscard]] QString durationText() const { return playbackTimeText(m_shown.duration); }
+    [[nodiscard]] double progress() const { return m_progress; }
+    [[nodiscard]] QString positionText() const { return m_positionText; }
+
+Q_SIGNALS:
+    void trackChanged();
+    void artworkChanged();
+    void isPlayingChanged();
+    void durationChanged();
+    void progressChanged();
+    void positionTextChanged();
+
+private:
+    void takeNews();
+    void movePosition();
+
+    MediaRemoteService *m_service = nullptr;
+    Clock *m_clock = nullptr;
+    qreal m_barPixels = 100;
+    NowPlayingInfo m_shown;
+    double m_progress = 0;
+    QString m_positionText;
+    TimerHandle m_poll;
+    TimerHandle m_nextMove;
+};
+
+} // namespace velmora

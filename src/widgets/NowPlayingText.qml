@@ -1,0 +1,46 @@
+import QtQuick
+import Velmora.Config
+import Velmora.Style
+import Velmora.Widgets
+
+// Title and artist of one track.
+Successor {
+    id: block
+
+    required property Clock clock
+    required property NowPlayingModel playing
+
+    isSpringy: true
+    travel: height
+
+    Component.onCompleted: {
+        title.text = playing.title;
+        artist.text = playing.artist;
+    }
+
+    Column {
+        anchors.verticalCenter: parent.verticalCenter
+        spacing: 2
+        width: parent.width
+
+        MarqueeText {
+            id: title
+
+            clock: block.clock
+            height: 16
+            size: 12
+            weight: Font.DemiBold
+            width: parent.width
+        }
+        MarqueeText {
+            id: artist
+
+            clock: block.clock
+            color: Qt.rgba(1, 1, 1, 0.5)
+            height: 13
+            size: 10
+            visible: text !== ""
+            width: parent.width
+        }
+    }
+}

@@ -1,0 +1,210 @@
+#include "overlay/CollapsedLiveStrip.h"
+
+#include "support/FakePlatform.h"
+
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace velmora;
+using namespace std::chrono_literals;
+
+namespace
+{
+
+struct Desk {
+    FakePlatform platform;
+    VirtualClock &clock = platform.clock;
+    NotchServices services{platform.roles};
+
+    [[nodiscard]] std::unique_ptr<CollapsedLiveStrip> strip()
+    {
+        auto strip = std::make_unique<CollapsedLiveStrip>();
+        strip->setProperty("services", QVariant::fromValue(&services));
+        strip->componentComplete();
+        return strip;
+    }
+
+    void play(const QString &title, const QString &artist = {}, bool isPlaying = true)
+    {
+        services.mediaService()->refresh();
+        QVariantHash track = playingTrack(title, artist);
+        track.insert(QLatin1String(NowPlayingKey::playbackRate), isPlaying ? 1.0 : 0.0);
+        track.insert(QLatin1String(NowPlayingKey::artworkPending), true);
+        platform.media.answer(track);
+    }
+
+    void stopPlaying()
+    {
+        Q_EMIT platform.media.spotifyPlaybackStateChanged(
+            QVariantHash{{QStringLiteral("Player State"), QStringLiteral("Stopped")}});
+    }
+};
+
+} // namespace
+
+class CollapsedLiveStripTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void mediaSlide();
+    void pomodoroSlide();
+    void takesTurns();
+    void shrinkingList();
+    void quietWithoutNews();
+    void volumeAndNotices();
+    void screens();
+};
+
+void CollapsedLiveStripTest::mediaSlide()
+{
+    Desk desk;
+    const auto strip = desk.strip();
+    QCOMPARE(strip->slideCount(), 0);
+    desk.play(QStringLiteral(" A\ntitle\tof\u2028lines "), QStringLiteral("Them"));
+    QCOMPARE(strip->slideCount(), 1);
+    LiveSlideLook look = strip->look();
+    QCOMPARE(look.first, QStringLiteral("A title of lines"));
+    QCOMPARE(look.second, QStringLiteral("Them"));
+    QCOMPARE(look.symbol, QStringLiteral("music.note"));
+    QVERIFY(look.isStacked);
+
+    desk.play(QStringLiteral("Song"), {}, false); // paused is as good as playing
+    look = strip->look();
+    QCOMPARE(look.symbol, QStringLiteral("play.slash"));
+    QCOMPARE(look.second, QString());
+    desk.stopPlaying();
+    QCOMPARE(strip->slideCount(), 0);
+}
+
+void CollapsedLiveStripTest::pomodoroSlide()
+{
+    Desk desk;
+    const auto strip = desk.strip();
+    PomodoroService &timer = *desk.services.pomodoroService();
+    timer.start();
+    QCOMPARE(strip->slideCount(), 1);
+    QCOMPARE(strip->look().first, QStringLiteral("25:00"));
+    QCOMPARE(strip->look().second, QStringLiteral("WORK"));
+    QCOMPARE(strip->look().symbol, QStringLiteral("timer"));
+    QCOMPARE(strip->look().firstColor, timer.phaseColor());
+    desk.clock.advance(61s);
+    QCOMPARE(strip->look().first, QStringLiteral("23:59"));
+    timer.skip();
+    QCOMPARE(strip->slideCount(), 0); // the break waits to be started
+    timer.start();
+    QCOMPARE(strip->look().second, QStringLiteral("BREAK"));
+    QCOMPARE(strip->look().symbol, QStringLiteral("cup.and.saucer.fill"));
+}
+
+void CollapsedLiveStripTest::takesTurns()
+{
+    Desk desk;
+    const auto strip = desk.strip();
+    desk.play(QStringLiteral("Song"));
+    desk.clock.advance(12s); // ticks mean nothing to one slide
+    QCOMPARE(strip->currentIndex(), 0);
+    desk.services.pomodoroService()->start();
+    QCOMPARE(strip->currentIndex(), 0);
+    desk.clock.advance(3s); // the clock went on meanwhile: a slide may have a short first turn
+    QCOMPARE(strip->currentIndex(), 1);
+    QCOMPARE(strip->look().second, QStringLiteral("WORK"));
+    strip->setShowVolume(true);
+    strip->showNotice(QStringLiteral("Note"));
+    desk.clock.advance(5s); // and it goes on behind the volume and a notice
+    QCOMPARE(strip->currentIndex(), 0);
+
+    // A new strip begins afresh.
+    desk.clock.advance(5s);
+    QCOMPARE(strip->currentIndex(), 1);
+    QCOMPARE(desk.strip()->currentIndex(), 0);
+    QVERIFY(!desk.strip()->showVolume());
+}
+
+void CollapsedLiveStripTest::shrinkingList()
+{
+    Desk desk;
+    const auto strip = desk.strip();
+    desk.play(QStringLiteral("Song"));
+    desk.services.pomodoroService()->start();
+    desk.clock.advance(5s);
+    QCOMPARE(strip->currentIndex(), 1);
+    desk.services.pomodoroService()->pause();
+    QCOMPARE(strip->slideCount(), 1);
+    QCOMPARE(strip->currentIndex(), 0);
+    QCOMPARE(strip->look().first, QStringLiteral("Song"));
+
+    // What follows moves up under an index that stays.
+    desk.services.pomodoroService()->start();
+    desk.stopPlaying();
+    QCOMPARE(strip->currentIndex(), 0);
+    QCOMPARE(strip->look().second, QStringLiteral("WORK"));
+    desk.services.pomodoroService()->reset();
+    QCOMPARE(strip->slideCount(), 0);
+    QCOMPARE(strip->currentIndex(), 0);
+}
+
+void CollapsedLiveStripTest::quietWithoutNews()
+{
+    Desk desk;
+    const auto strip = desk.strip();
+    desk.play(QStringLiteral("Song"));
+    QSignalSpy changes(strip.get(), &CollapsedLiveStrip::slideChanged);
+    for (int i = 0; i < 100; ++i) {
+        desk.play(QStringLiteral("Song"));
+    }
+    QCOMPARE(changes.size(), 0);
+    desk.play(QStringLiteral("Other"));
+    QCOMPARE(changes.size(), 1);
+}
+
+void CollapsedLiveStripTest::volumeAndNotices()
+{
+    Desk desk;
+    const auto strip = desk.strip();
+    strip->showNotice(QStringLiteral("One"));
+    desk.clock.advance(2s);
+    strip->showNotice(QStringLiteral("Two"));
+    QCOMPARE(strip->noticeText(), QStringLiteral("Two"));
+    desk.clock.advance(2900ms); // the hide of the first has no effect
+    QVERIFY(strip->hasNotice());
+    desk.clock.advance(100ms);
+    QVERIFY(!strip->hasNotice());
+}
+
+void CollapsedLiveStripTest::screens()
+{
+    Desk desk;
+    desk.platform.screens.add(QRectF(0, 0, 800, 600));
+    desk.clock.advance(1s);
+    const auto old = desk.strip();
+    auto second = desk.platform.screens.add(QRectF(800, 0, 800, 600));
+    // The change itself brings new strips, which are to tell of it.
+    auto strip = desk.strip();
+    QVERIFY(!strip->hasNotice());
+    desk.clock.advance(300ms);
+    QCOMPARE(strip->noticeText(), QStringLiteral("Monitor connected"));
+    QCOMPARE(old->noticeText(), QStringLiteral("Monitor connected"));
+    desk.clock.advance(3s);
+    QVERIFY(!strip->hasNotice());
+
+    Q_EMIT desk.platform.screens.changed(); // moved, or of another size
+    desk.clock.advance(1s);
+    QVERIFY(!strip->hasNotice());
+    desk.platform.screens.remove(second.get());
+    strip = desk.strip();
+    desk.clock.advance(300ms);
+    QCOMPARE(strip->noticeText(), QStringLiteral("Monitor disconnected"));
+    QVERIFY(!desk.strip()->hasNotice());
+
+    // One that flickers is no news.
+    desk.clock.advance(3s);
+    second = desk.platform.screens.add(QRectF(800, 0, 800, 600));
+    desk.clock.advance(100ms);
+    desk.platform.screens.remove(second.get());
+    desk.clock.advance(1s);
+    QVERIFY(!strip->hasNotice());
+}
+
+QTEST_MAIN(CollapsedLiveStripTest)
+#include "CollapsedLiveStripTest.moc"
