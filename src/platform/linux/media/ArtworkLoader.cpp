@@ -1,0 +1,145 @@
+#include "platform/linux/media/ArtworkLoader.h"
+
+#include <QFutureWatcher>
+#include <QUrl>
+#include <QtConcurrentRun>
+
+#include <algorithm>
+#include <utility>
+
+namespace velmora
+{
+
+namespace
+{
+
+using namespace std::chrono_literals;
+
+constexpr auto startInterval = 100ms;
+constexpr auto patience = 20s; // a dead network drive answers never
+
+// Sixteen covers at most, and fewer if they are large.
+constexpr qsizetype cacheKilobytes = 8192;
+constexpr qsizetype leastCost = cacheKilobytes / 16;
+
+} // namespace
+
+ArtworkLoader::ArtworkLoader(Clock &clock)
+    : m_clock(clock)
+    , m_cache(cacheKilobytes)
+    , m_threads(std::make_unique<QThreadPool>())
+    , m_starts(clock, startInterval, [this] { startNext(); })
+{
+    m_threads->setMaxThreadCount(2); // the second one for when the first hangs
+}
+
+ArtworkLoader::~ArtworkLoader()
+{
+    // A thread that hangs in a read would hold up the end of the program.
+    constexpr int milliseconds = 200;
+    if (!m_threads->waitForDone(milliseconds))
+        static_cast<void>(m_threads.release());
+}
+
+void ArtworkLoader::want(const QString &address)
+{
+    m_wanted = address;
+    m_image = QImage();
+    m_state = address.isEmpty() ? State::None : State::Loading;
+    m_isWaiting = !address.isEmpty();
+    if (m_download.isRunning()) {
+        if (address == m_downloading) {
+            m_isWaiting = false;
+            return;
+        }
+        // Nobody waits for a slow server on behalf of a track that is over.
+        m_download.cancel();
+        finish({});
+    } else if (m_isWaiting && !m_isRunning) {
+        m_starts.request();
+    }
+}
+
+void ArtworkLoader::startNext()
+{
+    if (m_isRunning || !m_isWaiting)
+        return;
+    m_isWaiting = false;
+    m_isRunning = true;
+    const quint64 load = ++m_load;
+    m_patience = m_clock.after(patience, [this, load] {
+        m_download.cancel();
+        if (load == m_load)
+            finish({});
+    });
+    const QString scheme = m_wanted.left(6).section(u':', 0, 0).toLower();
+    if (m_wanted.startsWith(u'/'))
+        startFile(m_wanted);
+    else if (scheme == QLatin1String("file"))
+        startFile(QUrl(m_wanted).toLocalFile());
+    else if (scheme == QLatin1String("http") || scheme == QLatin1String("https"))
+        startDownload(m_wanted);
+    else if (scheme == QLatin1String("data"))
+        decodeAside([address = m_wanted] {
+            return artwork::Decoded{QString(), artwork::decodeInline(address)};
+        });
+    else
+        finish({});
+}
+
+void ArtworkLoader::startFile(const QString &path)
+{
+    const auto keys = m_cache.keys();
+    decodeAside([path, known = QSet<QString>(keys.begin(), keys.end())] {
+        return artwork::decodeFile(path, known);
+    });
+}
+
+void ArtworkLoader::startDownload(const QString &address)
+{
+    if (m_cache.contains(address)) {
+        finish({address, QImage()});
+        return;
+    }
+    m_downloading = address;
+    m_download.start(QUrl(address), [this, address](const QByteArray &bytes) {
+        decodeAside([address, bytes] { return artwork::Decoded{address, artwork::decode(bytes)}; });
+    });
+}
+
+void ArtworkLoader::decodeAside(std::function<artwork::Decoded()> decoding)
+{
+    auto *watcher = new QFutureWatcher<artwork::Decoded>(this);
+    connect(watcher, &QFutureWatcherBase::finished, this, [this, watcher, load = m_load] {
+        watcher->deleteLater();
+        if (load == m_load)
+            finish(watcher->result());
+    });
+    watcher->setFuture(QtConcurrent::run(m_threads.get(), std::move(decoding)));
+}
+
+void ArtworkLoader::finish(const artwork::Decoded &result)
+{
+    ++m_load;
+    m_isRunning = false;
+    m_patience.reset();
+    QImage image = result.image;
+    if (const QImage *const cached = m_cache.object(result.key); image.isNull() && cached)
+        image = *cached;
+    else if (!image.isNull() && !result.key.isEmpty())
+        m_cache.insert(result.key, new QImage(image),
+                       std::max<qsizetype>(leastCost, image.sizeInBytes() / 1024));
+    if (m_isWaiting)
+        m_starts.request();
+    else if (m_state == State::Loading)
+        settle(image);
+}
+
+void ArtworkLoader::settle(const QImage &image)
+{
+    m_image = image;
+    m_state = image.isNull() ? State::Failed : State::Ready;
+    Q_EMIT settled();
+}
+
+} // namespace velmora

@@ -1,0 +1,76 @@
+#include "platform/linux/media/PlayerNotices.h"
+
+#include <algorithm>
+#include <array>
+
+namespace velmora
+{
+
+namespace
+{
+
+struct Program {
+    QLatin1String name;
+    NoticeKind kind = NoticeKind::None;
+};
+
+/// The service's own player, and the free programs that play the same service on Linux.
+constexpr std::array programs{
+    Program{QLatin1String("spotify"), NoticeKind::Spotify},
+    Program{QLatin1String("spotifyd"), NoticeKind::Spotify},
+    Program{QLatin1String("spotify-qt"), NoticeKind::Spotify},
+    Program{QLatin1String("spotify-player"), NoticeKind::Spotify},
+    Program{QLatin1String("spotify_player"), NoticeKind::Spotify},
+    Program{QLatin1String("ncspot"), NoticeKind::Spotify},
+    Program{QLatin1String("cider"), NoticeKind::AppleMusic},
+    Program{QLatin1String("sidra"), NoticeKind::AppleMusic},
+    Program{QLatin1String("applemusic"), NoticeKind::AppleMusic},
+};
+
+QString stateText(MprisPlayer::Status status)
+{
+    switch (status) {
+    case MprisPlayer::Status::Playing:
+        return QStringLiteral("Playing");
+    case MprisPlayer::Status::Paused:
+        return QStringLiteral("Paused");
+    case MprisPlayer::Status::Stopped:
+        break;
+    }
+    return QStringLiteral("Stopped");
+}
+
+} // namespace
+
+NoticeKind noticeKind(const QStringList &names)
+{
+    for (const QString &name : names) {
+        // A second instance has a suffix: "spotifyd.instance4711".
+        const auto program = QStringView(name).left(name.indexOf(u'.'));
+        const auto found = std::find_if(programs.begin(), programs.end(), [&](const auto &known) {
+            return program.compare(known.name, Qt::CaseInsensitive) == 0;
+        });
+        if (found != programs.end())
+            return found->kind;
+    }
+    return NoticeKind::None;
+}
+
+QVariantHash noticeOf(const MprisPlayer &player, MprisPlayer::Time now)
+{
+    constexpr double milliseconds = 1000;
+    const MprisTrack &track = player.track();
+    return {{QStringLiteral("Player State"), stateText(player.status())},
+            {QStringLiteral("Name"), track.title},
+            {QStringLiteral("Artist"), track.artist},
+            {QStringLiteral("Album"), track.album},
+            {QStringLiteral("Duration"), track.duration * milliseconds},
+            {QStringLiteral("Playback Position"), player.position(now)}};
+}
+
+QVariantHash noticeOfDeparture()
+{
+    return {{QStringLiteral("Player State"), stateText(MprisPlayer::Status::Stopped)}};
+}
+
+} // namespace velmora

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "platform/linux/media/MprisPlayer.h"
+
+#include <QStringList>
+#include <QVariantHash>
+
+namespace velmora
+{
+
+/// The players that tell of their changes themselves.
+enum class NoticeKind { None, Spotify, AppleMusic };
+
+/// By the bus names of a player, without the part that all players share.
+[[nodiscard]] NoticeKind noticeKind(const QStringList &names);
+
+/// What such a player sends along.
+[[nodiscard]] QVariantHash noticeOf(const MprisPlayer &player, MprisPlayer::Time now);
+[[nodiscard]] QVariantHash noticeOfDeparture();
+
+} // namespace velmora

@@ -1,0 +1,295 @@
+#include "platform/linux/media/ArtworkLoader.h"
+
+#include "support/VirtualClock.h"
+
+#include <QBuffer>
+#include <QFile>
+#include <QSignalSpy>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QtEndian>
+
+#include <sys/stat.h>
+
+using namespace velmora;
+using namespace std::chrono_literals;
+using State = ArtworkLoader::State;
+
+namespace
+{
+
+QByteArray encoded(const QSize &size, const char *format, Qt::GlobalColor color = Qt::red)
+{
+    QImage image(size, QImage::Format_RGB32);
+    image.fill(color);
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    image.save(&buffer, format);
+    return buffer.data();
+}
+
+/// A JPEG whose EXIF block says that the camera was turned by 90 degrees.
+QByteArray turned(const QSize &size)
+{
+    static const char exif[] =
+        "\xff\xe1\x00\x22"
+        "Exif\0\0MM\0*\0\0\0\x08\0\x01\x01\x12\0\x03\0\0\0\x01\0\x06\0\0\0\0\0\0";
+    QByteArray bytes = encoded(size, "jpg");
+    bytes.insert(2, QByteArray(exif, sizeof exif - 1));
+    return bytes;
+}
+
+/// A small file that unpacks to 64 million pixels.
+QByteArray enormous()
+{
+    QImage image(8000, 8000, QImage::Format_Mono);
+    image.fill(0);
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    image.save(&buffer, "png");
+    return buffer.data();
+}
+
+/// A bitmap that claims to be of this size.
+QByteArray claiming(qint32 width, qint32 height)
+{
+    QByteArray bytes = encoded({1, 1}, "bmp");
+    qToLittleEndian(width, bytes.data() + 18);
+    qToLittleEndian(height, bytes.data() + 22);
+    return bytes;
+}
+
+bool write(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
+}
+
+/// Answers each request with what it is told, as soon as it is told.
+class CoverServer : public QTcpServer
+{
+public:
+    CoverServer()
+    {
+        listen(QHostAddress::LocalHost);
+        connect(this, &QTcpServer::newConnection, this, [this] {
+            QTcpSocket *const socket = nextPendingConnection();
+            connect(socket, &QTcpSocket::readyRead, this, [this, socket] {
+                requests.append(socket->readAll());
+                waiting.append(socket);
+                answer();
+            });
+            connect(socket, &QTcpSocket::disconnected, this, [this, socket] {
+                waiting.removeOne(socket);
+                socket->deleteLater();
+            });
+        });
+    }
+
+    [[nodiscard]] QString address(const QString &file) const
+    {
+        return QStringLiteral("http://127.0.0.1:%1/%2").arg(serverPort()).arg(file);
+    }
+
+    void answer()
+    {
+        if (response.isEmpty())
+            return;
+        for (QTcpSocket *const socket : std::exchange(waiting, {})) {
+            socket->write(response);
+            socket->disconnectFromHost();
+        }
+    }
+
+    void setBody(const QByteArray &body) { response = "HTTP/1.1 200 OK\r\n\r\n" + body; }
+
+    QList<QByteArray> requests;
+    QList<QTcpSocket *> waiting;
+    QByteArray response;
+};
+
+} // namespace
+
+class ArtworkLoaderTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void decodesCovers();
+    void refusesWhatIsNoCover_data();
+    void refusesWhatIsNoCover();
+    void readsAddresses();
+    void seesAFileWrittenAnew();
+    void loadsTheNewestWishOnly();
+    void fetchesOverHttp();
+    void refusesBadServers();
+    void givesUpAndDies();
+
+private:
+    /// Wishes and waits for the end.
+    State load(const QString &address);
+
+    QTemporaryDir m_folder;
+    VirtualClock m_clock;
+    ArtworkLoader m_loader{m_clock};
+};
+
+State ArtworkLoaderTest::load(const QString &address)
+{
+    m_clock.advance(1s);
+    m_loader.want(address);
+    if (!QTest::qWaitFor([this] { return m_loader.state() != State::Loading; }))
+        qWarning() << "Never settled:" << address.left(100);
+    return m_loader.state();
+}
+
+void ArtworkLoaderTest::decodesCovers()
+{
+    for (const auto *format : {"png", "jpg", "webp", "bmp"})
+        QCOMPARE(artwork::decode(encoded({300, 200}, format)).size(), QSize(300, 200));
+    const QByteArray gif =
+        QByteArray::fromBase64("R0lGODlhAQABAIAAAP8AAP///yH5BAAAAAAALAAAAAABAAEAAAICRAEAOw==");
+    QCOMPARE(artwork::decode(gif).size(), QSize(1, 1));
+    QCOMPARE(artwork::decode(encoded({3000, 1000}, "jpg")).size(), QSize(600, 200));
+    QCOMPARE(artwork::decode(encoded({2000, 1}, "png")).size(), QSize(600, 1));
+    QCOMPARE(artwork::decode(turned({300, 100})).size(), QSize(100, 300));
+}
+
+void ArtworkLoaderTest::refusesWhatIsNoCover_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::newRow("nothing") << QByteArray();
+    QTest::newRow("text") << QByteArray("hello");
+    QTest::newRow("a drawing") << QByteArray("<svg xmlns='http://www.w3.org/2000/svg'/>");
+    QTest::newRow("cut off") << encoded({100, 100}, "png").left(60);
+    QTest::newRow("too many pixels") << enormous();
+    QTest::newRow("absurd size") << claiming(0x7fffffff, 0x7fffffff);
+    QTest::newRow("no size") << claiming(0, 0);
+}
+
+void ArtworkLoaderTest::refusesWhatIsNoCover()
+{
+    QFETCH(QByteArray, bytes);
+    QVERIFY(artwork::decode(bytes).isNull());
+}
+
+void ArtworkLoaderTest::readsAddresses()
+{
+    const QByteArray png = encoded({20, 10}, "png");
+    const QString path = m_folder.filePath(QStringLiteral("a b"));
+    QVERIFY(write(path, png));
+    const QString escaped = QString(path).replace(u' ', QStringLiteral("%20"));
+    const auto base64 = QString::fromLatin1(png.toBase64());
+    const auto percent = QString::fromLatin1(png.toPercentEncoding());
+    for (const QString &good : {path, u"file://%1"_qs.arg(path), u"FILE://%1"_qs.arg(escaped),
+                                u"data:image/png;base64,"_qs + base64, u"data:,"_qs + percent}) {
+        QCOMPARE(load(good), State::Ready);
+        QCOMPARE(m_loader.image().size(), QSize(20, 10));
+    }
+
+    const QString big = m_folder.filePath(QStringLiteral("big.png"));
+    QVERIFY(write(big, png) && QFile::resize(big, 50'000'000));
+    const QString pipe = m_folder.filePath(QStringLiteral("pipe"));
+    QCOMPARE(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+    for (const QString &bad : {big, pipe, m_folder.path(), path + u'x', u"/dev/zero"_qs,
+                               u"file:///dev/zero"_qs, u"data:image/png;base64"_qs, u"ftp://x/y"_qs,
+                               u"cover.png"_qs, u"file:"_qs, u"http://"_qs}) {
+        QCOMPARE(load(bad), State::Failed);
+        QVERIFY(m_loader.image().isNull());
+    }
+    QCOMPARE(load(QString()), State::None);
+}
+
+void ArtworkLoaderTest::seesAFileWrittenAnew()
+{
+    const QString path = m_folder.filePath(QStringLiteral("cover"));
+    QVERIFY(write(path, encoded({10, 10}, "png")));
+    QCOMPARE(load(path), State::Ready);
+    const qint64 first = m_loader.image().cacheKey();
+    QCOMPARE(load(path), State::Ready);
+    QCOMPARE(m_loader.image().cacheKey(), first); // decoded once
+    QVERIFY(write(path, encoded({20, 20}, "png")));
+    QCOMPARE(load(path), State::Ready);
+    QCOMPARE(m_loader.image().size(), QSize(20, 20));
+}
+
+void ArtworkLoaderTest::loadsTheNewestWishOnly()
+{
+    for (int i = 0; i < 1000; ++i)
+        QVERIFY(write(m_folder.filePath(QString::number(i)), encoded({i + 1, 1}, "png")));
+    QSignalSpy settled(&m_loader, &ArtworkLoader::settled);
+    m_clock.advance(1s);
+    for (int i = 0; i < 1000; ++i)
+        m_loader.want(m_folder.filePath(QString::number(i)));
+    QTRY_VERIFY((m_clock.advance(10ms), m_loader.state() == State::Ready));
+    QCOMPARE(m_loader.image().width(), 600);
+    QCOMPARE(m_loader.image().height(), 1);
+    QCOMPARE(settled.size(), 1);
+}
+
+void ArtworkLoaderTest::fetchesOverHttp()
+{
+    CoverServer server;
+    server.setBody(encoded({30, 30}, "jpg"));
+    QCOMPARE(load(server.address(u"a"_qs)), State::Ready);
+    QCOMPARE(load(server.address(u"b"_qs)), State::Ready);
+    QCOMPARE(load(server.address(u"a"_qs)), State::Ready); // remembered
+    QCOMPARE(server.requests.size(), 2);
+
+    // A slow server does not hold up the next track, and the same wish is not sent twice.
+    server.response.clear();
+    m_clock.advance(1s);
+    m_loader.want(server.address(u"slow"_qs));
+    m_loader.want(server.address(u"slow"_qs));
+    QTRY_COMPARE(server.waiting.size(), 1);
+    QCOMPARE(load(server.address(u"b"_qs)), State::Ready);
+    QTRY_COMPARE(server.waiting.size(), 0);
+    QCOMPARE(server.requests.size(), 3);
+
+    m_clock.advance(1s);
+    for (int i = 0; i < 1000; ++i)
+        m_loader.want(server.address(QString::number(i)));
+    server.setBody(encoded({40, 40}, "jpg"));
+    QTRY_VERIFY((m_clock.advance(10ms), m_loader.state() == State::Ready));
+    QCOMPARE(m_loader.image().width(), 40);
+    QVERIFY(server.requests.size() <= 5);
+}
+
+void ArtworkLoaderTest::refusesBadServers()
+{
+    CoverServer server;
+    server.response = "HTTP/1.1 404 Not Found\r\n\r\n" + encoded({30, 30}, "png");
+    QCOMPARE(load(server.address(u"a"_qs)), State::Failed);
+    server.response = "HTTP/1.1 302 Found\r\nLocation: file:///etc/hostname\r\n\r\n";
+    QCOMPARE(load(server.address(u"b"_qs)), State::Failed);
+    server.response = "HTTP/1.1 302 Found\r\nLocation: /again\r\n\r\n";
+    QCOMPARE(load(server.address(u"c"_qs)), State::Failed);
+    server.response = "HTTP/1.1 200 OK\r\nContent-Length: 50000000\r\n\r\n";
+    QCOMPARE(load(server.address(u"d"_qs)), State::Failed);
+    server.setBody(QByteArray(40'000'000, 'x'));
+    QCOMPARE(load(server.address(u"e"_qs)), State::Failed);
+}
+
+void ArtworkLoaderTest::givesUpAndDies()
+{
+    CoverServer server;
+    m_clock.advance(1s);
+    m_loader.want(server.address(u"never"_qs));
+    QTRY_COMPARE(server.waiting.size(), 1);
+    m_clock.advance(20s);
+    QCOMPARE(m_loader.state(), State::Failed);
+
+    const QString path = m_folder.filePath(QStringLiteral("last"));
+    QVERIFY(write(path, encoded({2000, 2000}, "png")));
+    for (const QString &address : {path, server.address(u"x"_qs)}) {
+        ArtworkLoader loader(m_clock);
+        connect(&loader, &ArtworkLoader::settled, [] { QFAIL("settled"); });
+        loader.want(address);
+    }
+    QCoreApplication::processEvents();
+}
+
+QTEST_GUILESS_MAIN(ArtworkLoaderTest)
+#include "ArtworkLoaderTest.moc"

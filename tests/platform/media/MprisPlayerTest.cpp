@@ -1,0 +1,226 @@
+#include "platform/linux/media/MprisPlayer.h"
+
+#include "platform/linux/media/CurrentPlayer.h"
+#include "platform/linux/media/PlayerNotices.h"
+#include "platform/linux/media/Throttle.h"
+#include "support/VirtualClock.h"
+
+#include <QTest>
+
+#include <limits>
+
+using namespace velmora;
+using namespace std::chrono_literals;
+
+namespace
+{
+
+QVariantMap properties(const QString &title, const QVariantMap &others = {})
+{
+    QVariantMap map{
+        {QStringLiteral("PlaybackStatus"), QStringLiteral("Playing")},
+        {QStringLiteral("Metadata"), QVariantMap{{QStringLiteral("xesam:title"), title}}}};
+    map.insert(others);
+    return map;
+}
+
+MprisTrack track(const char *key, const QVariant &value)
+{
+    return MprisTrack::fromMetadata(QVariantMap{{QLatin1String(key), value}});
+}
+
+} // namespace
+
+class MprisPlayerTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void readsMetadata();
+    void computesThePosition();
+    void doubtsThePositionAfterChanges();
+    void forgetsWhatIsNoLongerTold();
+    void choosesTheCurrentPlayer_data();
+    void choosesTheCurrentPlayer();
+    void knowsThePlayersWithNotices();
+    void throttles();
+};
+
+void MprisPlayerTest::readsMetadata()
+{
+    constexpr auto length = "mpris:length";
+    QCOMPARE(track(length, qlonglong{90'000'000}).duration, 90.0);
+    QCOMPARE(track(length, qulonglong{90'000'000}).duration, 90.0);
+    QCOMPARE(track(length, 90'000'000U).duration, 90.0);
+    QCOMPARE(track(length, 1'500'000.0).duration, 1.5);
+    for (const QVariant &value :
+         {QVariant(qlonglong{-1}), QVariant(true), QVariant(QStringLiteral("90")), QVariant(),
+          QVariant(std::numeric_limits<double>::quiet_NaN()),
+          QVariant(std::numeric_limits<double>::infinity())})
+        QCOMPARE(track(length, value).duration, 0.0);
+
+    constexpr auto artist = "xesam:artist";
+    QCOMPARE(track(artist, QStringList{QStringLiteral("A"), QString(), QStringLiteral("B")}).artist,
+             QStringLiteral("A, B"));
+    QCOMPARE(track(artist, QStringLiteral("A")).artist, QStringLiteral("A"));
+    QCOMPARE(track(artist, QStringList(5000, QStringLiteral("A"))).artist.size(), 1000);
+
+    constexpr auto title = "xesam:title";
+    const QString note = QStringLiteral("\U0001f3b5"); // two units, which are never torn apart
+    QCOMPARE(track(title, note.repeated(600)).title, note.repeated(500));
+    QCOMPARE(track(title, QStringLiteral("x") + note.repeated(600)).title,
+             QStringLiteral("x") + note.repeated(499));
+
+    constexpr auto url = "xesam:url";
+    QCOMPARE(track(url, QStringLiteral("file:///a/b%20%C3%A4%23.mp3")).title,
+             QStringLiteral("b \u00e4#.mp3"));
+    QCOMPARE(track(url, QStringLiteral("http://radio.example/")).title, QString());
+    QCOMPARE(track(url, QString(1'000'000, u'/')).title, QString());
+    QCOMPARE(MprisTrack::fromMetadata(42), MprisTrack());
+}
+
+void MprisPlayerTest::computesThePosition()
+{
+    MprisPlayer player;
+    player.takeAll(properties(QStringLiteral("T"), {{QStringLiteral("Rate"), 2.0},
+                                                    {QStringLiteral("Position"), 10'000'000}}),
+                   100s);
+    QCOMPARE(player.position(103s), 16.0);
+    player.takeChanges({{QStringLiteral("Rate"), 1.0}}, 103s);
+    QCOMPARE(player.position(104s), 17.0);
+    player.takeChanges({{QStringLiteral("PlaybackStatus"), QStringLiteral("Paused")}}, 104s);
+    QCOMPARE(player.position(200s), 17.0);
+    for (const QVariant &rate : {QVariant(0.0), QVariant(-1.0), QVariant(QStringLiteral("2")),
+                                 QVariant(std::numeric_limits<double>::quiet_NaN())}) {
+        player.takeChanges({{QStringLiteral("Rate"), rate}}, 200s);
+        QCOMPARE(player.rate(), 1.0);
+    }
+    player.takePosition(qlonglong{-40'000}, 200s);
+    QCOMPARE(player.position(200s), 0.0);
+
+    // Not beyond the end of the track.
+    player.takeChanges(
+        {{QStringLiteral("PlaybackStatus"), QStringLiteral("Playing")},
+         {QStringLiteral("Metadata"), QVariantMap{{QStringLiteral("xesam:title"), u"T"_qs},
+                                                  {QStringLiteral("mpris:length"), 60'000'000}}}},
+        200s);
+    QCOMPARE(player.position(230s), 30.0);
+    QCOMPARE(player.position(300s), 60.0);
+}
+
+void MprisPlayerTest::doubtsThePositionAfterChanges()
+{
+    MprisPlayer player;
+    player.takeAll(properties(QStringLiteral("T"), {{QStringLiteral("Position"), 5'000'000}}), 0s);
+    QVERIFY(!player.takePositionDoubt());
+    const int jumps = player.jumpCount();
+    player.takePosition(7'100'000, 2s); // jitter
+    QCOMPARE(player.jumpCount(), jumps);
+    player.takePosition(60'000'000, 2s);
+    QCOMPARE(player.jumpCount(), jumps + 1);
+
+    // What is told later of the same track does not make it another one.
+    QVariantMap metadata{{QStringLiteral("xesam:title"), QStringLiteral("T")},
+                         {QStringLiteral("mpris:artUrl"), QStringLiteral("/cover.png")}};
+    player.takeChanges({{QStringLiteral("Metadata"), metadata}}, 3s);
+    QCOMPARE(player.position(3s), 61.0);
+    QVERIFY(!player.takePositionDoubt());
+    metadata.insert(QStringLiteral("mpris:trackid"), QStringLiteral("/2"));
+    player.takeChanges({{QStringLiteral("Metadata"), metadata}}, 3s);
+    QCOMPARE(player.position(3s), 0.0);
+    QVERIFY(player.takePositionDoubt());
+    QVERIFY(!player.takePositionDoubt());
+    player.takeChanges({{QStringLiteral("PlaybackStatus"), QStringLiteral("Paused")}}, 4s);
+    QVERIFY(player.takePositionDoubt());
+}
+
+void MprisPlayerTest::forgetsWhatIsNoLongerTold()
+{
+    MprisPlayer player;
+    player.takeAll(properties(QStringLiteral("T"), {{QStringLiteral("Rate"), 2.0}}), 0s);
+    QVERIFY(player.hasItem());
+    player.takeChanges({{QStringLiteral("Rate"), 3.0}}, 0s);
+    QCOMPARE(player.track().title, QStringLiteral("T"));
+    player.takeChanges({{QStringLiteral("PlaybackStatus"), QStringLiteral("Stopped")}}, 0s);
+    QVERIFY(!player.hasItem());
+    player.takeChanges({{QStringLiteral("PlaybackStatus"), QStringLiteral("Dancing")}}, 0s);
+    QCOMPARE(player.status(), MprisPlayer::Status::Stopped);
+    player.takeAll({{QStringLiteral("PlaybackStatus"), QStringLiteral("Playing")}}, 0s);
+    QVERIFY(player.isPlaying() && !player.hasItem());
+    QCOMPARE(player.rate(), 1.0);
+}
+
+void MprisPlayerTest::choosesTheCurrentPlayer_data()
+{
+    QTest::addColumn<QString>("current");
+    QTest::addColumn<QList<PlayerStanding>>("players");
+    QTest::addColumn<QString>("expected");
+    const auto a = QStringLiteral("a");
+    const auto b = QStringLiteral("b");
+    const auto c = QStringLiteral("c");
+    using List = QList<PlayerStanding>;
+    constexpr bool yes = true;
+    constexpr bool no = false;
+    // owner, plays, has an item, started, active
+    QTest::newRow("nobody") << a << List{} << QString();
+    QTest::newRow("keeps it while it plays")
+        << a << List{{a, yes, yes, 1, 1}, {b, yes, yes, 2, 2}} << a;
+    QTest::newRow("the one that started last")
+        << a << List{{a, no, yes, 9, 9}, {b, yes, yes, 3, 3}, {c, yes, yes, 2, 8}} << b;
+    QTest::newRow("keeps it in silence") << a << List{{a, no, yes, 1, 1}, {b, no, yes, 2, 2}} << a;
+    QTest::newRow("plays without a name")
+        << a << List{{a, yes, no, 1, 1}, {b, yes, yes, 2, 2}} << b;
+    QTest::newRow("is gone") << a << List{{b, no, yes, 5, 5}, {c, no, yes, 1, 6}} << c;
+    QTest::newRow("nothing with a name")
+        << a << List{{a, yes, no, 1, 1}, {b, no, no, 2, 2}} << QString();
+}
+
+void MprisPlayerTest::choosesTheCurrentPlayer()
+{
+    QFETCH(QString, current);
+    QFETCH(QList<PlayerStanding>, players);
+    QTEST(chooseCurrentPlayer(current, players), "expected");
+}
+
+void MprisPlayerTest::knowsThePlayersWithNotices()
+{
+    QCOMPARE(noticeKind({QStringLiteral("spotify")}), NoticeKind::Spotify);
+    QCOMPARE(noticeKind({QStringLiteral("x"), QStringLiteral("ncspot.instance12")}),
+             NoticeKind::Spotify);
+    QCOMPARE(noticeKind({QStringLiteral("Cider")}), NoticeKind::AppleMusic);
+    for (const auto *name : {"spotifyfake", "vlc", "", ".spotify"})
+        QCOMPARE(noticeKind({QLatin1String(name)}), NoticeKind::None);
+}
+
+void MprisPlayerTest::throttles()
+{
+    VirtualClock clock;
+    int runs = 0;
+    Throttle *self = nullptr;
+    bool isEager = false;
+    Throttle throttle(clock, 30ms, [&] {
+        ++runs;
+        if (isEager)
+            self->request();
+    });
+    self = &throttle;
+    throttle.request();
+    throttle.request();
+    QCOMPARE(runs, 1);
+    clock.advance(29'500us);
+    throttle.request();
+    QCOMPARE(runs, 1);
+    clock.advance(500us);
+    QCOMPARE(runs, 2);
+    clock.advance(1s);
+    QCOMPARE(runs, 2);
+    // A task that asks for itself has to wait like everybody.
+    isEager = true;
+    throttle.request();
+    QCOMPARE(runs, 3);
+    clock.advance(300ms);
+    QCOMPARE(runs, 13);
+}
+
+QTEST_GUILESS_MAIN(MprisPlayerTest)
+#include "MprisPlayerTest.moc"

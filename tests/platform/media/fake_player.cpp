@@ -1,0 +1,274 @@
+// Players on the session bus that do what they are told, good or bad:
+//
+//   fake_player [--storm PER_SECOND]
+//
+// Each line of standard input is a JSON object with one command, and is answered by the line
+// "done":
+//
+//   {"appear": "name", "player": "a"}      a player (a connection of its own) takes a bus name
+//   {"vanish": "a"}                        its connection ends
+//   {"set": {…}, "player": "a"}            properties for later questions; null removes one
+//   {"change": {…}, "player": "a"}         the same, and PropertiesChanged
+//   {"invalidate": ["Metadata"], "player": "a"}
+//   {"seeked": value, "player": "a"}
+//   {"on": "GetAll", "do": "hang|leave|answer|refuse|nonsense", "player": "a"}
+//   {"storm": count, "player": "a"}        so many changes of track at once
+//
+// Strings, lists of strings, booleans, whole numbers (x), fractions (d) and objects (a{sv}) are
+// sent as such. Other types: {"$": "u", "value": 5} for u, i, o, v and NaN; {"$": "repeat",
+// "value": "ab", "count": 9}; {"$": "nest", "count": 9}. Each method that is called is told by a
+// line "a Method". A storm by the clock goes on until the end of the input.
+
+#include <QCoreApplication>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusObjectPath>
+#include <QDBusVariant>
+#include <QDBusVirtualObject>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QSocketNotifier>
+#include <QTimer>
+
+#include <cmath>
+#include <cstdio>
+#include <limits>
+#include <map>
+#include <memory>
+#include <unistd.h>
+
+namespace
+{
+
+const auto objectPath = QStringLiteral("/org/mpris/MediaPlayer2");
+const auto playerInterface = QStringLiteral("org.mpris.MediaPlayer2.Player");
+
+void say(const QString &line)
+{
+    std::fputs((line + u'\n').toUtf8().constData(), stdout);
+    std::fflush(stdout);
+}
+
+QVariantMap toMap(const QJsonObject &object);
+
+QVariant nested(int depth)
+{
+    QVariant value = QStringLiteral("core");
+    for (int i = 0; i < depth; ++i)
+        value = QVariantMap{{QStringLiteral("inner"), value}};
+    return value;
+}
+
+QVariant typed(const QString &type, const QJsonObject &object)
+{
+    const QJsonValue value = object.value(QLatin1String("value"));
+    const int count = object.value(QLatin1String("count")).toInt();
+    if (type == QLatin1String("u"))
+        return value.toVariant().toUInt();
+    if (type == QLatin1String("i"))
+        return value.toInt();
+    if (type == QLatin1String("o"))
+        return QVariant::fromValue(QDBusObjectPath(value.toString()));
+    if (type == QLatin1String("v"))
+        return QVariant::fromValue(QDBusVariant(value.toVariant()));
+    if (type == QLatin1String("NaN"))
+        return std::numeric_limits<double>::quiet_NaN();
+    return type == QLatin1String("nest") ? nested(count) : value.toString().repeated(count);
+}
+
+QVariant toBusValue(const QJsonValue &value)
+{
+    if (value.isArray())
+        return value.toVariant().toStringList();
+    if (!value.isObject())
+        return value.toVariant();
+    const QJsonObject object = value.toObject();
+    const QString type = object.value(QLatin1String("$")).toString();
+    return type.isEmpty() ? toMap(object) : typed(type, object);
+}
+
+QVariantMap toMap(const QJsonObject &object)
+{
+    QVariantMap map;
+    for (auto entry = object.begin(); entry != object.end(); ++entry)
+        map.insert(entry.key(), toBusValue(entry.value()));
+    return map;
+}
+
+class Player : public QDBusVirtualObject
+{
+public:
+    explicit Player(QString name)
+        : m_name(std::move(name))
+        , m_bus(QDBusConnection::connectToBus(QDBusConnection::SessionBus, m_name))
+    {
+        m_bus.registerVirtualObject(objectPath, this);
+    }
+    Player(const Player &) = delete;
+    Player &operator=(const Player &) = delete;
+    ~Player() override { leave(); }
+
+    void appear(const QString &name)
+    {
+        m_bus.registerService(QStringLiteral("org.mpris.MediaPlayer2.") + name);
+    }
+
+    void leave() { QDBusConnection::disconnectFromBus(m_name); }
+
+    QVariantMap set(const QJsonObject &properties)
+    {
+        QVariantMap changed = toMap(properties);
+        for (auto entry = changed.begin(); entry != changed.end(); ++entry) {
+            if (entry.value().isNull())
+                m_properties.remove(entry.key());
+            else
+                m_properties.insert(entry.key(), entry.value());
+        }
+        return changed;
+    }
+
+    void tell(const QVariantMap &changed, const QStringList &invalidated = {})
+    {
+        QDBusMessage signal = QDBusMessage::createSignal(
+            objectPath, QStringLiteral("org.freedesktop.DBus.Properties"),
+            QStringLiteral("PropertiesChanged"));
+        signal << playerInterface << changed << invalidated;
+        m_bus.send(signal);
+    }
+
+    void seeked(const QVariant &position)
+    {
+        QDBusMessage signal =
+            QDBusMessage::createSignal(objectPath, playerInterface, QStringLiteral("Seeked"));
+        m_bus.send(signal << position);
+    }
+
+    void storm(int count)
+    {
+        for (int i = 0; i < count; ++i) {
+            const auto number = QString::number(++m_track);
+            const QVariantMap metadata{
+                {QStringLiteral("mpris:trackid"),
+                 QVariant::fromValue(QDBusObjectPath(QStringLiteral("/track/") + number))},
+                {QStringLiteral("mpris:artUrl"), QString(QLatin1String("/nowhere/") + number)},
+                {QStringLiteral("xesam:title"), QString(QLatin1String("Track ") + number)}};
+            m_properties.insert(QStringLiteral("Metadata"), metadata);
+            tell({{QStringLiteral("Metadata"), metadata}});
+        }
+    }
+
+    void behave(const QString &method, const QString &deed) { m_deeds[method] = deed; }
+
+    [[nodiscard]] QString introspect(const QString &) const override { return {}; }
+
+    bool handleMessage(const QDBusMessage &message, const QDBusConnection &) override
+    {
+        const QString method = message.member();
+        say(m_name + u' ' + method);
+        const QString deed = m_deeds.value(method);
+        if (deed == QLatin1String("hang")) {
+            message.setDelayedReply(true);
+        } else if (deed == QLatin1String("leave")) {
+            message.setDelayedReply(true);
+            QTimer::singleShot(0, this, &Player::leave);
+        } else if (deed == QLatin1String("refuse")) {
+            m_bus.send(message.createErrorReply(QDBusError::UnknownObject, QString()));
+        } else if (deed == QLatin1String("nonsense")) {
+            m_bus.send(message.createReply(QVariantList{42, QStringLiteral("?")}));
+        } else if (method == QLatin1String("GetAll")) {
+            m_bus.send(message.createReply(m_properties));
+        } else if (method == QLatin1String("Get")) {
+            const QString name = message.arguments().value(1).toString();
+            const QVariant value = m_properties.value(name, QStringLiteral("unknown"));
+            m_bus.send(message.createReply(QVariant::fromValue(QDBusVariant(value))));
+        } else {
+            m_bus.send(message.createReply());
+        }
+        return true;
+    }
+
+private:
+    QString m_name;
+    QDBusConnection m_bus;
+    QVariantMap m_properties;
+    QHash<QString, QString> m_deeds;
+    int m_track = 0;
+};
+
+class Stage
+{
+public:
+    Player &player(const QString &name)
+    {
+        auto &player = m_players[name];
+        if (!player)
+            player = std::make_unique<Player>(name);
+        return *player;
+    }
+
+    void obey(const QJsonObject &command)
+    {
+        const auto text = [&](const char *key) {
+            return command.value(QLatin1String(key)).toString();
+        };
+        if (command.contains(QLatin1String("vanish"))) {
+            m_players.erase(text("vanish"));
+            return;
+        }
+        Player &one = player(text("player"));
+        if (command.contains(QLatin1String("appear")))
+            one.appear(text("appear"));
+        one.set(command.value(QLatin1String("set")).toObject());
+        if (command.contains(QLatin1String("change")))
+            one.tell(one.set(command.value(QLatin1String("change")).toObject()));
+        if (command.contains(QLatin1String("invalidate")))
+            one.tell({}, command.value(QLatin1String("invalidate")).toVariant().toStringList());
+        if (command.contains(QLatin1String("seeked")))
+            one.seeked(toBusValue(command.value(QLatin1String("seeked"))));
+        if (command.contains(QLatin1String("on")))
+            one.behave(text("on"), text("do"));
+        one.storm(command.value(QLatin1String("storm")).toInt());
+    }
+
+private:
+    std::map<QString, std::unique_ptr<Player>> m_players;
+};
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    const QCoreApplication app(argc, argv);
+    Stage stage;
+
+    QByteArray input;
+    QSocketNotifier notifier(STDIN_FILENO, QSocketNotifier::Read);
+    QObject::connect(&notifier, &QSocketNotifier::activated, [&] {
+        QByteArray chunk(65536, Qt::Uninitialized);
+        const ssize_t count = ::read(STDIN_FILENO, chunk.data(), static_cast<size_t>(chunk.size()));
+        if (count <= 0) {
+            QCoreApplication::quit();
+            return;
+        }
+        input.append(chunk.constData(), count);
+        for (qsizetype end = input.indexOf('\n'); end >= 0; end = input.indexOf('\n')) {
+            stage.obey(QJsonDocument::fromJson(input.left(end)).object());
+            input.remove(0, end + 1);
+            say(QStringLiteral("done"));
+        }
+    });
+
+    QTimer storm;
+    const qsizetype option = QCoreApplication::arguments().indexOf(QStringLiteral("--storm"));
+    if (option > 0) {
+        constexpr int turns = 100; // a second
+        const int rate = QCoreApplication::arguments().value(option + 1).toInt();
+        Player &player = stage.player(QStringLiteral("storm"));
+        player.set({{QStringLiteral("PlaybackStatus"), QStringLiteral("Playing")}});
+        player.appear(QStringLiteral("storm"));
+        QObject::connect(&storm, &QTimer::timeout, [&player, rate] { player.storm(rate / turns); });
+        storm.start(1000 / turns);
+    }
+    return QCoreApplication::exec();
+}
