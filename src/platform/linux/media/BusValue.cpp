@@ -45,6 +45,7 @@ std::optional<QVariantMap> toDictionary(const QVariant &value)
         argument.endMapEntry();
         entries.insert(key, entry.variant());
     }
+    argument.endMap(); // frees what beginMap has made
     return entries;
 }
 
