@@ -11,8 +11,8 @@ namespace velmora
 /// shown, and a quarter of a megabyte at most.
 inline constexpr int coverSide = 256;
 
-/// Decodes a cover that some program or server sent: an ordinary format, upright, no larger than
-/// `coverSide`, in memory that a picture of absurd dimensions cannot exhaust. Null if it is none of
+/// Decodes a cover that some program or server sent: JPEG, PNG, WebP, GIF or BMP by its content, of
+/// at most 50 million pixels, turned upright and scaled down to `coverSide`. Null if it is none of
 /// that. Takes milliseconds: for another thread than the main one.
 [[nodiscard]] QImage decodeCover(const QByteArray &bytes);
 

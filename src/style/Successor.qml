@@ -20,6 +20,12 @@ Item {
     function leave() {
         isCurrent = false;
         isPresent = false;
+        goOnceInvisible(); // it may not have been seen at all
+    }
+    function goOnceInvisible() {
+        if (!isCurrent && presence <= 0) {
+            destroy();
+        }
     }
 
     anchors.fill: parent
@@ -36,11 +42,7 @@ Item {
     }
 
     Component.onCompleted: isPresent = true
-    onPresenceChanged: {
-        if (!isCurrent && presence <= 0) {
-            destroy();
-        }
-    }
+    onPresenceChanged: goOnceInvisible()
 
     SpringMotion {
         id: spring

@@ -15,7 +15,8 @@ Item {
     required property MediaRemoteService service
 
     // Where the texts would have no room beside cover and buttons, the buttons go below them.
-    readonly property bool isNarrow: width - 2 * 8 - 44 - 3 * 26 - 2 * 8 < 60
+    readonly property bool isNarrow: textWidth < 60
+    readonly property real textWidth: row.width - cover.width - buttons.width - 2 * 8
 
     component TransportButton: SymbolButton {
         height: 26
@@ -67,7 +68,7 @@ Item {
             anchors.leftMargin: 8
             height: 31
             key: model.trackKey
-            width: (view.isNarrow ? parent.width : buttons.x - 8) - x
+            width: Math.max(0, view.isNarrow ? parent.width - x : view.textWidth)
             y: view.isNarrow ? 0 : (parent.height - height) / 2
 
             delegate: NowPlayingText {

@@ -1,5 +1,6 @@
 #include "platform/linux/media/ArtworkLoader.h"
 
+#include "imaging/CoverImage.h"
 #include "support/VirtualClock.h"
 
 #include <QBuffer>
@@ -148,13 +149,13 @@ State ArtworkLoaderTest::load(const QString &address)
 void ArtworkLoaderTest::decodesCovers()
 {
     for (const auto *format : {"png", "jpg", "webp", "bmp"})
-        QCOMPARE(artwork::decode(encoded({300, 200}, format)).size(), QSize(300, 200));
+        QCOMPARE(decodeCover(encoded({240, 200}, format)).size(), QSize(240, 200));
     const QByteArray gif =
         QByteArray::fromBase64("R0lGODlhAQABAIAAAP8AAP///yH5BAAAAAAALAAAAAABAAEAAAICRAEAOw==");
-    QCOMPARE(artwork::decode(gif).size(), QSize(1, 1));
-    QCOMPARE(artwork::decode(encoded({3000, 1000}, "jpg")).size(), QSize(600, 200));
-    QCOMPARE(artwork::decode(encoded({2000, 1}, "png")).size(), QSize(600, 1));
-    QCOMPARE(artwork::decode(turned({300, 100})).size(), QSize(100, 300));
+    QCOMPARE(decodeCover(gif).size(), QSize(1, 1));
+    QCOMPARE(decodeCover(encoded({3000, 1000}, "jpg")).size(), QSize(256, 85));
+    QCOMPARE(decodeCover(encoded({2000, 1}, "png")).size(), QSize(256, 1));
+    QCOMPARE(decodeCover(turned({240, 100})).size(), QSize(100, 240));
 }
 
 void ArtworkLoaderTest::refusesWhatIsNoCover_data()
@@ -172,7 +173,7 @@ void ArtworkLoaderTest::refusesWhatIsNoCover_data()
 void ArtworkLoaderTest::refusesWhatIsNoCover()
 {
     QFETCH(QByteArray, bytes);
-    QVERIFY(artwork::decode(bytes).isNull());
+    QVERIFY(decodeCover(bytes).isNull());
 }
 
 void ArtworkLoaderTest::readsAddresses()
@@ -224,7 +225,7 @@ void ArtworkLoaderTest::loadsTheNewestWishOnly()
     for (int i = 0; i < 1000; ++i)
         m_loader.want(m_folder.filePath(QString::number(i)));
     QTRY_VERIFY((m_clock.advance(10ms), m_loader.state() == State::Ready));
-    QCOMPARE(m_loader.image().width(), 600);
+    QCOMPARE(m_loader.image().width(), coverSide);
     QCOMPARE(m_loader.image().height(), 1);
     QCOMPARE(settled.size(), 1);
 }

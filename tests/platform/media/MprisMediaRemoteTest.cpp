@@ -88,6 +88,7 @@ private Q_SLOTS:
     void playersLeaveAtAnyMoment();
     void asksAgain();
     void twoPlayersSendNotices();
+    void tellsTheEndOfItAll();
     void fetchesTheCover();
     void survivesTheBus();
 };
@@ -379,7 +380,29 @@ void MprisMediaRemoteTest::twoPlayersSendNotices()
     QTRY_COMPARE((desktop.clock.advance(30ms), music.size()), 1);
     QVERIFY(players.tell(QStringLiteral("{'vanish':'Cider'}")));
     QTRY_COMPARE((desktop.clock.advance(30ms), music.size()), 2);
-    QCOMPARE(spotify.size(), 3);
+}
+
+void MprisMediaRemoteTest::tellsTheEndOfItAll()
+{
+    FakePlayers players;
+    Desktop desktop;
+    QSignalSpy ends(&desktop.remote, &MediaRemote::spotifyPlaybackStateChanged);
+    QVERIFY(players.tell(playing(QStringLiteral("a"), QStringLiteral("Song"))));
+    QVERIFY(players.tell(playing(QStringLiteral("spotify"), QStringLiteral("Other"))));
+    QVERIFY(desktop.shows(QStringLiteral("Song")));
+    QTRY_COMPARE((desktop.clock.advance(30ms), ends.size()), 1); // that it plays
+    // One of two that ends must not blank out the other; a gap between two tracks is no end.
+    QVERIFY(players.tell(QStringLiteral("{'vanish':'spotify'}")));
+    QVERIFY(players.tell(QStringLiteral("{'player':'a','change':{'PlaybackStatus':'Stopped'}}")));
+    QTRY_COMPARE((desktop.clock.advance(30ms), desktop.info()), QVariantHash());
+    QVERIFY(players.tell(QStringLiteral("{'player':'a','change':{'PlaybackStatus':'Playing'}}")));
+    QVERIFY(desktop.shows(QStringLiteral("Song")));
+    desktop.clock.advance(1s);
+    QCOMPARE(ends.size(), 1);
+
+    QVERIFY(players.tell(QStringLiteral("{'vanish':'a'}")));
+    QTRY_COMPARE((desktop.clock.advance(100ms), ends.size()), 2);
+    QCOMPARE(ends.back().front().value<std::optional<QVariantHash>>()->size(), 1);
 }
 
 void MprisMediaRemoteTest::fetchesTheCover()

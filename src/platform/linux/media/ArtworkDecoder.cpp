@@ -1,8 +1,8 @@
 #include "platform/linux/media/ArtworkDecoder.h"
 
-#include <QBuffer>
+#include "imaging/CoverImage.h"
+
 #include <QFile>
-#include <QImageReader>
 #include <QScopeGuard>
 
 #include <algorithm>
@@ -16,22 +16,6 @@ namespace velmora::artwork
 
 namespace
 {
-
-constexpr qint64 maximumPixels = 50'000'000;
-
-/// The format by the first bytes. Qt would try every plugin there is, those for drawings too.
-QByteArray formatOf(const QByteArray &bytes)
-{
-    if (bytes.startsWith("\xff\xd8\xff"))
-        return "jpeg";
-    if (bytes.startsWith("\x89PNG\r\n\x1a\n"))
-        return "png";
-    if (bytes.startsWith("RIFF") && bytes.mid(8, 4) == "WEBP")
-        return "webp";
-    if (bytes.startsWith("GIF8"))
-        return "gif";
-    return bytes.startsWith("BM") ? QByteArray("bmp") : QByteArray();
-}
 
 QByteArray readAll(int descriptor)
 {
@@ -49,29 +33,6 @@ QByteArray readAll(int descriptor)
 }
 
 } // namespace
-
-QImage decode(const QByteArray &bytes)
-{
-    const QByteArray format = formatOf(bytes);
-    if (format.isEmpty())
-        return {};
-    QBuffer buffer;
-    buffer.setData(bytes);
-    buffer.open(QIODevice::ReadOnly);
-    QImageReader reader(&buffer, format);
-    reader.setAutoDetectImageFormat(false);
-    reader.setAutoTransform(true); // photographs that were taken with the camera turned
-    const QSize size = reader.size();
-    if (size.isEmpty() || qint64{size.width()} * size.height() > maximumPixels)
-        return {};
-    if (size.width() > side || size.height() > side)
-        reader.setScaledSize(size.scaled(side, side, Qt::KeepAspectRatio).expandedTo({1, 1}));
-    QImage image = reader.read();
-    if (!image.isNull())
-        image.convertTo(image.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied
-                                                : QImage::Format_RGB32);
-    return image;
-}
 
 Decoded decodeFile(const QString &path, const QSet<QString> &knownKeys)
 {
@@ -94,7 +55,7 @@ Decoded decodeFile(const QString &path, const QSet<QString> &knownKeys)
                          .arg(path);
     if (knownKeys.contains(key))
         return {key, QImage()};
-    return {key, decode(readAll(descriptor))};
+    return {key, decodeCover(readAll(descriptor))};
 }
 
 QImage decodeInline(const QString &address)
@@ -105,9 +66,9 @@ QImage decodeInline(const QString &address)
     const QStringView head = QStringView(address).left(comma);
     const QByteArray body =
         QByteArray::fromPercentEncoding(QStringView(address).mid(comma + 1).toLatin1());
-    return decode(head.endsWith(QLatin1String(";base64"), Qt::CaseInsensitive)
-                      ? QByteArray::fromBase64(body)
-                      : body);
+    return decodeCover(head.endsWith(QLatin1String(";base64"), Qt::CaseInsensitive)
+                           ? QByteArray::fromBase64(body)
+                           : body);
 }
 
 } // namespace velmora::artwork

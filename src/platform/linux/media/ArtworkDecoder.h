@@ -11,15 +11,11 @@ namespace velmora::artwork
 {
 
 constexpr qint64 maximumBytes = 16'777'216;
-constexpr int side = 600; ///< pixels; larger covers are scaled down to fit
 
 struct Decoded {
     QString key;  ///< names the content: changes when a file is written anew
     QImage image; ///< null if it could not be had, or if the key is among those known already
 };
-
-/// JPEG, PNG, WebP, GIF or BMP, by their content, of at most 50 million pixels. Null otherwise.
-[[nodiscard]] QImage decode(const QByteArray &bytes);
 
 /// A regular file of at most `maximumBytes`.
 [[nodiscard]] Decoded decodeFile(const QString &path, const QSet<QString> &knownKeys);

@@ -1,5 +1,7 @@
 #include "platform/linux/media/ArtworkLoader.h"
 
+#include "imaging/CoverImage.h"
+
 #include <QFutureWatcher>
 #include <QUrl>
 #include <QtConcurrentRun>
@@ -103,7 +105,7 @@ void ArtworkLoader::startDownload(const QString &address)
     }
     m_downloading = address;
     m_download.start(QUrl(address), [this, address](const QByteArray &bytes) {
-        decodeAside([address, bytes] { return artwork::Decoded{address, artwork::decode(bytes)}; });
+        decodeAside([address, bytes] { return artwork::Decoded{address, decodeCover(bytes)}; });
     });
 }
 

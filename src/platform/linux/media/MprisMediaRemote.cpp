@@ -20,6 +20,8 @@ Q_LOGGING_CATEGORY(lcMediaRemote, "com.velmora.app.MprisMediaRemote", QtInfoMsg)
 constexpr auto reportInterval = 30ms;
 constexpr auto positionLifetime = 5s;
 constexpr auto firstRetryDelay = 250ms;
+/// Some players are without a track for a moment between two of them.
+constexpr auto endDelay = 500ms;
 constexpr int maximumRetries = 5;
 
 /// The methods behind the commands' numbers; empty if the number means nothing to MPRIS. Seeking
@@ -249,7 +251,7 @@ void MprisMediaRemote::sendNotices()
 {
     QList<std::pair<NoticeKind, QVariantHash>> notices;
     for (const NoticeKind kind : std::exchange(m_departures, {}))
-        notices.append({kind, noticeOfDeparture()});
+        notices.append({kind, noticeOfEnd()});
     for (auto &[owner, entry] : m_players) {
         const NoticeKind kind = noticeKind(entry.names);
         const MprisPlayer &player = entry.player;
@@ -265,6 +267,9 @@ void MprisMediaRemote::sendNotices()
             notices.append({kind, noticeOf(player, m_clock.uptime())});
     }
     for (const auto &[kind, notice] : std::as_const(notices)) {
+        // The end of one player is not to blank out what another one plays.
+        if (kind == NoticeKind::Spotify && notice == noticeOfEnd() && current())
+            continue;
         if (kind == NoticeKind::Spotify)
             Q_EMIT spotifyPlaybackStateChanged(notice);
         else
@@ -283,6 +288,12 @@ void MprisMediaRemote::tellCurrent()
     const Shown before = std::exchange(m_shown, now);
     if (!m_isRegistered)
         return;
+    // An empty answer only says that nothing is known: the end of it all is told by a notice.
+    if (!now.owner.isEmpty())
+        m_end.reset();
+    else if (!before.owner.isEmpty())
+        m_end =
+            m_clock.after(endDelay, [this] { Q_EMIT spotifyPlaybackStateChanged(noticeOfEnd()); });
     if (now.owner != before.owner)
         Q_EMIT nowPlayingApplicationDidChange();
     if (now.isPlaying != before.isPlaying)

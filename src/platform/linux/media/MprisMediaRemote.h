@@ -98,6 +98,7 @@ private:
     QList<NoticeKind> m_departures;                 ///< of players that have not said "stopped"
     bool m_isRegistered = false;
     Shown m_shown;
+    TimerHandle m_end;  ///< until it is told that nothing is playing any more
     Throttle m_reports; ///< last: its timer's task uses the others
 };
 

@@ -56,9 +56,16 @@ NoticeKind noticeKind(const QStringList &names)
     return NoticeKind::None;
 }
 
+QVariantHash noticeOfEnd()
+{
+    return {{QStringLiteral("Player State"), stateText(MprisPlayer::Status::Stopped)}};
+}
+
 QVariantHash noticeOf(const MprisPlayer &player, MprisPlayer::Time now)
 {
     constexpr double milliseconds = 1000;
+    if (player.status() == MprisPlayer::Status::Stopped)
+        return noticeOfEnd();
     const MprisTrack &track = player.track();
     return {{QStringLiteral("Player State"), stateText(player.status())},
             {QStringLiteral("Name"), track.title},
@@ -66,11 +73,6 @@ QVariantHash noticeOf(const MprisPlayer &player, MprisPlayer::Time now)
             {QStringLiteral("Album"), track.album},
             {QStringLiteral("Duration"), track.duration * milliseconds},
             {QStringLiteral("Playback Position"), player.position(now)}};
-}
-
-QVariantHash noticeOfDeparture()
-{
-    return {{QStringLiteral("Player State"), stateText(MprisPlayer::Status::Stopped)}};
 }
 
 } // namespace velmora

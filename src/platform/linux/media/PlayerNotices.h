@@ -16,6 +16,7 @@ enum class NoticeKind { None, Spotify, AppleMusic };
 
 /// What such a player sends along.
 [[nodiscard]] QVariantHash noticeOf(const MprisPlayer &player, MprisPlayer::Time now);
-[[nodiscard]] QVariantHash noticeOfDeparture();
+/// And when it has stopped, or gone.
+[[nodiscard]] QVariantHash noticeOfEnd();
 
 } // namespace velmora
