@@ -5,6 +5,8 @@ import statistics
 import sys
 import time
 
+from .copying import WORKS
+
 COLUMNS = [("floor", "x11"), ("velmora", "x11"), ("polybar", "x11"), ("tint2", "x11"),
            ("floor", "wayland"), ("velmora", "wayland"), ("waybar", "wayland")]
 DROPPED_MS = 25  # between two steps of the shape: more than a frame and a half
@@ -127,7 +129,7 @@ class Table:
                     "goal"]
             lines += ["| " + " | ".join(head) + " |", "|" + "---|" * len(head)]
             lines += ["| " + " | ".join(row) + " |" for row in rows]
-        for part in (self.memory_lines, self.hover_lines, self.storm_lines, self.soak_lines, self.thread_lines, self.provenance):
+        for part in (self.memory_lines, self.hover_lines, self.storm_lines, self.soak_lines, self.copy_lines, self.thread_lines, self.provenance):
             lines += part()
         return "\n".join(lines)
 
@@ -186,6 +188,20 @@ class Table:
                     lines.append("  - objects by class: " + ", ".join(f"{n} {c:+d}" for n, c in left["objects"].items()))
         if "warnings" in soak:
             lines.append(f"- warnings: {soak['warnings']} {soak['first_warning']}" + verdict([(soak["warnings"], 0)]))
+        return lines
+
+    def copy_lines(self):
+        if not self.results.runs("copy", ("velmora", "disk")):
+            return []
+        lines = ["", "Copying, beside `cp -a` on the same disk, ms:"]
+        for work, label in WORKS.items():
+            ours, theirs = (self.results.values("copy", f"{work}_ms", (name, "disk")) for name in ("velmora", "cp"))
+            ratio = statistics.median(ours) / statistics.median(theirs)
+            lines.append(f"- {label}: {spread(ours, 0)}, cp {spread(theirs, 0)}: {ratio:.2f} × cp (goal: 1.2)"
+                         + verdict([(ratio, 1.2)]))
+        held_up = [value for work in WORKS
+                   for value in self.results.values("copy", f"{work}_held_up_ms", ("velmora", "disk"))]
+        lines.append(f"- longest time in which the main loop did not turn meanwhile, ms: {spread(held_up, 1)}")
         return lines
 
     def memory_lines(self):

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "platform/linux/files/FileFailure.h"
+
+#include <memory>
+#include <sys/stat.h>
+#include <sys/types.h>
+
+namespace velmora
+{
+
+/// Copies what is in regular files, in the cheapest way that the two file systems allow: shared
+/// blocks, else a copy inside the kernel, else through memory. Holes stay holes. What turns out not
+/// to work is not tried again, so one object serves the files of one pair of file systems.
+class FileContent
+{
+public:
+    explicit FileContent(const CancelFlag &cancelled)
+        : m_cancelled(cancelled)
+    {
+    }
+
+    /// From one open file, which is described by `info`, to another, which is empty. Throws
+    /// FileFailure; `path` is for its message.
+    void copy(int from, int to, const struct stat &info, const QByteArray &path);
+
+private:
+    [[nodiscard]] bool clone(int from, int to);
+    [[nodiscard]] bool copyExtents(int from, int to, off_t size, const QByteArray &path);
+    void copyRange(int from, int to, off_t offset, off_t end, const QByteArray &path);
+    [[nodiscard]] off_t copyInKernel(int from, int to, off_t offset, off_t end,
+                                     const QByteArray &path);
+    void copyThroughMemory(int from, int to, off_t offset, off_t end, const QByteArray &path);
+    void checkCancelled(const QByteArray &path) const;
+
+    const CancelFlag &m_cancelled;
+    bool m_canClone = true;
+    bool m_canCopyInKernel = true;
+    std::unique_ptr<char[]> m_buffer;
+};
+
+} // namespace velmora

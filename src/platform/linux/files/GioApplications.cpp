@@ -1,0 +1,195 @@
+#include "platform/linux/files/GioApplications.h"
+
+#include "platform/LocalPath.h"
+#include "platform/linux/files/ApplicationRoles.h"
+
+#include <QLoggingCategory>
+
+#include <gio/gdesktopappinfo.h>
+#include <utility>
+
+namespace velmora
+{
+
+namespace
+{
+
+Q_LOGGING_CATEGORY(lcApplications, "com.velmora.app.Applications", QtInfoMsg)
+
+struct Free {
+    void operator()(char *text) const { g_free(text); }
+};
+using CharPointer = std::unique_ptr<char, Free>;
+
+struct FreeApplications {
+    void operator()(GList *list) const { g_list_free_full(list, g_object_unref); }
+};
+using ApplicationList = std::unique_ptr<GList, FreeApplications>;
+
+void logError(GError *error)
+{
+    const GErrorPointer owned(error);
+    if (owned) {
+        qCInfo(lcApplications) << "Not opened:" << owned->message;
+    }
+}
+
+Application describe(GAppInfo *info)
+{
+    GIcon *const icon = g_app_info_get_icon(info);
+    const CharPointer iconName(icon != nullptr ? g_icon_to_string(icon) : nullptr);
+    return {QString::fromUtf8(g_app_info_get_id(info)),
+            QString::fromUtf8(g_app_info_get_display_name(info)),
+            QString::fromUtf8(iconName.get())};
+}
+
+/// Looked up by content where the name does not tell. Empty for a file that cannot be read.
+QByteArray contentType(const QByteArray &path)
+{
+    const GObjectPointer<GFile> file(g_vfs_get_file_for_path(g_vfs_get_local(), path.constData()));
+    const GObjectPointer<GFileInfo> info(
+        g_file_query_info(file.get(), G_FILE_ATTRIBUTE_STANDARD_CONTENT_TYPE,
+                          G_FILE_QUERY_INFO_NONE, nullptr, nullptr));
+    return info ? QByteArray(g_file_info_get_content_type(info.get())) : QByteArray();
+}
+
+/// In the order of the desktop: the user's choice comes first.
+QList<Application> applicationsFor(const QByteArray &path)
+{
+    QList<Application> applications;
+    const QByteArray type = contentType(path);
+    if (type.isEmpty()) {
+        return applications;
+    }
+    const ApplicationList list(g_app_info_get_all_for_type(type.constData()));
+    for (const GList *entry = list.get(); entry != nullptr; entry = entry->next) {
+        auto *const info = G_APP_INFO(entry->data);
+        const Application application = describe(info);
+        // What has no identifier cannot be found again.
+        if (!application.id.isEmpty() && !applications.contains(application)) {
+            applications << application;
+        }
+    }
+    return applications;
+}
+
+/// A new reference, or null.
+GAppInfo *defaultFor(const QUrl &url)
+{
+    const auto path = localPath(url);
+    if (!path) {
+        const QByteArray scheme = url.scheme().toLatin1();
+        return scheme.isEmpty() ? nullptr
+                                : g_app_info_get_default_for_uri_scheme(scheme.constData());
+    }
+    const QByteArray type = contentType(*path);
+    return type.isEmpty() ? nullptr : g_app_info_get_default_for_type(type.constData(), FALSE);
+}
+
+std::optional<Application> defaultForType(const QByteArray &type)
+{
+    if (type.isEmpty()) {
+        return std::nullopt;
+    }
+    const GObjectPointer<GAppInfo> info(g_app_info_get_default_for_type(type.constData(), FALSE));
+    return info ? std::optional(describe(info.get())) : std::nullopt;
+}
+
+} // namespace
+
+GioApplications::GioApplications(std::vector<QByteArray> ownVariables)
+    : m_ownVariables(std::move(ownVariables))
+    , m_worker(1)
+{
+}
+
+void GioApplications::open(const QUrl &url)
+{
+    openIn([url] { return defaultFor(url); }, {url});
+}
+
+void GioApplications::open(const QList<QUrl> &files, const Application &application)
+{
+    openIn(
+        [id = application.id.toUtf8()] {
+            GDesktopAppInfo *const info = g_desktop_app_info_new(id.constData());
+            return info != nullptr ? G_APP_INFO(info) : nullptr;
+        },
+        files);
+}
+
+template<typename Find>
+void GioApplications::openIn(Find find, const QList<QUrl> &urls)
+{
+    m_worker.run(
+        [find = std::move(find)](const CancelFlag & /*cancelled*/) {
+            // Launching turns URLs into paths by way of the virtual file system, which talks to the
+            // session bus when it is made, and waits. Here that holds nobody up.
+            g_vfs_get_default();
+            return std::shared_ptr<GAppInfo>(find(), [](gpointer object) {
+                if (object != nullptr) {
+                    g_object_unref(object);
+                }
+            });
+        },
+        [this, urls](const std::shared_ptr<GAppInfo> &info) {
+            if (info) {
+                launch(info.get(), urls);
+            } else {
+                qCInfo(lcApplications) << "No application to open" << urls.first();
+            }
+        });
+}
+
+void GioApplications::findForFile(const QUrl &file,
+                                  std::function<void(const QList<Application> &)> done)
+{
+    m_worker.run(
+        [file](const CancelFlag & /*cancelled*/) {
+            const auto path = localPath(file);
+            return path ? applicationsFor(*path) : QList<Application>();
+        },
+        std::move(done));
+}
+
+void GioApplications::findByIdentifier(const QString &identifier,
+                                       std::function<void(const std::optional<Application> &)> done)
+{
+    m_worker.run(
+        [identifier](const CancelFlag & /*cancelled*/) {
+            return defaultForType(contentTypeForRole(identifier));
+        },
+        std::move(done));
+}
+
+GObjectPointer<GAppLaunchContext> GioApplications::launchContext() const
+{
+    GObjectPointer<GAppLaunchContext> context(g_app_launch_context_new());
+    for (const QByteArray &name : m_ownVariables) {
+        g_app_launch_context_unsetenv(context.get(), name.constData());
+    }
+    return context;
+}
+
+void GioApplications::launch(GAppInfo *application, const QList<QUrl> &urls)
+{
+    QList<QByteArray> encoded;
+    for (const QUrl &url : urls) {
+        encoded << url.toEncoded();
+    }
+    GList *list = nullptr;
+    for (auto url = encoded.rbegin(); url != encoded.rend(); ++url) {
+        list = g_list_prepend(list, url->data());
+    }
+    const auto context = launchContext();
+    g_app_info_launch_uris_async(
+        application, list, context.get(), m_calls.cancellable(), &GioCalls::callback,
+        m_calls.expect([](GObject *source, GAsyncResult *result) {
+            GError *error = nullptr;
+            g_app_info_launch_uris_finish(G_APP_INFO(source), result, &error);
+            logError(error);
+        }));
+    g_list_free(list); // the call has copied what it needs
+}
+
+} // namespace velmora

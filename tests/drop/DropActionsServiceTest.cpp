@@ -1,0 +1,372 @@
+#include "drop/DropActionsService.h"
+
+#include "support/FakeDropRoles.h"
+#include "support/MemoryStore.h"
+
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <memory>
+
+using namespace velmora;
+using enum DropActionID;
+
+namespace
+{
+
+QString text(const char *utf8)
+{
+    return QString::fromUtf8(utf8);
+}
+
+QString key()
+{
+    return text("drop_actions_config_v1");
+}
+
+QList<QUrl> files(std::initializer_list<const char *> paths)
+{
+    QList<QUrl> urls;
+    for (const char *path : paths) {
+        urls << fileUrl(path);
+    }
+    return urls;
+}
+
+ImageOutcome image(ImageOutcome::Result result, const char *error = "")
+{
+    return {result, text(error)};
+}
+
+} // namespace
+
+class DropActionsServiceTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup() { m_service.reset(); }
+
+    void firstLaunch();
+    void loading();
+    void badConfigurationIsIgnoredWhole();
+    void everySetterWrites();
+    void dragState();
+
+    void outcomes_data();
+    void outcomes();
+    void statusComesInOneTurn();
+    void zipNamesItsArchive();
+    void unzipSkipsTheRest();
+    void convertingSkipsTheRest();
+    void openWithWaitsForTheMenu();
+    void aSecondMenuTakesThePlaceOfTheFirst();
+    void twoAtOnce();
+    void theServiceGoesFirst();
+
+private:
+    void launch()
+    {
+        m_service = std::make_unique<DropActionsService>(m_store, m_fake->roles());
+        m_fake->settle();
+    }
+    /// Performs an action, and returns all that was said of it.
+    QStringList perform(DropActionID action, const QList<QUrl> &dropped);
+
+    QTemporaryDir m_home;
+    MemoryStore m_store;
+    std::unique_ptr<FakeDropRoles> m_fake;
+    std::unique_ptr<DropActionsService> m_service;
+};
+
+void DropActionsServiceTest::init()
+{
+    qputenv("HOME", QFile::encodeName(m_home.path()));
+    qputenv("XDG_CONFIG_HOME", QFile::encodeName(m_home.filePath(text("config"))));
+    m_store.values.clear();
+    m_store.written.clear();
+    m_fake = std::make_unique<FakeDropRoles>();
+}
+
+QStringList DropActionsServiceTest::perform(DropActionID action, const QList<QUrl> &dropped)
+{
+    QStringList said;
+    const auto connection = connect(m_service.get(), &DropActionsService::lastStatusChanged,
+                                    m_service.get(), [&] { said << m_service->lastStatus(); });
+    m_fake->calls.clear();
+    m_service->execute(action, dropped);
+    [&] { QVERIFY2(said.isEmpty() && m_fake->calls.isEmpty(), "not in the caller's turn"); }();
+    m_fake->settle();
+    disconnect(connection);
+    return said;
+}
+
+void DropActionsServiceTest::firstLaunch()
+{
+    launch();
+    const QByteArray desktop = QFile::encodeName(m_home.filePath(text("Desktop")));
+    QVERIFY(m_service->enabledActions() == (std::vector{airDrop, zip, unzip}));
+    QCOMPARE(m_service->imageConvertFormat(), text("png"));
+    QCOMPARE(m_service->copyFolder(), fileUrl(desktop));
+    QCOMPARE(m_service->moveFolder(), fileUrl(desktop));
+    QCOMPARE(m_service->shelfFolder(), fileUrl(desktop + "/Velmora Shelf"));
+    QCOMPARE(m_fake->calls,
+             QStringList(text("mkdir ") + QFile::decodeName(desktop) + text("/Velmora Shelf")));
+    QVERIFY(m_store.written.isEmpty());
+}
+
+void DropActionsServiceTest::loading()
+{
+    const QByteArray stored = R"({"moveFolderPath":"/no/such","copyFolderPath":"/c/",)"
+                              R"("shelfFolderPath":"/s ö","imageConvertFormat":"WebP",)"
+                              R"("enabledActions":["eject","shelf"]})";
+    m_store.values[key()] = stored;
+    launch();
+    QVERIFY(m_service->enabledActions() == (std::vector{eject, shelf}));
+    QCOMPARE(m_service->shelfFolder(), fileUrl("/s ö"));
+    QCOMPARE(m_service->copyFolder(), fileUrl("/c"));
+    QCOMPARE(m_service->moveFolder(), fileUrl("/no/such"));
+    QCOMPARE(m_service->imageConvertFormat(), text("WebP"));
+    QCOMPARE(m_store.written.size(), 5);
+    QCOMPARE(
+        m_store.data(key()),
+        std::optional(QByteArray(
+            R"({"enabledActions":["eject","shelf"],"shelfFolderPath":"/s ö","copyFolderPath":"/c",)"
+            R"("moveFolderPath":"/no/such","imageConvertFormat":"WebP"})")));
+    QCOMPARE(m_fake->calls, QStringList(text("mkdir /s ö")));
+}
+
+void DropActionsServiceTest::badConfigurationIsIgnoredWhole()
+{
+    const QByteArray stored = R"({"enabledActions":["shelf","print"],"shelfFolderPath":"/s",)"
+                              R"("copyFolderPath":"/c","moveFolderPath":"/m",)"
+                              R"("imageConvertFormat":"bmp"})";
+    m_store.values[key()] = stored;
+    launch();
+    QVERIFY(m_service->enabledActions() == (std::vector{airDrop, zip, unzip}));
+    QCOMPARE(m_service->imageConvertFormat(), text("png"));
+    QVERIFY(m_service->shelfFolder().toString().endsWith(text("/Desktop/Velmora%20Shelf")) ||
+            m_service->shelfFolder().toString().endsWith(text("/Desktop/Velmora Shelf")));
+    QCOMPARE(m_store.data(key()), std::optional(stored)); // until the next change
+}
+
+void DropActionsServiceTest::everySetterWrites()
+{
+    launch();
+    const QSignalSpy changes(m_service.get(), &DropActionsService::enabledActionsChanged);
+    m_service->setEnabledActions(m_service->enabledActions());
+    m_service->setEnabledActionNames({text("music"), text("print"), text("zip")});
+    m_service->setShelfFolder(m_service->shelfFolder());
+    m_service->setCopyFolder(fileUrl("/c"));
+    m_service->setMoveFolder(fileUrl("/m"));
+    m_service->setImageConvertFormat(m_service->imageConvertFormat());
+    QCOMPARE(m_store.written.size(), 6);
+    QCOMPARE(changes.size(), 2);
+    QCOMPARE(m_service->enabledActionNames(), QStringList({text("music"), text("zip")}));
+
+    // A folder that cannot be stored is used, and what was stored stays.
+    const auto stored = m_store.data(key());
+    m_service->setCopyFolder(fileUrl("/\xFF"));
+    QCOMPARE(m_store.data(key()), stored);
+    QCOMPARE(localPath(m_service->copyFolder()), std::optional(QByteArray("/\xFF")));
+}
+
+void DropActionsServiceTest::dragState()
+{
+    launch();
+    const QSignalSpy dragging(m_service.get(), &DropActionsService::isDraggingChanged);
+    m_service->setDragging(true);
+    m_service->setDragging(true);
+    QCOMPARE(dragging.size(), 2);
+    m_service->setHoveredAction(openWith);
+    QCOMPARE(m_service->property("hoveredAction").toString(), text("openWith"));
+    m_service->setHoveredAction({});
+    QCOMPARE(m_service->hoveredActionName(), QString());
+    QVERIFY(m_store.written.isEmpty());
+}
+
+void DropActionsServiceTest::outcomes_data()
+{
+    QTest::addColumn<DropActionID>("action");
+    QTest::addColumn<QStringList>("failures");
+    QTest::addColumn<QStringList>("calls");
+    QTest::addColumn<QStringList>("said");
+    const auto row = [](const char *name, DropActionID action, const QStringList &failures,
+                        const QStringList &calls, const QStringList &said) {
+        QTest::newRow(name) << action << failures << calls << said;
+    };
+    const QString full = text("b: No space left on device");
+    row("shelf", shelf, {}, {text("mkdir /s"), text("copy /x/a /x/b to /s"), text("open /s")},
+        {text("Saved 2 file(s) to Shelf"), text("Shelf — done")});
+    row("shelf without its folder", shelf, {text("s: Read-only file system"), full},
+        {text("mkdir /s"), text("copy /x/a /x/b to /s")}, {text("Shelf failed: ") + full});
+    row("airDrop", airDrop, {}, {text("send /x/a /x/b")}, {text("AirDrop — done")});
+    row("copy", copy, {}, {text("copy /x/a /x/b to /c")},
+        {text("Copied 2 file(s)"), text("Copy — done")});
+    row("copy fails", copy, {full}, {text("copy /x/a /x/b to /c")}, {text("Copy failed: ") + full});
+    row("move", DropActionID::move, {}, {text("move /x/a /x/b to /m")},
+        {text("Moved 2 file(s)"), text("Move — done")});
+    row("move fails", DropActionID::move, {full}, {text("move /x/a /x/b to /m")},
+        {text("Move failed: ") + full});
+    row("trash", trash, {}, {text("trash /x/a /x/b")},
+        {text("Moved 2 file(s) to Trash"), text("Trash — done")});
+    row("trash fails", trash, {full}, {text("trash /x/a /x/b")}, {text("Trash failed: ") + full});
+    row("no music player", music, {},
+        {text("who is com.apple.Music"), text("open /x/a"), text("open /x/b")},
+        {text("Music — done")});
+    row("nothing to eject", eject, {}, {text("eject /x/a"), text("eject /x/b")},
+        {text("Nothing to eject"), text("Eject — done")});
+    row("nobody opens it", openWith, {}, {text("who opens /x/a"), text("open /x/a")},
+        {text("Open With — done")});
+}
+
+void DropActionsServiceTest::outcomes()
+{
+    QFETCH(const DropActionID, action);
+    QFETCH(const QStringList, failures);
+    QFETCH(const QStringList, calls);
+    QFETCH(const QStringList, said);
+    launch();
+    m_service->setShelfFolder(fileUrl("/s"));
+    m_service->setCopyFolder(fileUrl("/c"));
+    m_service->setMoveFolder(fileUrl("/m"));
+    m_fake->failures = failures;
+    QCOMPARE(perform(action, files({"/x/a", "/x/b"})), said);
+    QCOMPARE(m_fake->calls, calls);
+}
+
+void DropActionsServiceTest::statusComesInOneTurn()
+{
+    launch();
+    m_fake->player = Application{text("p.desktop"), text("Player"), {}};
+    QCOMPARE(perform(music, files({"/a", "/b"})),
+             QStringList({text("Added 2 file(s) to Music"), text("Music — done")}));
+    QCOMPARE(m_fake->calls.last(), text("open /a /b in p.desktop"));
+    m_fake->ejections = {false, true, true};
+    QCOMPARE(perform(eject, files({"/a", "/b", "/c"})),
+             QStringList({text("Ejected 2 volume(s)"), text("Eject — done")}));
+    QVERIFY(perform(trash, {}).isEmpty());
+    QCOMPARE(m_service->lastStatus(), text("Eject — done")); // until the next drag
+}
+
+void DropActionsServiceTest::zipNamesItsArchive()
+{
+    launch();
+    const auto archive = [this](std::initializer_list<const char *> paths) {
+        const QStringList said = perform(zip, files(paths));
+        return m_fake->takeCalls() + said;
+    };
+    const QString done = text("Zip — done");
+    QCOMPARE(archive({"/d/a.tar.gz"}),
+             QStringList({text("/usr/bin/zip -r /d/a.tar.zip /d/a.tar.gz"),
+                          text("Zipped to a.tar.zip"), done}));
+    QCOMPARE(archive({"/d/Docs"}), QStringList({text("/usr/bin/zip -r /d/Docs.zip /d/Docs"),
+                                                text("Zipped to Docs.zip"), done}));
+    m_fake->takenPath = "/d/Archive.zip";
+    QCOMPARE(archive({"/d/a.txt", "/e/-b"}),
+             QStringList({text("/usr/bin/zip -r /d/Archive 1.zip /d/a.txt /e/-b"),
+                          text("Zipped to Archive 1.zip"), done}));
+    m_fake->processes = {{{}, 12}};
+    QCOMPARE(archive({"/d/a"}).mid(1), QStringList(text("Zip failed: Process exited 12")));
+    m_fake->processes = {{text("/usr/bin/zip: No such file or directory"), 0}};
+    QCOMPARE(archive({"/d/a"}).mid(1),
+             QStringList(text("Zip failed: /usr/bin/zip: No such file or directory")));
+    QCOMPARE(perform(zip, {fileUrl("/d/a"), QUrl(text("http://h/b"))}),
+             QStringList(text("Zip failed: http://h/b: not a file of this computer")));
+    QVERIFY(m_fake->calls.isEmpty());
+}
+
+void DropActionsServiceTest::unzipSkipsTheRest()
+{
+    launch();
+    QCOMPARE(perform(unzip, files({"/d/A.ZIP", "/d/b.txt", "/d/zip", "/d/c.zip"})),
+             QStringList({text("Extracted 4 archive(s)"), text("Unzip — done")}));
+    QCOMPARE(m_fake->calls,
+             QStringList({text("mkdir /d/A"), text("/usr/bin/unzip -o /d/A.ZIP -d /d/A"),
+                          text("mkdir /d/c"), text("/usr/bin/unzip -o /d/c.zip -d /d/c")}));
+    m_fake->processes = {{{}, 9}};
+    QCOMPARE(perform(unzip, files({"/d/a.zip", "/d/b.zip"})),
+             QStringList(text("Unzip failed: Process exited 9")));
+    QCOMPARE(m_fake->calls.size(), 2); // the second is not tried
+    m_fake->failures = {text("a: File exists")};
+    QCOMPARE(perform(unzip, files({"/d/a.zip"})),
+             QStringList(text("Unzip failed: a: File exists")));
+    QCOMPARE(m_fake->calls.size(), 1);
+}
+
+void DropActionsServiceTest::convertingSkipsTheRest()
+{
+    using enum ImageOutcome::Result;
+    launch();
+    m_service->setImageConvertFormat(text("Jpeg"));
+    m_fake->imageOutcomes = {image(Written), image(Skipped)};
+    QCOMPARE(perform(imageConvert, files({"/d/a.png", "/d/a.pdf", "/d/B.HEIC", "/d/png"})),
+             QStringList({text("Converted 1 image(s) to .Jpeg"), text("Convert — done")}));
+    QCOMPARE(m_fake->calls, QStringList({text("convert /d/a.png to /d/a.jpg as 1 0.9"),
+                                         text("convert /d/B.HEIC to /d/B.jpg as 1 0.9")}));
+    m_service->setImageConvertFormat(text("webp"));
+    QCOMPARE(perform(imageConvert, files({"/d/a.tif"})).first(),
+             text("Converted 1 image(s) to .webp"));
+    QCOMPARE(m_fake->calls, QStringList(text("convert /d/a.tif to /d/a.png as 0 -1")));
+    m_fake->imageOutcomes = {image(Written), image(Failed, "b.png: Permission denied")};
+    QCOMPARE(perform(imageConvert, files({"/d/a.gif", "/d/b.gif", "/d/c.gif"})),
+             QStringList(text("Convert failed: b.png: Permission denied")));
+    QCOMPARE(m_fake->calls.size(), 2);
+}
+
+void DropActionsServiceTest::openWithWaitsForTheMenu()
+{
+    launch();
+    for (int i = 0; i < 11; ++i) {
+        m_fake->applications << Application{text("%1.desktop").arg(i), text("App %1").arg(i), {}};
+    }
+    QVERIFY(perform(openWith, files({"/a.txt", "/b.png"})).isEmpty());
+    OpenWithMenu *const menu = m_service->openWithMenu();
+    QVERIFY(menu->isOpen());
+    QCOMPARE(menu->titles().size(), 10);
+    QCOMPARE(menu->titles().first(), text("App 0"));
+    QCOMPARE(m_fake->takeCalls(), QStringList(text("who opens /a.txt")));
+    menu->openWithApp(3);
+    QCOMPARE(m_fake->calls, QStringList(text("open /a.txt /b.png in 3.desktop")));
+    QCOMPARE(m_service->lastStatus(), text("Open With — done"));
+    QVERIFY(!menu->isOpen() && menu->titles().isEmpty());
+    menu->openWithApp(3); // too late
+    QCOMPARE(m_fake->calls.size(), 1);
+}
+
+void DropActionsServiceTest::aSecondMenuTakesThePlaceOfTheFirst()
+{
+    launch();
+    m_fake->applications = {{text("a.desktop"), text("A"), {}}};
+    perform(openWith, files({"/first"}));
+    QCOMPARE(perform(openWith, files({"/second"})), QStringList(text("Open With — done")));
+    m_service->openWithMenu()->openWithApp(-1);
+    m_service->openWithMenu()->dismiss();
+    QCOMPARE(m_service->lastStatus(), text("Open With — done"));
+    QVERIFY(!m_fake->calls.join(QString()).contains(text("a.desktop")));
+}
+
+void DropActionsServiceTest::twoAtOnce()
+{
+    launch();
+    m_fake->processesHang = true;
+    QVERIFY(perform(zip, files({"/a"})).isEmpty()); // no status as long as it runs
+    QCOMPARE(perform(airDrop, files({"/b"})), QStringList(text("AirDrop — done")));
+}
+
+void DropActionsServiceTest::theServiceGoesFirst()
+{
+    launch();
+    m_service->execute(unzip, files({"/a.zip", "/b.zip"}));
+    m_service->execute(shelf, files({"/a"}));
+    QCoreApplication::sendPostedEvents();
+    m_service.reset();
+    m_fake->calls.clear();
+    m_fake->settle();
+    QVERIFY(m_fake->calls.isEmpty());
+}
+
+QTEST_GUILESS_MAIN(DropActionsServiceTest)
+#include "DropActionsServiceTest.moc"

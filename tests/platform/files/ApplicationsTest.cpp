@@ -1,0 +1,246 @@
+#include "FileSamples.h"
+#include "platform/LocalPath.h"
+#include "platform/linux/files/FileItems.h"
+#include "platform/linux/files/GioApplications.h"
+#include "platform/linux/files/GioVolumes.h"
+
+#include <QAbstractEventDispatcher>
+#include <QEventLoop>
+#include <QProcess>
+#include <QTest>
+
+using namespace velmora;
+
+/// What other programs of the desktop do for us: opening, the trash, volumes. Needs the folders of
+/// a desktop of its own.
+class ApplicationsTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+
+    void whoOpensAFile();
+    void rolesOfKnownApplications();
+    void filesArriveInTheApplication();
+    void ourOwnVariablesDoNot();
+    void defaultsOpen();
+    void nobodyToOpen();
+    void trash();
+    void trashFails();
+    void nothingToEject();
+    void answersWithoutGlibsLoop();
+
+private:
+    void addApplication(const QByteArray &id, const QByteArray &types, const QByteArray &field);
+    QList<Application> find(const QByteArray &path);
+    /// What an application wrote down of its start.
+    QByteArray started(const QByteArray &id);
+
+    QByteArray m_home;
+    std::optional<GioApplications> m_applications;
+};
+
+void ApplicationsTest::initTestCase()
+{
+    m_home = qgetenv("HOME");
+    QVERIFY2(qEnvironmentVariableIsSet("VELMORA_DESKTOP"), "runs in tests/support/desktop only");
+    const QByteArray folder = qgetenv("XDG_DATA_HOME") + "/applications";
+    makeFolders(folder);
+    addApplication("viewer", "text/plain;image/png;inode/directory;", "%F");
+    addApplication("editor", "text/plain;", "%U");
+    addApplication("single", "image/png;", "%f");
+    addApplication("player", "audio/mpeg;", "%U");
+    writeFile(qgetenv("XDG_CONFIG_HOME") + "/mimeapps.list",
+              "[Default Applications]\ntext/plain=editor.desktop\n");
+    QCOMPARE(
+        QProcess::execute(QStringLiteral("update-desktop-database"), {QString::fromUtf8(folder)}),
+        0);
+}
+
+void ApplicationsTest::init()
+{
+    m_applications.emplace(std::vector<QByteArray>{"VELMORA_OWN"});
+    for (const char *id : {"viewer", "editor", "single", "player"}) {
+        unlink((m_home + '/' + id).constData());
+    }
+}
+
+/// It writes its arguments and one variable to a file, and then renames that.
+void ApplicationsTest::addApplication(const QByteArray &id, const QByteArray &types,
+                                      const QByteArray &field)
+{
+    const QByteArray script = m_home + '/' + id + ".sh";
+    const QByteArray file = m_home + '/' + id;
+    writeFile(script, "#!/bin/sh\n{ printf '<%s>' \"$@\"; echo \"$VELMORA_OWN\"; } >>" + file +
+                          ".part; mv " + file + ".part " + file + "\n");
+    chmod(script.constData(), 0755);
+    writeFile(qgetenv("XDG_DATA_HOME") + "/applications/" + id + ".desktop",
+              "[Desktop Entry]\nType=Application\nName=The " + id + "\nIcon=" + id +
+                  "-icon\nExec=" + script + ' ' + field + "\nMimeType=" + types + '\n');
+}
+
+QList<Application> ApplicationsTest::find(const QByteArray &path)
+{
+    QEventLoop loop;
+    QList<Application> found;
+    m_applications->findForFile(fileUrl(path), [&](const QList<Application> &applications) {
+        found = applications;
+        loop.quit();
+    });
+    loop.exec();
+    return found;
+}
+
+QByteArray ApplicationsTest::started(const QByteArray &id)
+{
+    const QByteArray path = m_home + '/' + id;
+    [&] { QTRY_VERIFY_WITH_TIMEOUT(isThere(path), 10'000); }();
+    return readFile(path);
+}
+
+void ApplicationsTest::whoOpensAFile()
+{
+    const QByteArray path = m_home + "/a\xFF\nb.txt";
+    writeFile(path, "text");
+    const auto found = find(path);
+    QVERIFY(found.size() >= 2);
+    QCOMPARE(found.at(0),
+             (Application{QStringLiteral("editor.desktop"), QStringLiteral("The editor"),
+                          QStringLiteral("editor-icon")}));
+    QVERIFY(
+        found.contains(Application{QStringLiteral("viewer.desktop"), QStringLiteral("The viewer"),
+                                   QStringLiteral("viewer-icon")}));
+    writeFile(m_home + "/a.velmora-unknown", QByteArray("\0\1\2", 3));
+    QVERIFY(find(m_home + "/a.velmora-unknown").isEmpty());
+    QVERIFY(find(m_home + "/gone.txt").isEmpty());
+}
+
+void ApplicationsTest::rolesOfKnownApplications()
+{
+    const auto role = [this](const char *identifier) {
+        QEventLoop loop;
+        QString id;
+        m_applications->findByIdentifier(QString::fromLatin1(identifier),
+                                         [&](const std::optional<Application> &application) {
+                                             id = application ? application->id : QString();
+                                             loop.quit();
+                                         });
+        loop.exec();
+        return id;
+    };
+    QCOMPARE(role("com.apple.Music"), QStringLiteral("player.desktop"));
+    QCOMPARE(role("com.example.Nobody"), QString());
+}
+
+void ApplicationsTest::filesArriveInTheApplication()
+{
+    const QByteArray path = m_home + "/\xFF '\"$(id).png";
+    writeFile(path, "x");
+    const QList<QUrl> files{fileUrl(path), fileUrl(m_home + "/-b.txt")};
+    const auto open = [&](const char *id) {
+        m_applications->open(files, {QString::fromLatin1(id) + QStringLiteral(".desktop"), {}, {}});
+        return started(id);
+    };
+    QCOMPARE(open("viewer"), '<' + path + "><" + m_home + "/-b.txt>\n");
+    QCOMPARE(open("editor"), '<' + path + "><" + m_home + "/-b.txt>\n");
+    m_applications->open(files, {QStringLiteral("gone.desktop"), {}, {}}); // goes unnoticed
+}
+
+void ApplicationsTest::ourOwnVariablesDoNot()
+{
+    qputenv("VELMORA_OWN", "inherited");
+    m_applications->open(fileUrl(m_home));
+    QCOMPARE(started("viewer"), '<' + m_home + ">\n");
+    qunsetenv("VELMORA_OWN");
+}
+
+void ApplicationsTest::defaultsOpen()
+{
+    writeFile(m_home + "/a.txt", "x");
+    m_applications->open(fileUrl(m_home + "/a.txt"));
+    QCOMPARE(started("editor"), '<' + m_home + "/a.txt>\n");
+}
+
+void ApplicationsTest::nobodyToOpen()
+{
+    for (const char *url : {"file:///no/such/file", "velmora-test:x", "", "file://host/a"}) {
+        m_applications->open(QUrl(QString::fromLatin1(url)));
+    }
+    // Answers come in order: the one behind them shows that all have been dealt with.
+    QVERIFY(find(m_home + "/gone").isEmpty());
+}
+
+void ApplicationsTest::trash()
+{
+    const QByteArray path = m_home + "/thrown \xFF away";
+    writeFile(path, "x");
+    symlink("/no/such/file", (m_home + "/link").constData());
+    trashItem(path);
+    trashItem(m_home + "/link");
+    QVERIFY(!isThere(path) && !isThere(m_home + "/link"));
+    const QByteArray trashed = qgetenv("XDG_DATA_HOME") + "/Trash/files";
+    QCOMPARE(readFile(trashed + "/thrown \xFF away"), QByteArray("x"));
+    QVERIFY(isThere(trashed + "/link"));
+}
+
+void ApplicationsTest::trashFails()
+{
+    QVERIFY_EXCEPTION_THROWN(trashItem(m_home + "/gone"), FileFailure);
+    const QByteArray elsewhere = folderElsewhere(m_home);
+    if (!elsewhere.isEmpty()) {
+        writeFile(elsewhere + "/a");
+        QVERIFY_EXCEPTION_THROWN(trashItem(elsewhere + "/a"), FileFailure);
+        QVERIFY(isThere(elsewhere + "/a"));
+        unlink((elsewhere + "/a").constData());
+        rmdir(elsewhere.constData());
+    }
+}
+
+void ApplicationsTest::nothingToEject()
+{
+    GioVolumes volumes;
+    QEventLoop loop;
+    int answers = 0;
+    for (const char *url : {"file:///etc/passwd", "file:///no/such/file", "http://host/"}) {
+        volumes.ejectVolumeOf(QUrl(QString::fromLatin1(url)), [&](bool ejected) {
+            QVERIFY(!ejected);
+            if (++answers == 3) {
+                loop.quit();
+            }
+        });
+    }
+    QCOMPARE(answers, 0);
+    loop.exec();
+    // One that is gone is not answered any more.
+    {
+        GioVolumes gone;
+        gone.ejectVolumeOf(QUrl(QStringLiteral("file:///etc")), [&](bool) { ++answers; });
+    }
+    volumes.ejectVolumeOf(QUrl(QStringLiteral("file:///etc")), [&](bool) { loop.quit(); });
+    loop.exec();
+    QCOMPARE(answers, 3);
+}
+
+void ApplicationsTest::answersWithoutGlibsLoop()
+{
+    if (!qEnvironmentVariableIsSet("QT_NO_GLIB")) {
+        QVERIFY(QAbstractEventDispatcher::instance()->inherits("QEventDispatcherGlib"));
+        // The rest of this is the same test, in a process that has no such loop.
+        QProcess again;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("QT_NO_GLIB"), QStringLiteral("1"));
+        again.setProcessEnvironment(environment);
+        again.start(QCoreApplication::applicationFilePath(),
+                    {QStringLiteral("nothingToEject"), QStringLiteral("defaultsOpen"),
+                     QStringLiteral("answersWithoutGlibsLoop")});
+        QVERIFY(again.waitForFinished());
+        QVERIFY2(again.exitCode() == 0, again.readAll().constData());
+        return;
+    }
+    QVERIFY(!QAbstractEventDispatcher::instance()->inherits("QEventDispatcherGlib"));
+}
+
+QTEST_GUILESS_MAIN(ApplicationsTest)
+#include "ApplicationsTest.moc"

@@ -1,0 +1,350 @@
+#include "FileSamples.h"
+#include "platform/LocalPath.h"
+#include "platform/linux/files/LinuxImageConverter.h"
+#include "platform/linux/files/TreeCopy.h"
+
+#include <QBuffer>
+#include <QColorSpace>
+#include <QEventLoop>
+#include <QImage>
+#include <QImageReader>
+#include <QImageWriter>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QtEndian>
+
+#include <sys/mount.h>
+
+using namespace velmora;
+using enum ImageEncoding::Type;
+using enum ImageOutcome::Result;
+
+namespace
+{
+
+// 16 × 8, left half (200, 40, 10), right half (10, 60, 220), of 8 and of 10 bits.
+constexpr char heic[] =
+    "AAAAHGZ0eXBoZWljAAAAAG1pZjFoZWljbWlhZgAAAa1tZXRhAAAAAAAAACFoZGxyAAAAAAAAAABwaWN0AAAAAAAAAAAA"
+    "AAAAAAAAAA5waXRtAAAAAAACAAAAEGlkYXQAAAAAABAACAAAADhpbG9jAQAAAERAAAIAAQAAAAAAAAHRAAEAAAAAAAAA"
+    "iAACAAEAAAAAAAAAAQAAAAAAAAAIAAAAOGlpbmYAAAAAAAIAAAAVaW5mZQIAAAEAAQAAaHZjMQAAAAAVaW5mZQIAAAAA"
+    "AgAAZ3JpZAAAAADYaXBycAAAALZpcGNvAAAAdmh2Y0MBA3AAAAAAAAAAAAAe8AD8/fj4AAAPAyAAAQAYQAEMAf//A3AA"
+    "AAMAkAAAAwAAAwAeugJAIQABACpCAQEDcAAAAwCQAAADAAADAB6gIIEFluqumubgQEDAgAAAAwCAAAADAIQiAAEABkQB"
+    "wXPBiQAAABRpc3BlAAAAAAAAAEAAAABAAAAAFGlzcGUAAAAAAAAAEAAAAAgAAAAQcGl4aQAAAAADCAgIAAAAGmlwbWEA"
+    "AAAAAAAAAgABAoECAAICA4QAAAAaaXJlZgAAAAAAAAAOZGltZwACAAEAAQAAAJBtZGF0AAAAhCgBrwYyGrgKgF1Ao9vf"
+    "p//+909D44d/m+iJ33zPb//DYS6833IR4Nq1+8+7Ds3DW6iWoMJ9qAd0QtqR+TAe5XyUmRTaiyB4oFSYwCv4MF34YX/j"
+    "HeNUaH+NwJD+BlQ7dtSfagHrWmcJlLqwjlwDzUrfm7QpiQHQhmo4cNO51LdrGcwDYA==";
+constexpr char deepHeic[] =
+    "AAAAHGZ0eXBoZWljAAAAAG1pZjFoZWljbWlhZgAAAaxtZXRhAAAAAAAAACFoZGxyAAAAAAAAAABwaWN0AAAAAAAAAAAA"
+    "AAAAAAAAAA5waXRtAAAAAAACAAAAEGlkYXQAAAAAABAACAAAADhpbG9jAQAAAERAAAIAAQAAAAAAAAHQAAEAAAAAAAAA"
+    "SQACAAEAAAAAAAAAAQAAAAAAAAAIAAAAOGlpbmYAAAAAAAIAAAAVaW5mZQIAAAEAAQAAaHZjMQAAAAAVaW5mZQIAAAAA"
+    "AgAAZ3JpZAAAAADXaXBycAAAALVpcGNvAAAAdWh2Y0MBBAgAAAAAAAAAAAAe8AD8/fr6AAAPAyAAAQAXQAEMAf//BAgA"
+    "AAMAnbgAAAMAAB66AkAhAAEAKkIBAQQIAAADAJ24AAADAAAeoCCBBNluqumubgQEDAgAAAMACAAAAwAIQCIAAQAGRAHB"
+    "c8GJAAAAFGlzcGUAAAAAAAAAQAAAAEAAAAAUaXNwZQAAAAAAAAAQAAAACAAAABBwaXhpAAAAAAMKCgoAAAAaaXBtYQAA"
+    "AAAAAAACAAECgQIAAgIDhAAAABppcmVmAAAAAAAAAA5kaW1nAAIAAQABAAAAUW1kYXQAAABFKAGvBjIaQgaAXUCj2963"
+    "//73T0Pj5X+b6SXffNF3/8OpKVsY/TnlbnTlacj+gHLv/dza9IY2gHTCQ47OdulbjldwGUMg";
+// 4 × 2, left half blue, right half red.
+constexpr char gif[] = "R0lGODlhBAACAPAAAP8AAAAA/yH5BAAAAAAALAAAAAAEAAIAAAIETACGBQA7";
+
+QByteArray numbered(const QByteArray &name, int attempt)
+{
+    return attempt == 0 ? name : name + ' ' + QByteArray::number(attempt);
+}
+
+QByteArray encoded(const QImage &image, const char *format)
+{
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    QImageWriter writer(&buffer, format);
+    writer.setQuality(95);
+    return writer.write(image) ? buffer.data() : QByteArray();
+}
+
+/// Left half of one colour, right half of the other.
+QImage halves(const QColor &left, const QColor &right, QImage::Format format, QSize size = {16, 8})
+{
+    QImage image(size, format);
+    for (int y = 0; y < size.height(); ++y) {
+        for (int x = 0; x < size.width(); ++x) {
+            image.setPixelColor(x, y, x < size.width() / 2 ? left : right);
+        }
+    }
+    return image;
+}
+
+bool isNear(const QColor &a, const QColor &b, int tolerance = 12)
+{
+    return qAbs(a.red() - b.red()) <= tolerance && qAbs(a.green() - b.green()) <= tolerance &&
+           qAbs(a.blue() - b.blue()) <= tolerance && qAbs(a.alpha() - b.alpha()) <= tolerance;
+}
+
+/// A JPEG with the mark of a camera that was held upright, turned by a quarter.
+QByteArray turnedJpeg(const QImage &image)
+{
+    const auto bytes = [](const char *data, qsizetype size) { return QByteArray(data, size); };
+    const QByteArray exif =
+        bytes("Exif\0\0MM\0*\0\0\0\x08\0\x01\x01\x12\0\x03\0\0\0\x01\0\x06\0\0\0\0\0\0", 32);
+    QByteArray segment = bytes("\xFF\xE1\0\0", 4) + exif;
+    qToBigEndian(static_cast<quint16>(exif.size() + 2), segment.data() + 2);
+    return encoded(image, "jpeg").insert(2, segment);
+}
+
+/// The head of a PNG that says how large it would be.
+QByteArray hugePng(quint32 side)
+{
+    QByteArray png = encoded(QImage(1, 1, QImage::Format_RGB32), "png");
+    qToBigEndian(side, png.data() + 16);
+    qToBigEndian(side, png.data() + 20);
+    quint32 crc = 0xFFFFFFFF;
+    for (const char byte : png.mid(12, 17)) {
+        crc ^= static_cast<uchar>(byte);
+        for (int bit = 0; bit < 8; ++bit) {
+            crc = (crc >> 1) ^ ((crc & 1) != 0 ? 0xEDB88320 : 0);
+        }
+    }
+    qToBigEndian(~crc, png.data() + 29);
+    return png;
+}
+
+} // namespace
+
+class ImageConverterTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup() { discard(AT_FDCWD, m_root); } // Qt's own clean-up knows text only
+    void everyFormatIsRead_data();
+    void everyFormatIsRead();
+    void uprightWhateverTheCamera();
+    void profilesStay_data();
+    void profilesStay();
+    void depthStays_data();
+    void depthStays();
+    void transparency_data();
+    void transparency();
+    void whatIsNoImageIsSkipped_data();
+    void whatIsNoImageIsSkipped();
+    void namesAndFailures();
+
+private:
+    ImageOutcome convert(const QByteArray &source, const ImageEncoding &encoding,
+                         const QByteArray &target);
+    /// Converts an encoded image and reads what came out.
+    QImage converted(const QByteArray &data, ImageEncoding::Type type);
+    [[nodiscard]] QByteArray path(const QByteArray &name) const { return m_root + '/' + name; }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+    QByteArray m_root;
+    LinuxImageConverter m_converter;
+};
+
+void ImageConverterTest::init()
+{
+    m_folder = std::make_unique<QTemporaryDir>();
+    m_root = QFile::encodeName(m_folder->path());
+}
+
+ImageOutcome ImageConverterTest::convert(const QByteArray &source, const ImageEncoding &encoding,
+                                         const QByteArray &target)
+{
+    QEventLoop loop;
+    ImageOutcome outcome;
+    m_converter.convert(fileUrl(source), encoding, fileUrl(target), numbered,
+                        [&](const ImageOutcome &result) {
+                            outcome = result;
+                            loop.quit();
+                        });
+    loop.exec();
+    return outcome;
+}
+
+QImage ImageConverterTest::converted(const QByteArray &data, ImageEncoding::Type type)
+{
+    writeFile(path("source"), data);
+    unlink(path("target").constData());
+    const ImageOutcome outcome = convert(path("source"), {type, 0.9}, path("target"));
+    return outcome.result == Written ? QImage(QFile::decodeName(path("target"))) : QImage();
+}
+
+void ImageConverterTest::everyFormatIsRead_data()
+{
+    QTest::addColumn<QByteArray>("data");
+    QTest::addColumn<QColor>("left");
+    QTest::addColumn<QColor>("right");
+    const QColor left(200, 40, 10);
+    const QColor right(10, 60, 220);
+    for (const char *format : {"png", "jpeg", "bmp", "tiff", "webp"}) {
+        QTest::newRow(format) << encoded(halves(left, right, QImage::Format_RGB32, {64, 32}),
+                                         format)
+                              << left << right;
+    }
+    QTest::newRow("gif") << QByteArray::fromBase64(gif) << QColor(Qt::blue) << QColor(Qt::red);
+    QTest::newRow("heic") << QByteArray::fromBase64(heic) << left << right;
+    QTest::newRow("deep heic") << QByteArray::fromBase64(deepHeic) << left << right;
+}
+
+void ImageConverterTest::everyFormatIsRead()
+{
+    QFETCH(const QByteArray, data);
+    QFETCH(const QColor, left);
+    QFETCH(const QColor, right);
+    QVERIFY2(!data.isEmpty(), "this machine cannot write the sample");
+    for (const auto &[type, format] :
+         {std::pair(Png, "png"), {Jpeg, "jpeg"}, {Tiff, "tiff"}, {Bmp, "bmp"}}) {
+        const QImage image = converted(data, type);
+        QVERIFY2(!image.isNull(), format);
+        QCOMPARE(QImageReader::imageFormat(QFile::decodeName(path("target"))), QByteArray(format));
+        QVERIFY2(isNear(image.pixelColor(0, image.height() / 2), left), format);
+        QVERIFY2(isNear(image.pixelColor(image.width() - 1, 0), right), format);
+    }
+}
+
+void ImageConverterTest::uprightWhateverTheCamera()
+{
+    QImage image = halves(Qt::red, Qt::blue, QImage::Format_RGB32, {32, 16});
+    image.setColorSpace(QColorSpace(QColorSpace::DisplayP3));
+    const QImage upright = converted(turnedJpeg(image), Png);
+    QCOMPARE(upright.size(), QSize(16, 32));
+    QVERIFY(isNear(upright.pixelColor(8, 2), Qt::red));
+    QVERIFY(isNear(upright.pixelColor(8, 29), Qt::blue));
+    QCOMPARE(upright.colorSpace(), QColorSpace(QColorSpace::DisplayP3));
+}
+
+void ImageConverterTest::profilesStay_data()
+{
+    QTest::addColumn<ImageEncoding::Type>("type");
+    QTest::addColumn<bool>("canHold");
+    QTest::newRow("png") << Png << true;
+    QTest::newRow("jpeg") << Jpeg << true;
+    QTest::newRow("tiff") << Tiff << true;
+    QTest::newRow("bmp") << Bmp << false;
+}
+
+void ImageConverterTest::profilesStay()
+{
+    QFETCH(const ImageEncoding::Type, type);
+    QFETCH(const bool, canHold);
+    const QColor color(230, 60, 20);
+    QImage image = halves(color, color, QImage::Format_RGB32);
+    image.setColorSpace(QColorSpace(QColorSpace::DisplayP3));
+    const QImage result = converted(encoded(image, "png"), type);
+    if (canHold) {
+        QCOMPARE(result.colorSpace(), image.colorSpace());
+        QVERIFY(isNear(result.pixelColor(4, 4), color));
+    } else {
+        image.convertToColorSpace(QColorSpace(QColorSpace::SRgb));
+        QVERIFY(!isNear(image.pixelColor(4, 4), color)); // the test can tell
+        QVERIFY(isNear(result.pixelColor(4, 4), image.pixelColor(4, 4), 2));
+    }
+}
+
+void ImageConverterTest::depthStays_data()
+{
+    QTest::addColumn<ImageEncoding::Type>("type");
+    QTest::addColumn<bool>("isDeep");
+    QTest::newRow("png") << Png << true;
+    QTest::newRow("tiff") << Tiff << true;
+    QTest::newRow("jpeg") << Jpeg << false;
+    QTest::newRow("bmp") << Bmp << false;
+}
+
+void ImageConverterTest::depthStays()
+{
+    QFETCH(const ImageEncoding::Type, type);
+    QFETCH(const bool, isDeep);
+    QImage image(16, 8, QImage::Format_RGBX64);
+    image.fill(QColor::fromRgba64(0x1234, 0x5678, 0x9ABC));
+    const QRgba64 pixel = converted(encoded(image, "png"), type).pixelColor(3, 3).rgba64();
+    QVERIFY(qAbs(pixel.red() - 0x1234) <= (isDeep ? 1 : 0x400));
+    QVERIFY(qAbs(pixel.green() - 0x5678) <= (isDeep ? 1 : 0x400));
+    QVERIFY(qAbs(pixel.blue() - 0x9ABC) <= (isDeep ? 1 : 0x400));
+}
+
+void ImageConverterTest::transparency_data()
+{
+    QTest::addColumn<QImage::Format>("format");
+    QTest::newRow("straight") << QImage::Format_ARGB32;
+    QTest::newRow("deep") << QImage::Format_RGBA64;
+    QTest::newRow("palette") << QImage::Format_Indexed8;
+}
+
+void ImageConverterTest::transparency()
+{
+    QFETCH(const QImage::Format, format);
+    QImage image = halves(QColor(255, 0, 0, 255), QColor(0, 0, 0, 0), QImage::Format_ARGB32);
+    image.convertTo(format);
+    const QByteArray data = encoded(image, "png");
+    for (const auto type : {Png, Tiff}) {
+        QCOMPARE(converted(data, type).pixelColor(12, 4).alpha(), 0);
+    }
+    for (const auto type : {Jpeg, Bmp}) {
+        const QImage result = converted(data, type);
+        QVERIFY(isNear(result.pixelColor(1, 4), Qt::red));
+        QVERIFY(isNear(result.pixelColor(14, 4), Qt::white));
+    }
+}
+
+void ImageConverterTest::whatIsNoImageIsSkipped_data()
+{
+    QTest::addColumn<QByteArray>("data");
+    const QByteArray noise = QByteArray("\x89PNG\r\n\x1A\n") + QByteArray(5000, '\xA5');
+    QImage detailed(200, 200, QImage::Format_RGB32);
+    for (int i = 0; i < 40'000; ++i) {
+        detailed.setPixel(i % 200, i / 200, static_cast<uint>(i * 2654435761U));
+    }
+    QTest::newRow("empty") << QByteArray();
+    QTest::newRow("text") << QByteArray("hello");
+    QTest::newRow("noise behind the head of a PNG") << noise;
+    QTest::newRow("PNG cut short") << encoded(detailed, "png").left(9000);
+    QTest::newRow("HEIC cut short") << QByteArray::fromBase64(heic).left(500);
+    QTest::newRow("head of a HEIC only") << QByteArray::fromBase64(heic).left(28);
+    QTest::newRow("SVG") << QByteArray(
+        "<svg xmlns='http://www.w3.org/2000/svg' width='9' height='9'/>");
+    QTest::newRow("60000 x 60000") << hugePng(60'000);
+    QTest::newRow("2147483647 x 2147483647") << hugePng(2'147'483'647);
+}
+
+void ImageConverterTest::whatIsNoImageIsSkipped()
+{
+    QFETCH(const QByteArray, data);
+    writeFile(path("a.png"), data);
+    QCOMPARE(convert(path("a.png"), {Png, {}}, path("b.png")).result, Skipped);
+    QCOMPARE(entries(m_root), QList<QByteArray>{"a.png"});
+}
+
+void ImageConverterTest::namesAndFailures()
+{
+    const QByteArray source = path("\xFF\n.png");
+    writeFile(source, encoded(halves(Qt::red, Qt::blue, QImage::Format_RGB32), "png"));
+    QCOMPARE(convert(source, {Png, {}}, source).result, Written);
+    QCOMPARE(entries(m_root), (QList<QByteArray>{"\xFF\n.png", "\xFF\n.png 1"}));
+    const ImageOutcome outcome = convert(source, {Png, {}}, path("gone/b.png"));
+    QCOMPARE(outcome.result, Failed);
+    QCOMPARE(outcome.error, QStringLiteral("b.png: No such file or directory"));
+
+    mkfifo(path("pipe.png").constData(), 0600);
+    for (const char *name : {"pipe.png", "gone.png", ""}) {
+        QCOMPARE(convert(path(name), {Png, {}}, path("c.png")).result, Skipped);
+    }
+
+    if (geteuid() == 0) {
+        // Half a megabyte onto a disk of a quarter.
+        mkdir(path("small").constData(), 0755);
+        if (mount("velmora-test", path("small").constData(), "tmpfs", 0, "size=256k") != 0) {
+            QSKIP("Only root can make a small disk");
+        }
+        QImage large(600, 300, QImage::Format_RGB32);
+        large.fill(Qt::red);
+        writeFile(path("large.png"), encoded(large, "png"));
+        const ImageOutcome full = convert(path("large.png"), {Bmp, {}}, path("small/large.bmp"));
+        const auto left = entries(path("small"));
+        umount2(path("small").constData(), MNT_DETACH);
+        QCOMPARE(full.result, Failed);
+        QVERIFY2(full.error.contains(QStringLiteral("No space left")), qPrintable(full.error));
+        QVERIFY(left.isEmpty());
+    }
+}
+
+QTEST_GUILESS_MAIN(ImageConverterTest)
+#include "ImageConverterTest.moc"
