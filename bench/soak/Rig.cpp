@@ -24,7 +24,7 @@ namespace
 
 constexpr std::chrono::milliseconds frame(16);
 
-Platform makePlatform()
+Platform makePlatform(FakeDropRoles &drops)
 {
     Platform platform;
     platform.clock = std::make_unique<VirtualClock>();
@@ -32,11 +32,13 @@ Platform makePlatform()
     Windowing windowing = makeWindowing();
     platform.screens = std::move(windowing.screens);
     platform.pointer = std::move(windowing.pointer);
+    platform.drags = std::move(windowing.drags);
     platform.shell = std::move(windowing.shell);
     platform.statistics = std::make_unique<ProcStatistics>();
     platform.sound = std::make_unique<PulseSoundOutput>(*platform.clock);
     platform.media = std::make_unique<FakeMediaRemote>();
     platform.notifications = std::make_unique<FakeNotifications>();
+    drops.install(platform);
     return platform;
 }
 
@@ -85,14 +87,14 @@ private:
 
 Rig::Rig()
     : m_driver(std::make_unique<FrameDriver>())
-    , m_platform(makePlatform())
+    , m_platform(makePlatform(m_drops))
     , m_clock(static_cast<VirtualClock *>(m_platform.clock.get()))
     , m_menu(*m_clock)
     , m_scene(m_menu)
 {
     m_driver->install();
-    const OverlayEnvironment environment{*m_clock, *m_platform.pointer, *m_platform.screens,
-                                         *m_platform.shell};
+    const OverlayEnvironment environment{*m_clock, *m_platform.pointer, *m_platform.drags,
+                                         *m_platform.screens, *m_platform.shell};
     m_manager = std::make_unique<NotchManager>(
         m_platform, [this, environment](const auto &screen, const auto &settings, auto &services) {
             return std::make_unique<NotchWindowController>(

@@ -4,6 +4,7 @@
 #include "overlay/OverlayScene.h"
 #include "overlay/StatusMenu.h"
 #include "platform/Platform.h"
+#include "support/FakeDropRoles.h"
 #include "support/VirtualClock.h"
 
 #include <QAnimationDriver>
@@ -53,6 +54,7 @@ private:
     [[nodiscard]] QWindowList overlays() const;
 
     std::unique_ptr<FrameDriver> m_driver;
+    FakeDropRoles m_drops; ///< has to outlive the platform
     Platform m_platform;
     VirtualClock *m_clock; ///< owned by the platform
     StatusMenu m_menu;

@@ -11,6 +11,12 @@
 #include "platform/linux/desktop/TrayIcon.h"
 #include "platform/linux/desktop/TrayItem.h"
 #include "platform/linux/desktop/UnixSignals.h"
+#include "platform/linux/files/GioApplications.h"
+#include "platform/linux/files/GioVolumes.h"
+#include "platform/linux/files/KdeConnectSharing.h"
+#include "platform/linux/files/LinuxChildProcesses.h"
+#include "platform/linux/files/LinuxFileActions.h"
+#include "platform/linux/files/LinuxImageConverter.h"
 #include "platform/linux/media/MprisMediaRemote.h"
 #include "platform/linux/system/ProcStatistics.h"
 #include "platform/linux/system/PulseSoundOutput.h"
@@ -37,12 +43,19 @@ Platform makePlatform(const QDBusConnection &bus)
     Windowing windowing = makeWindowing();
     platform.screens = std::move(windowing.screens);
     platform.pointer = std::move(windowing.pointer);
+    platform.drags = std::move(windowing.drags);
     platform.shell = std::move(windowing.shell);
     platform.statistics = std::make_unique<ProcStatistics>();
     platform.sound = std::make_unique<PulseSoundOutput>(*platform.clock);
     platform.media = std::make_unique<MprisMediaRemote>(bus, *platform.clock);
     platform.coverSearchHost = QUrl(QStringLiteral("https://itunes.apple.com"));
     platform.notifications = std::make_unique<DesktopNotifications>(bus);
+    platform.files = std::make_unique<LinuxFileActions>();
+    platform.images = std::make_unique<LinuxImageConverter>();
+    platform.processes = std::make_unique<LinuxChildProcesses>();
+    platform.applications = std::make_unique<GioApplications>(ownEnvironment());
+    platform.volumes = std::make_unique<GioVolumes>();
+    platform.sharing = std::make_unique<KdeConnectSharing>(bus);
     platform.loginItem =
         std::make_unique<AutostartLoginItem>(QCoreApplication::applicationFilePath());
     platform.statusItem = std::make_unique<TrayItem>(bus, installedTrayIconName(), drawTrayIcons());
@@ -65,8 +78,8 @@ int runApplication()
     StatusMenu sceneMenu(*platform.clock);
     OverlayScene scene(sceneMenu);
     LoginPrompt loginPrompt(scene.engine());
-    const OverlayEnvironment environment{*platform.clock, *platform.pointer, *platform.screens,
-                                         *platform.shell};
+    const OverlayEnvironment environment{*platform.clock, *platform.pointer, *platform.drags,
+                                         *platform.screens, *platform.shell};
     const auto makeController = [&](const std::shared_ptr<Screen> &screen,
                                     const NotchSettings &settings, NotchServices &services) {
         return std::make_unique<NotchWindowController>(

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "drop/DropActionsService.h"
 #include "media/MediaRemoteService.h"
 #include "platform/Platform.h"
 #include "services/PomodoroService.h"
@@ -31,6 +32,7 @@ class NotchServices : public QObject
     Q_PROPERTY(velmora::SystemMonitorService *systemMonitor READ systemMonitor CONSTANT FINAL)
     Q_PROPERTY(velmora::MediaRemoteService *mediaService READ mediaService CONSTANT FINAL)
     Q_PROPERTY(velmora::PomodoroService *pomodoroService READ pomodoroService CONSTANT FINAL)
+    Q_PROPERTY(velmora::DropActionsService *dropService READ dropService CONSTANT FINAL)
 
 public:
     explicit NotchServices(const Platform &platform)
@@ -39,6 +41,9 @@ public:
         , m_systemMonitor(*platform.clock, *platform.statistics, *platform.sound)
         , m_mediaService(*platform.clock, *platform.media, platform.coverSearchHost)
         , m_pomodoroService(*platform.clock, *platform.store, *platform.notifications)
+        , m_dropService(*platform.store,
+                        {*platform.files, *platform.images, *platform.processes,
+                         *platform.applications, *platform.volumes, *platform.sharing})
     {
     }
 
@@ -47,6 +52,7 @@ public:
     [[nodiscard]] SystemMonitorService *systemMonitor() { return &m_systemMonitor; }
     [[nodiscard]] MediaRemoteService *mediaService() { return &m_mediaService; }
     [[nodiscard]] PomodoroService *pomodoroService() { return &m_pomodoroService; }
+    [[nodiscard]] DropActionsService *dropService() { return &m_dropService; }
 
 private:
     Clock &m_clock;
@@ -54,6 +60,7 @@ private:
     SystemMonitorService m_systemMonitor;
     MediaRemoteService m_mediaService;
     PomodoroService m_pomodoroService;
+    DropActionsService m_dropService;
 };
 
 } // namespace velmora

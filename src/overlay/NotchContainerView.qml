@@ -10,6 +10,7 @@ Item {
     required property NotchWindowController controller
     required property StatusMenu menu
 
+    readonly property bool isDragging: controller.services.dropService.isDragging
     readonly property bool isExpanded: controller.notchState.isExpanded
 
     anchors.fill: parent
@@ -63,19 +64,24 @@ Item {
         // painted on.
         BottomRoundedShape {
             height: Math.ceil(parent.height)
-            radius: root.isExpanded ? 12 : root.controller.cornerRadius
+            radius: root.isExpanded || root.isDragging ? 12 : root.controller.cornerRadius
             width: Math.ceil(parent.width)
         }
         Layer {
             controller: root.controller
-            shown: !root.isExpanded
+            shown: !root.isExpanded && !root.isDragging
             view: "CollapsedLiveStripView.qml"
         }
         Layer {
             controller: root.controller
             restingScale: 0.97
-            shown: root.isExpanded
+            shown: root.isExpanded && !root.isDragging
             view: "FiveZoneExpandedView.qml"
+        }
+        Layer {
+            controller: root.controller
+            shown: root.isDragging
+            view: "DropActionsOverlay.qml"
         }
     }
 

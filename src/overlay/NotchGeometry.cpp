@@ -61,4 +61,18 @@ QList<double> zoneWidths(const std::array<double, 5> &weights, double panelWidth
     return widths;
 }
 
+double dropSlotWidth(int count)
+{
+    return (expandedWidth - 2 * dropRowPadding - (count - 1) * dropSpacing) / count;
+}
+
+int dropSlotAt(double x, int count)
+{
+    if (count <= 0) {
+        return -1;
+    }
+    const double slot = std::trunc((x - dropRowPadding) / (dropSlotWidth(count) + dropSpacing));
+    return slot >= 0 && slot < count ? static_cast<int>(slot) : -1;
+}
+
 } // namespace velmora::NotchGeometry

@@ -20,6 +20,8 @@ inline constexpr double panelCornerRadius = 12;
 inline constexpr double menuCornerRadius = 9;
 inline constexpr double panelPadding = 14; ///< left and right of the five zones
 inline constexpr double dividerWidth = 1;
+inline constexpr double dropRowPadding = 10; ///< left and right of the drop actions
+inline constexpr double dropSpacing = 6;     ///< between two of them
 
 /// Of the collapsed notch.
 [[nodiscard]] double cornerRadius(const NotchSettings &settings);
@@ -33,5 +35,12 @@ inline constexpr double dividerWidth = 1;
 /// Widths of the five zones in a panel of `panelWidth` points, from their relative weights. A
 /// weight below 0.3 counts as 0.3, so that no zone vanishes.
 [[nodiscard]] QList<double> zoneWidths(const std::array<double, 5> &weights, double panelWidth);
+
+/// Width of each of `count` drop actions in the panel.
+[[nodiscard]] double dropSlotWidth(int count);
+
+/// The place of the drop action at `x` points from the left edge of the panel; −1 if there is none.
+/// The margin at the left counts for the first one, and each gap for the one on its left.
+[[nodiscard]] int dropSlotAt(double x, int count);
 
 } // namespace velmora::NotchGeometry

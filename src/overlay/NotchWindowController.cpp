@@ -36,6 +36,8 @@ NotchWindowController::NotchWindowController(const std::shared_ptr<Screen> &scre
     connect(&environment.pointer, &Pointer::movedElsewhere, this,
             &NotchWindowController::hoverProbe);
     connect(&environment.screens, &Screens::changed, this, &NotchWindowController::screensChanged);
+    setupDragMonitors();
+    observeDropState();
 }
 
 NotchWindowController::~NotchWindowController()
@@ -47,12 +49,15 @@ void NotchWindowController::setupTracking()
 {
     m_trackingView.onMouseEntered = [this] { mouseEntered(); };
     m_trackingView.onMouseExited = [this] { mouseExited(); };
+    setupDragTracking();
 }
 
 void NotchWindowController::setupWindow(const OverlayContent &content)
 {
     m_window = std::make_unique<NotchWindow>(m_trackingView, [this](const QPointF &position) {
-        return position - frameInWindow().topLeft();
+        // Where the panel is, or will be once it has grown.
+        return position - NotchGeometry::expanded(m_windowBounds, m_settings).topLeft() +
+               m_windowBounds.topLeft();
     });
     m_surface = m_environment.shell.adopt(*m_window, *m_screen.lock(), m_windowBounds);
     updateShape();

@@ -7,6 +7,7 @@
 #include "overlay/NotchWindow.h"
 #include "overlay/TrackingView.h"
 #include "platform/Clock.h"
+#include "platform/FileDrags.h"
 #include "platform/OverlayShell.h"
 #include "platform/Pointer.h"
 
@@ -16,6 +17,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace velmora
 {
@@ -24,6 +26,7 @@ namespace velmora
 struct OverlayEnvironment {
     Clock &clock;
     Pointer &pointer;
+    FileDrags &drags;
     Screens &screens;
     OverlayShell &shell;
 };
@@ -91,6 +94,9 @@ public:
     /// Width of a zone, from 0 at the left to 4, in a panel of this width, in points.
     Q_INVOKABLE [[nodiscard]] double zoneWidth(int zone, double panelWidth) const;
 
+    /// The action of a drag at `x` points from the left edge of the panel.
+    [[nodiscard]] std::optional<DropActionID> actionAt(double x) const;
+
 Q_SIGNALS:
     void frameChanged();
     void menuChanged();
@@ -114,6 +120,19 @@ private:
     void setMenuPart(QRectF &part, const QRectF &frame);
     void updateShape();
     void updateMotion();
+
+    void setupDragTracking();
+    void setupDragMonitors();
+    void observeDropState();
+    [[nodiscard]] DropActionsService &dropService() const;
+    void globalDragBegan(const QList<QUrl> &files);
+    void globalMouseUp();
+    void dragEntered(const QList<QUrl> &files);
+    void dragUpdated(const QPointF &position);
+    void dragExited();
+    void dragPerformed(const QList<QUrl> &given, const QPointF &position);
+    void beginDrag(const QList<QUrl> &files);
+    void endDrag();
     [[nodiscard]] bool isPointerInside() const;
 
     std::weak_ptr<Screen> m_screen;
@@ -122,7 +141,10 @@ private:
     OverlayEnvironment m_environment;
     NotchState m_notchState;
     TrackingView m_trackingView;
-    bool m_pointerOverWindow = false; ///< the window's own last word
+    bool m_pointerOverWindow = false;   ///< the window's own last word
+    bool m_proactivelyExpanded = false; ///< for a drag that has not reached the notch
+    bool m_isDragInside = false;
+    TimerHandle m_dropWait;
     TimerHandle m_collapseWork;
     QRectF m_frame;
     QRectF m_menuFrame;

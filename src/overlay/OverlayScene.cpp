@@ -5,6 +5,7 @@
 #include <QtQml/qqmlextensionplugin.h>
 
 Q_IMPORT_QML_PLUGIN(Velmora_ConfigPlugin)
+Q_IMPORT_QML_PLUGIN(Velmora_DropPlugin)
 Q_IMPORT_QML_PLUGIN(Velmora_MediaPlugin)
 Q_IMPORT_QML_PLUGIN(Velmora_OverlayPlugin)
 Q_IMPORT_QML_PLUGIN(Velmora_ServicesPlugin)

@@ -1,9 +1,8 @@
 #include "overlay/TrackingView.h"
 
-#include <QMimeData>
+#include "platform/FileDrags.h"
 
-#include <algorithm>
-#include <iterator>
+#include <QMimeData>
 
 namespace velmora
 {
@@ -29,11 +28,7 @@ void call(const Callback &callback, const Arguments &...arguments)
 
 QList<QUrl> draggedFileUrls(const QMimeData &data)
 {
-    const QList<QUrl> urls = data.urls();
-    QList<QUrl> files;
-    std::copy_if(urls.begin(), urls.end(), std::back_inserter(files),
-                 [](const QUrl &url) { return url.isLocalFile(); });
-    return files;
+    return localFilesOf(data.data(QStringLiteral("text/uri-list")));
 }
 
 void TrackingView::mouseEntered() const
@@ -48,12 +43,22 @@ void TrackingView::mouseExited() const
 
 bool TrackingView::draggingEntered(const QMimeData &data) const
 {
-    const QList<QUrl> files = draggedFileUrls(data);
+    const QList<QUrl> files = filesOf(data);
     if (files.isEmpty() && !promisesFiles(data)) {
         return false;
     }
     call(onDragEntered, files);
     return true;
+}
+
+/// To read the data waits for the source, and takes its time if there are many files.
+QList<QUrl> TrackingView::filesOf(const QMimeData &data) const
+{
+    QList<QUrl> files;
+    if (draggedFilesProvider) {
+        files = draggedFilesProvider();
+    }
+    return files.isEmpty() ? draggedFileUrls(data) : files;
 }
 
 void TrackingView::draggingUpdated(const QPointF &position) const
@@ -68,11 +73,7 @@ void TrackingView::draggingExited() const
 
 void TrackingView::performDragOperation(const QMimeData &data, const QPointF &position) const
 {
-    QList<QUrl> files = draggedFileUrls(data);
-    if (files.isEmpty() && draggedFilesProvider) {
-        files = draggedFilesProvider();
-    }
-    call(onDragPerformed, files, position);
+    call(onDragPerformed, filesOf(data), position);
 }
 
 } // namespace velmora

@@ -23,6 +23,7 @@ public:
     std::function<void(const QPointF &position)> onDragUpdated;
     std::function<void()> onDragExited;
     std::function<void(const QList<QUrl> &files, const QPointF &position)> onDragPerformed;
+    /// The files of the drag that goes on, if they are known already: the drag is not read then.
     std::function<QList<QUrl>()> draggedFilesProvider;
 
     void mouseEntered() const;
@@ -32,8 +33,10 @@ public:
     [[nodiscard]] bool draggingEntered(const QMimeData &data) const;
     void draggingUpdated(const QPointF &position) const;
     void draggingExited() const;
-    /// Files that are only promised have no address yet: then the provider is asked.
     void performDragOperation(const QMimeData &data, const QPointF &position) const;
+
+private:
+    [[nodiscard]] QList<QUrl> filesOf(const QMimeData &data) const;
 };
 
 /// The local files among the addresses of a drag, in order.

@@ -1,16 +1,23 @@
 #pragma once
 
+#include "platform/Applications.h"
+#include "platform/ChildProcesses.h"
 #include "platform/Clock.h"
+#include "platform/FileActions.h"
+#include "platform/FileDrags.h"
+#include "platform/ImageConverter.h"
 #include "platform/KeyValueStore.h"
 #include "platform/LoginItem.h"
 #include "platform/MediaRemote.h"
 #include "platform/OverlayShell.h"
 #include "platform/Pointer.h"
 #include "platform/Screens.h"
+#include "platform/Sharing.h"
 #include "platform/SoundOutput.h"
 #include "platform/StatusItem.h"
 #include "platform/SystemStatistics.h"
 #include "platform/UserNotifications.h"
+#include "platform/Volumes.h"
 
 #include <QUrl>
 
@@ -26,12 +33,19 @@ struct Platform {
     std::unique_ptr<KeyValueStore> store;
     std::unique_ptr<Screens> screens;
     std::unique_ptr<Pointer> pointer;
+    std::unique_ptr<FileDrags> drags;
     std::unique_ptr<OverlayShell> shell;
     std::unique_ptr<SystemStatistics> statistics;
     std::unique_ptr<SoundOutput> sound;
     std::unique_ptr<MediaRemote> media;
     QUrl coverSearchHost; ///< of the service that knows the covers of songs
     std::unique_ptr<UserNotifications> notifications;
+    std::unique_ptr<FileActions> files;
+    std::unique_ptr<ImageConverter> images;
+    std::unique_ptr<ChildProcesses> processes;
+    std::unique_ptr<Applications> applications;
+    std::unique_ptr<Volumes> volumes;
+    std::unique_ptr<Sharing> sharing;
     std::unique_ptr<LoginItem> loginItem;
     std::unique_ptr<StatusItem> statusItem;
 };

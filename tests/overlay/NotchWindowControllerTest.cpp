@@ -25,7 +25,7 @@ struct Desk {
         : settings(settings)
     {
         controller = std::make_unique<NotchWindowController>(
-            screen, settings, services, OverlayEnvironment{clock, pointer, screens, shell},
+            screen, settings, services, OverlayEnvironment{clock, pointer, drags, screens, shell},
             OverlayContent());
         pointer.position = outside;
     }
@@ -48,6 +48,7 @@ struct Desk {
     VirtualClock &clock = platform.clock;
     FakeScreens &screens = platform.screens;
     FakePointer pointer;
+    FakeFileDrags drags;
     FakeShell shell;
     NotchServices services{platform.roles};
     std::shared_ptr<FakeScreen> screen = screens.add(QRectF(0, 0, 1600, 900));
@@ -79,6 +80,13 @@ private Q_SLOTS:
     void screenGone();
     void closedControllerIsQuiet();
     void fileDrags();
+    void dragOpensThePanel();
+    void dragOverThePanel();
+    void dragEndsElsewhere();
+    void dropWithoutFilesOrAction();
+    void severalScreens();
+    void dropSlots_data();
+    void dropSlots();
 };
 
 void NotchWindowControllerTest::geometry_data()
@@ -420,13 +428,204 @@ void NotchWindowControllerTest::fileDrags()
     }
     QCOMPARE(calls, QStringList());
 
+    // What is known already is not read from the source again.
+    QVERIFY(enter(promised));
     view.draggedFilesProvider = [] {
         return QList<QUrl>{QUrl::fromLocalFile(QStringLiteral("/tmp/kept"))};
     };
-    QVERIFY(enter(promised));
     QVERIFY(drop(promised));
     QCOMPARE(calls, (QStringList{QStringLiteral("entered 0"),
                                  QStringLiteral("performed /tmp/kept at 20")}));
+}
+
+namespace
+{
+
+const QList<QUrl> someFiles{QUrl(QStringLiteral("file:///tmp/a")),
+                            QUrl(QStringLiteral("file:///tmp/b"))};
+
+/// The transient state of a drag is gone.
+bool isReset(const DropActionsService &drop)
+{
+    return !drop.isDragging() && drop.draggedFiles().isEmpty() && !drop.hoveredAction();
+}
+
+} // namespace
+
+void NotchWindowControllerTest::dragOpensThePanel()
+{
+    Desk desk;
+    DropActionsService &drop = *desk.services.dropService();
+    drop.setLastStatus(QStringLiteral("old"));
+    desk.drags.begin(someFiles);
+    QVERIFY(desk.isExpanded());
+    QVERIFY(drop.isDragging());
+    QCOMPARE(drop.draggedFiles(), someFiles);
+    QCOMPARE(drop.lastStatus(), QString());
+    desk.clock.advance(240ms); // and a frame
+    QCOMPARE(desk.frame(), QRectF(400, 0, 800, 110));
+    desk.clock.advance(10s); // it stays as long as the drag goes on
+    QVERIFY(desk.isExpanded());
+
+    // A pending collapse is off once a drag begins.
+    Desk other;
+    other.enter();
+    other.leave();
+    other.clock.advance(200ms);
+    other.drags.begin(someFiles);
+    other.clock.advance(1s);
+    QVERIFY(other.isExpanded());
+
+    // The rest of a very long list comes later.
+    const QList<QUrl> all = someFiles + someFiles;
+    Q_EMIT other.drags.completed(all);
+    QCOMPARE(other.services.dropService()->draggedFiles(), all);
+    Q_EMIT other.drags.released();
+    Q_EMIT other.drags.completed(all);
+    QVERIFY(isReset(*other.services.dropService()));
+}
+
+void NotchWindowControllerTest::dragOverThePanel()
+{
+    Desk desk;
+    DropActionsService &drop = *desk.services.dropService();
+    TrackingView &view = desk.controller->trackingView();
+    desk.platform.drops.calls.clear();
+    QMimeData data;
+    data.setUrls(someFiles);
+    // Without any warning, as under a window system that tells nothing of drags elsewhere.
+    QVERIFY(view.draggingEntered(data));
+    QVERIFY(desk.isExpanded() && drop.isDragging());
+    view.draggingUpdated({300, 5});
+    QCOMPARE(drop.hoveredAction(), std::optional(DropActionID::zip));
+    view.draggingUpdated({300, 100});
+    QCOMPARE(drop.hoveredAction(), std::optional(DropActionID::zip));
+    view.draggingExited();
+    QVERIFY(isReset(drop));
+    desk.clock.advance(300ms);
+    QVERIFY(!desk.isExpanded());
+
+    // Left and come back, and then dropped: the release itself is no end of it.
+    desk.drags.begin(someFiles);
+    QVERIFY(view.draggingEntered(data));
+    view.draggingExited();
+    desk.clock.advance(100ms);
+    QVERIFY(view.draggingEntered(data));
+    desk.clock.advance(1s);
+    QVERIFY(desk.isExpanded());
+    view.draggingUpdated({300, 5});
+    Q_EMIT desk.drags.released();
+    QVERIFY(drop.isDragging());
+    view.performDragOperation(data, {300, 5});
+    QVERIFY(isReset(drop));
+    desk.platform.drops.settle();
+    QVERIFY(!desk.platform.drops.calls.isEmpty());
+    desk.pointer.position = outside;
+    desk.clock.advance(300ms);
+    QVERIFY(!desk.isExpanded());
+}
+
+void NotchWindowControllerTest::dragEndsElsewhere()
+{
+    Desk desk;
+    DropActionsService &drop = *desk.services.dropService();
+    Q_EMIT desk.drags.released(); // of an ordinary press
+    desk.drags.begin(someFiles);
+    Q_EMIT desk.drags.released();
+    QVERIFY(isReset(drop));
+    desk.clock.advance(299ms);
+    QVERIFY(desk.isExpanded());
+    desk.clock.advance(1ms);
+    QVERIFY(!desk.isExpanded());
+
+    // With the pointer inside, the guard keeps it open.
+    desk.drags.begin(someFiles);
+    desk.pointer.position = insidePanel;
+    desk.clock.advance(220ms);
+    Q_EMIT desk.drags.released();
+    desk.clock.advance(1s);
+    QVERIFY(desk.isExpanded());
+
+    // A source that dies between release and drop does not keep the overlay for ever.
+    desk.drags.begin(someFiles);
+    QMimeData data;
+    data.setUrls(someFiles);
+    QVERIFY(desk.controller->trackingView().draggingEntered(data));
+    Q_EMIT desk.drags.released();
+    desk.clock.advance(10s);
+    QVERIFY(isReset(drop));
+}
+
+void NotchWindowControllerTest::dropWithoutFilesOrAction()
+{
+    Desk desk;
+    DropActionsService &drop = *desk.services.dropService();
+    TrackingView &view = desk.controller->trackingView();
+    desk.platform.drops.calls.clear();
+    QMimeData promised;
+    promised.setData(QStringLiteral("XdndDirectSave0"), "a.txt");
+    QVERIFY(view.draggingEntered(promised));
+    view.performDragOperation(promised, {300, 5});
+    QVERIFY(isReset(drop));
+
+    QMimeData data;
+    data.setUrls(someFiles);
+    // Beyond the last one, what was hovered last counts.
+    QVERIFY(view.draggingEntered(data));
+    view.draggingUpdated({799, 5});
+    QVERIFY(!drop.hoveredAction());
+    view.performDragOperation(data, {799, 5});
+    drop.setEnabledActions({});
+    QVERIFY(view.draggingEntered(data));
+    view.performDragOperation(data, {300, 5});
+    desk.platform.drops.settle();
+    QVERIFY(desk.platform.drops.calls.isEmpty());
+    QVERIFY(isReset(drop));
+    desk.clock.advance(1s);
+    QVERIFY(!desk.isExpanded());
+}
+
+void NotchWindowControllerTest::severalScreens()
+{
+    Desk desk;
+    const auto second = desk.screens.add(QRectF(1600, 0, 1600, 900));
+    NotchWindowController other(
+        second, desk.settings, desk.services,
+        OverlayEnvironment{desk.clock, desk.pointer, desk.drags, desk.screens, desk.shell}, {});
+    desk.drags.begin(someFiles);
+    QVERIFY(desk.isExpanded());
+    QVERIFY(!other.notchState()->isExpanded()); // one of them is enough
+    QMimeData data;
+    data.setUrls(someFiles);
+    QVERIFY(other.trackingView().draggingEntered(data));
+    QVERIFY(other.notchState()->isExpanded());
+    other.trackingView().performDragOperation(data, {100, 5});
+    desk.clock.advance(300ms);
+    QVERIFY(!desk.isExpanded() && !other.notchState()->isExpanded());
+}
+
+void NotchWindowControllerTest::dropSlots_data()
+{
+    QTest::addColumn<double>("x");
+    QTest::addColumn<int>("count");
+    QTest::addColumn<int>("slot");
+    const struct {
+        double x;
+        int count;
+        int slot;
+    } rows[] = {{10, 0, -1},   {0, 3, 0},   {9, 3, 0},     {10, 3, 0},   {271, 3, 0}, {272, 3, 1},
+                {533, 3, 1},   {534, 3, 2}, {795, 3, 2},   {796, 3, -1}, {795, 1, 0}, {796, 1, -1},
+                {-252, 3, -1}, {0, 11, 0},  {795, 11, 10}, {796, 11, -1}};
+    for (const auto &row : rows) {
+        QTest::addRow("%g of %d", row.x, row.count) << row.x << row.count << row.slot;
+    }
+}
+
+void NotchWindowControllerTest::dropSlots()
+{
+    QFETCH(double, x);
+    QFETCH(int, count);
+    QTEST(NotchGeometry::dropSlotAt(x, count), "slot");
 }
 
 QTEST_MAIN(NotchWindowControllerTest)

@@ -69,7 +69,7 @@ struct Scene {
     {
         auto controller = std::make_unique<NotchWindowController>(
             screens.all().front(), settings, services,
-            OverlayEnvironment{clock, pointer, screens, shell},
+            OverlayEnvironment{clock, pointer, drags, screens, shell},
             [this](NotchWindow &filled, NotchWindowController &owner) {
                 window = &filled;
                 scene.populate(filled, owner);
@@ -104,6 +104,7 @@ struct Scene {
     VirtualClock &clock = platform.clock;
     FakeScreens &screens = platform.screens;
     FakePointer pointer;
+    FakeFileDrags drags;
     ShowingShell shell;
     NotchServices services{platform.roles};
     StatusMenu menu{clock};
@@ -143,6 +144,7 @@ private Q_SLOTS:
     void stripStaysInTheNotch_data();
     void stripStaysInTheNotch();
     void stripChangesWhatItShows();
+    void dropButtonsAgreeWithTheHitTest();
 
 private:
     std::optional<QmlWarnings> m_warnings;
@@ -354,6 +356,46 @@ void OverlaySceneTest::stripChangesWhatItShows()
     scene.platform.sound.reported = 80; // somebody else turns it up
     scene.clock.advance(2s);
     QCOMPARE(slider->property("value").toFloat(), 0.8F);
+}
+
+void OverlaySceneTest::dropButtonsAgreeWithTheHitTest()
+{
+    Scene scene;
+    const auto overlay = scene.overlay({});
+    DropActionsService &drop = *scene.services.dropService();
+    const std::vector<DropActionID> all(allDropActions().begin(), allDropActions().end());
+    for (const size_t count : {1U, 3U, 11U, 0U}) {
+        drop.setEnabledActions({all.begin(), all.begin() + long(count)});
+        scene.drags.begin({QUrl(QStringLiteral("file:///a")), QUrl(QStringLiteral("file:///b"))});
+        scene.clock.advance(300ms);
+        const auto buttons = scene.items("DropActionButton");
+        QCOMPARE(buttons.size(), qsizetype(count));
+        const double left = scene.items("DropActionsOverlay").front()->mapToScene({0, 0}).x();
+        for (double x = 10; x < 790; x += 1) {
+            // In the gap behind a button that one is meant, and in a button itself.
+            const QQuickItem *meant = nullptr;
+            for (const QQuickItem *button : buttons) {
+                if (button->x() + 10 <= x) {
+                    meant = button;
+                }
+            }
+            overlay->trackingView().draggingUpdated({x, 50});
+            QCOMPARE(drop.hoveredAction().has_value(), meant != nullptr);
+            for (const QQuickItem *button : buttons) {
+                QCOMPARE(button->property("isHovered").toBool(), button == meant);
+            }
+        }
+        const auto texts = scene.items("NotchText");
+        QCOMPARE(texts.back()->property("text").toString(),
+                 QStringLiteral("Drop 2 file(s) on an action"));
+        // All of it within the panel.
+        for (const QQuickItem *text : texts) {
+            const QRectF place = text->mapRectToScene(text->boundingRect());
+            QVERIFY(place.left() >= left && place.right() <= left + 800 && place.bottom() <= 110);
+        }
+        Q_EMIT scene.drags.released();
+        QTRY_VERIFY(scene.items("DropActionsOverlay").isEmpty());
+    }
 }
 
 QTEST_MAIN(OverlaySceneTest)

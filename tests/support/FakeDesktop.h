@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/FileDrags.h"
 #include "platform/OverlayShell.h"
 #include "platform/Pointer.h"
 
@@ -23,6 +24,21 @@ public:
     {
         position = location;
         Q_EMIT movedElsewhere(location);
+    }
+};
+
+/// Drags files through other programs.
+class FakeFileDrags final : public FileDrags
+{
+public:
+    QList<QUrl> known;
+
+    [[nodiscard]] QList<QUrl> files() const override { return known; }
+
+    void begin(const QList<QUrl> &files)
+    {
+        known = files;
+        Q_EMIT began(files);
     }
 };
 

@@ -4,6 +4,7 @@
 #include "platform/ChildProcesses.h"
 #include "platform/ImageConverter.h"
 #include "platform/LocalPath.h"
+#include "platform/Platform.h"
 #include "platform/Sharing.h"
 #include "platform/Volumes.h"
 
@@ -11,6 +12,7 @@
 #include <QStringList>
 
 #include <deque>
+#include <memory>
 #include <utility>
 
 namespace velmora
@@ -35,6 +37,17 @@ public:
     [[nodiscard]] DropRoles roles()
     {
         return {m_files, m_images, m_processes, m_applications, m_volumes, m_sharing};
+    }
+
+    /// Makes roles of a platform that has to be gone before this is.
+    void install(Platform &platform)
+    {
+        platform.files = std::make_unique<Files>(*this);
+        platform.images = std::make_unique<Images>(*this);
+        platform.processes = std::make_unique<Processes>(*this);
+        platform.applications = std::make_unique<Apps>(*this);
+        platform.volumes = std::make_unique<Disks>(*this);
+        platform.sharing = std::make_unique<Share>(*this);
     }
 
     /// Lets all answers come, and what follows from them.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Platform.h"
+#include "support/FakeDropRoles.h"
 #include "support/FakeMediaRemote.h"
 #include "support/FakeNotifications.h"
 #include "support/FakeScreens.h"
@@ -14,6 +15,7 @@ namespace velmora
 
 /// A machine of doubles, as far as logic without windows asks for one.
 struct FakePlatform {
+    FakeDropRoles drops; ///< has to outlive the roles, which it answers for
     Platform roles;
     VirtualClock &clock = put(roles.clock, std::make_unique<VirtualClock>());
     MemoryStore &store = put(roles.store, std::make_unique<MemoryStore>());
@@ -23,6 +25,8 @@ struct FakePlatform {
     FakeMediaRemote &media = put(roles.media, std::make_unique<FakeMediaRemote>());
     FakeNotifications &notifications =
         put(roles.notifications, std::make_unique<FakeNotifications>());
+
+    FakePlatform() { drops.install(roles); }
 
 private:
     template<typename Role, typename Double>

@@ -12,6 +12,7 @@
 #include <optional>
 
 Q_IMPORT_QML_PLUGIN(Velmora_ConfigPlugin)
+Q_IMPORT_QML_PLUGIN(Velmora_DropPlugin)
 Q_IMPORT_QML_PLUGIN(Velmora_MediaPlugin)
 Q_IMPORT_QML_PLUGIN(Velmora_ServicesPlugin)
 Q_IMPORT_QML_PLUGIN(Velmora_StylePlugin)

@@ -4,6 +4,7 @@
 #include "platform/linux/wayland/WaylandPointer.h"
 #include "platform/linux/windowing/LinuxScreens.h"
 #include "platform/linux/windowing/PlainOverlayShell.h"
+#include "platform/linux/x11/X11FileDrags.h"
 #include "platform/linux/x11/X11OverlayShell.h"
 #include "platform/linux/x11/X11Pointer.h"
 
@@ -16,12 +17,15 @@ Windowing makeWindowing()
 {
     Windowing windowing;
     windowing.screens = std::make_unique<LinuxScreens>();
+    windowing.drags = std::make_unique<FileDrags>();
 
     const QString platform = QGuiApplication::platformName();
     if (platform == u"xcb") {
         const auto connection = X11Connection::open();
         windowing.pointer = std::make_unique<X11Pointer>(connection);
         windowing.shell = std::make_unique<X11OverlayShell>(connection);
+        if (connection)
+            windowing.drags = std::make_unique<X11FileDrags>(connection);
         return windowing;
     }
 

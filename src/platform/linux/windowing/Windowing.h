@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/FileDrags.h"
 #include "platform/OverlayShell.h"
 #include "platform/Pointer.h"
 #include "platform/Screens.h"
@@ -16,6 +17,7 @@ namespace velmora
 struct Windowing {
     std::unique_ptr<Screens> screens;
     std::unique_ptr<Pointer> pointer;
+    std::unique_ptr<FileDrags> drags;
     std::unique_ptr<OverlayShell> shell;
 };
 

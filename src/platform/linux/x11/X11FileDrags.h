@@ -1,0 +1,42 @@
+#pragma once
+
+#include "platform/FileDrags.h"
+#include "platform/linux/x11/SelectionReader.h"
+#include "platform/linux/x11/X11Connection.h"
+
+#include <memory>
+
+namespace velmora
+{
+
+/// A drag announces itself by taking the drag selection. Its list of files is read at once, with
+/// the time stamp of that, and once: later on, sources of some toolkits do not answer others any
+/// more. The release of the button is told in spite of the source's grab; X11Pointer has asked for
+/// that on the same connection.
+class X11FileDrags final : public FileDrags
+{
+    Q_OBJECT
+
+public:
+    explicit X11FileDrags(std::shared_ptr<X11Connection> connection);
+    ~X11FileDrags() override;
+    Q_DISABLE_COPY_MOVE(X11FileDrags)
+
+    [[nodiscard]] QList<QUrl> files() const override { return m_files; }
+
+private:
+    void handleEvent(const xcb_generic_event_t *event);
+    void take(const QByteArray &uriList);
+    void takeAll(int drag, const QList<QUrl> &files);
+
+    std::shared_ptr<X11Connection> m_connection;
+    SelectionReader m_reader;
+    xcb_atom_t m_selection;
+    xcb_atom_t m_uriList;
+    std::uint8_t m_selectionEvent = 0; ///< 0 if the server does not tell of owners
+    std::uint8_t m_inputOpcode = 0;
+    int m_drag = 0; ///< counts them
+    QList<QUrl> m_files;
+};
+
+} // namespace velmora
