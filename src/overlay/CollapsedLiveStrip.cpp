@@ -27,6 +27,11 @@ void CollapsedLiveStrip::componentComplete()
                               &PomodoroService::secondsRemainingChanged}) {
         connect(m_services->pomodoroService(), signal, this, &CollapsedLiveStrip::updateSlides);
     }
+    connect(m_services->dropService(), &DropActionsService::lastStatusChanged, this, [this] {
+        if (const QString status = m_services->dropService()->lastStatus(); !status.isEmpty()) {
+            showNotice(status);
+        }
+    });
     updateSlides();
 }
 

@@ -54,17 +54,20 @@ void NotchWindowController::setupTracking()
 
 void NotchWindowController::setupWindow(const OverlayContent &content)
 {
-    m_window = std::make_unique<NotchWindow>(m_trackingView, [this](const QPointF &position) {
-        // Where the panel is, or will be once it has grown.
-        return position - NotchGeometry::expanded(m_windowBounds, m_settings).topLeft() +
-               m_windowBounds.topLeft();
-    });
+    m_window = std::make_unique<NotchWindow>(
+        m_trackingView, [this](const QPointF &position) { return position - panelOrigin(); });
     m_surface = m_environment.shell.adopt(*m_window, *m_screen.lock(), m_windowBounds);
     updateShape();
     updateMotion();
     if (content) {
         content(*m_window, *this);
     }
+}
+
+/// Where the panel begins in the window, or will begin once it has grown.
+QPointF NotchWindowController::panelOrigin() const
+{
+    return NotchGeometry::expanded(m_windowBounds, m_settings).topLeft() - m_windowBounds.topLeft();
 }
 
 void NotchWindowController::showWindow()

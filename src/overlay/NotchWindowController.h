@@ -53,6 +53,9 @@ class NotchWindowController : public QObject, public OverlayController
     Q_PROPERTY(QRectF menuFrame READ menuFrame WRITE setMenuFrame NOTIFY menuChanged FINAL)
     /// Likewise its open submenu.
     Q_PROPERTY(QRectF submenuFrame READ submenuFrame WRITE setSubmenuFrame NOTIFY menuChanged FINAL)
+    /// Whether the last drop was on this notch, and where: in window coordinates.
+    Q_PROPERTY(bool wasDroppedHere READ wasDroppedHere NOTIFY dropped FINAL)
+    Q_PROPERTY(QPointF dropPosition READ dropPosition NOTIFY dropped FINAL)
     Q_PROPERTY(double cornerRadius READ cornerRadius CONSTANT FINAL)
     Q_PROPERTY(double expandedTopPadding READ expandedTopPadding CONSTANT FINAL)
     /// The widgets of the zones, by their stored names.
@@ -83,6 +86,9 @@ public:
     [[nodiscard]] QRectF submenuFrame() const { return m_submenuFrame; }
     void setSubmenuFrame(const QRectF &frame);
 
+    [[nodiscard]] bool wasDroppedHere() const { return m_dropPosition.has_value(); }
+    [[nodiscard]] QPointF dropPosition() const { return m_dropPosition.value_or(QPointF()); }
+
     [[nodiscard]] double cornerRadius() const;
     [[nodiscard]] double expandedTopPadding() const { return m_settings.expandedTopPadding; }
     [[nodiscard]] QString farLeftWidget() const { return rawValue(m_settings.widgets[0]); }
@@ -100,12 +106,14 @@ public:
 Q_SIGNALS:
     void frameChanged();
     void menuChanged();
+    void dropped();
 
 private:
     using Milliseconds = std::chrono::milliseconds;
 
     void setupWindow(const OverlayContent &content);
     void setupTracking();
+    [[nodiscard]] QPointF panelOrigin() const;
     void mouseEntered();
     void mouseExited();
     void hoverProbe(const QPointF &location);
@@ -133,6 +141,7 @@ private:
     void dragPerformed(const QList<QUrl> &given, const QPointF &position);
     void beginDrag(const QList<QUrl> &files);
     void endDrag();
+    void setDropPosition(const std::optional<QPointF> &position);
     [[nodiscard]] bool isPointerInside() const;
 
     std::weak_ptr<Screen> m_screen;
@@ -144,6 +153,7 @@ private:
     bool m_pointerOverWindow = false;   ///< the window's own last word
     bool m_proactivelyExpanded = false; ///< for a drag that has not reached the notch
     bool m_isDragInside = false;
+    std::optional<QPointF> m_dropPosition; ///< of the last drop, if it was here
     TimerHandle m_dropWait;
     TimerHandle m_collapseWork;
     QRectF m_frame;

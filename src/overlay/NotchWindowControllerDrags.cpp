@@ -44,7 +44,9 @@ void NotchWindowController::setupDragMonitors()
 void NotchWindowController::observeDropState()
 {
     connect(&dropService(), &DropActionsService::isDraggingChanged, this, [this] {
-        if (m_window && !dropService().isDragging()) {
+        if (dropService().isDragging()) {
+            setDropPosition(std::nullopt);
+        } else if (m_window) {
             m_proactivelyExpanded = false;
             m_dropWait.reset();
             scheduleCollapse();
@@ -128,6 +130,7 @@ void NotchWindowController::dragPerformed(const QList<QUrl> &given, const QPoint
     if (!action) {
         action = drop.hoveredAction();
     }
+    setDropPosition(position + panelOrigin());
     if (action) {
         qCInfo(lcWindowController, "executing action: %s on %lld file(s)",
                qUtf8Printable(rawValue(*action)), static_cast<long long>(files.size()));
@@ -161,6 +164,12 @@ void NotchWindowController::endDrag()
     if (m_window) {
         scheduleCollapse();
     }
+}
+
+void NotchWindowController::setDropPosition(const std::optional<QPointF> &position)
+{
+    m_dropPosition = position;
+    Q_EMIT dropped();
 }
 
 std::optional<DropActionID> NotchWindowController::actionAt(double x) const

@@ -18,6 +18,7 @@ struct StatusMenuEntry {
     Q_GADGET
     QML_VALUE_TYPE(statusMenuEntry)
     Q_PROPERTY(QString title MEMBER title)
+    Q_PROPERTY(QString iconName MEMBER iconName) ///< as ThemeIcon has it; empty: none
     Q_PROPERTY(QString keyEquivalent MEMBER keyEquivalent)
     Q_PROPERTY(bool isSeparator MEMBER isSeparator)
     Q_PROPERTY(bool isChecked MEMBER isChecked)
@@ -26,6 +27,7 @@ struct StatusMenuEntry {
 
 public:
     QString title;
+    QString iconName;
     QString keyEquivalent;
     bool isSeparator = false;
     bool isChecked = false;

@@ -39,6 +39,15 @@ Item {
         radius: 5
         visible: row.highlighted && !row.entry.isSeparator
     }
+    ThemeIcon {
+        anchors.left: parent.left
+        anchors.leftMargin: 6
+        anchors.verticalCenter: parent.verticalCenter
+        height: 16
+        name: row.entry.iconName
+        visible: name !== ""
+        width: 16
+    }
     Symbol {
         anchors.left: parent.left
         anchors.leftMargin: 7

@@ -170,6 +170,19 @@ void CollapsedLiveStripTest::volumeAndNotices()
     QVERIFY(strip->hasNotice());
     desk.clock.advance(100ms);
     QVERIFY(!strip->hasNotice());
+
+    // What has become of dropped files: the last word stays, and the beginning of a drag hides
+    // none.
+    DropActionsService &drop = *desk.services.dropService();
+    drop.setLastStatus(QStringLiteral("Done"));
+    drop.setLastStatus(QStringLiteral("Summary"));
+    drop.setLastStatus(QString());
+    QCOMPARE(strip->noticeText(), QStringLiteral("Summary"));
+    drop.setLastStatus(QStringLiteral("Summary")); // again: three more seconds
+    desk.clock.advance(2s);
+    drop.setLastStatus(QStringLiteral("Summary"));
+    desk.clock.advance(2s);
+    QVERIFY(strip->hasNotice());
 }
 
 void CollapsedLiveStripTest::screens()
