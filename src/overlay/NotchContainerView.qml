@@ -99,21 +99,13 @@ Item {
             (menuLoader.item as StatusMenuView).openAt(eventPoint.position);
         }
     }
-    // Likewise: built when files are dropped on "Open With".
     Loader {
-        id: openWithLoader
-
-        readonly property bool isAsked: root.controller.services.dropService.openWithMenu.isOpen && root.controller.wasDroppedHere
-
+        active: root.controller.services.dropService.openWithMenu.isOpen && root.controller.wasDroppedHere
         anchors.fill: parent
 
-        onIsAskedChanged: {
-            if (isAsked && status !== Loader.Ready) {
-                setSource("OpenWithMenuView.qml", {
-                    "controller": root.controller
-                });
-            }
-        }
+        Component.onCompleted: setSource("OpenWithMenuView.qml", {
+            "controller": root.controller
+        })
     }
     // Most people never ask for it here: it is built when somebody does.
     Loader {

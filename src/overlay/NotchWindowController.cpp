@@ -239,8 +239,11 @@ void NotchWindowController::setMenuPart(QRectF &part, const QRectF &frame)
         return;
     }
     part = frame;
-    updateShape();
-    updateMotion();
+    // Views may still have their say while the window is taken down.
+    if (m_surface) {
+        updateShape();
+        updateMotion();
+    }
     Q_EMIT menuChanged();
 }
 

@@ -6,25 +6,16 @@ namespace velmora
 void OpenWithEntries::setMenu(OpenWithMenu *menu)
 {
     m_menu = menu;
-    connect(menu, &OpenWithMenu::changed, this, &OpenWithEntries::changed);
-    Q_EMIT changed();
-}
-
-QList<StatusMenuEntry> OpenWithEntries::entries() const
-{
-    QList<StatusMenuEntry> entries;
-    if (!m_menu) {
-        return entries;
-    }
-    const QStringList titles = m_menu->titles();
-    const QStringList icons = m_menu->iconNames();
+    m_entries.clear();
+    const QStringList titles = menu->titles();
+    const QStringList icons = menu->iconNames();
     for (qsizetype i = 0; i < titles.size(); ++i) {
         StatusMenuEntry entry;
         entry.title = titles.at(i);
         entry.iconName = icons.value(i);
-        entries << entry;
+        m_entries << entry;
     }
-    return entries;
+    Q_EMIT entriesChanged();
 }
 
 } // namespace velmora

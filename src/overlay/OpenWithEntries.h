@@ -10,26 +10,28 @@
 namespace velmora
 {
 
-/// The choice of an application as lines of a menu in the scene.
+/// The choice of an application as lines of a menu in the scene. They are those of the moment when
+/// it was made: a view of them lasts as long as the menu is open.
 class OpenWithEntries : public QObject
 {
     Q_OBJECT
     QML_ELEMENT
-    Q_PROPERTY(velmora::OpenWithMenu *menu READ menu WRITE setMenu NOTIFY changed REQUIRED FINAL)
-    Q_PROPERTY(QList<velmora::StatusMenuEntry> entries READ entries NOTIFY changed FINAL)
+    Q_PROPERTY(velmora::OpenWithMenu *menu READ menu WRITE setMenu REQUIRED FINAL)
+    Q_PROPERTY(QList<velmora::StatusMenuEntry> entries READ entries NOTIFY entriesChanged FINAL)
 
 public:
     using QObject::QObject;
 
     [[nodiscard]] OpenWithMenu *menu() const { return m_menu; }
     void setMenu(OpenWithMenu *menu);
-    [[nodiscard]] QList<StatusMenuEntry> entries() const;
+    [[nodiscard]] QList<StatusMenuEntry> entries() const { return m_entries; }
 
 Q_SIGNALS:
-    void changed();
+    void entriesChanged();
 
 private:
     OpenWithMenu *m_menu = nullptr; ///< lives as long as the program
+    QList<StatusMenuEntry> m_entries;
 };
 
 } // namespace velmora

@@ -10,26 +10,19 @@ Item {
     required property NotchWindowController controller
 
     readonly property OpenWithMenu menu: controller.services.dropService.openWithMenu
-    readonly property bool isOpen: menu.isOpen && controller.wasDroppedHere
 
     anchors.fill: parent
-    visible: isOpen
 
     Component.onDestruction: {
-        if (isOpen) {
-            menu.dismiss();
-        }
-    }
-    onIsOpenChanged: {
-        if (isOpen) {
-            card.x = Math.max(0, Math.min(controller.dropPosition.x - 20, width - card.width));
-            card.y = Math.max(0, Math.min(controller.dropPosition.y - 10, height - card.height));
-            view.controller.menuFrame = Qt.rect(card.x, card.y, card.width, card.height);
-        } else {
-            view.controller.menuFrame = Qt.rect(0, 0, 0, 0);
-        }
+        controller.menuFrame = Qt.rect(0, 0, 0, 0);
+        menu.dismiss(); // whoever waits for a choice is not to wait for ever
     }
 
+    Binding {
+        property: "menuFrame"
+        target: view.controller
+        value: Qt.rect(card.x, card.y, card.width, card.height)
+    }
     OpenWithEntries {
         id: applications
 
@@ -37,9 +30,7 @@ Item {
     }
     Connections {
         function onIsExpandedChanged() {
-            if (view.isOpen) {
-                view.menu.dismiss();
-            }
+            view.menu.dismiss();
         }
 
         target: view.controller.notchState
@@ -55,7 +46,9 @@ Item {
 
         entries: applications.entries
         maximumHeight: view.height
-        width: 210
+        width: 240
+        x: Math.max(0, Math.min(view.controller.dropPosition.x - 20, view.width - width))
+        y: Math.max(0, Math.min(view.controller.dropPosition.y - 10, view.height - height))
 
         onChosen: index => view.menu.openWithApp(index)
     }

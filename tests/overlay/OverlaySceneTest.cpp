@@ -6,6 +6,7 @@
 #include "support/QmlItems.h"
 #include "support/QmlWarnings.h"
 
+#include <QMimeData>
 #include <QQuickItem>
 #include <QSignalSpy>
 #include <QTest>
@@ -145,6 +146,7 @@ private Q_SLOTS:
     void stripStaysInTheNotch();
     void stripChangesWhatItShows();
     void dropButtonsAgreeWithTheHitTest();
+    void openWithMenuAtTheDrop();
 
 private:
     std::optional<QmlWarnings> m_warnings;
@@ -396,6 +398,50 @@ void OverlaySceneTest::dropButtonsAgreeWithTheHitTest()
         Q_EMIT scene.drags.released();
         QTRY_VERIFY(scene.items("DropActionsOverlay").isEmpty());
     }
+}
+
+void OverlaySceneTest::openWithMenuAtTheDrop()
+{
+    Scene scene;
+    FakeDropRoles &roles = scene.platform.drops;
+    for (const char *name : {"One", "Two"}) {
+        Application application;
+        application.name = QString::fromLatin1(name);
+        roles.applications << application;
+    }
+    DropActionsService &drop = *scene.services.dropService();
+    drop.setEnabledActions({DropActionID::openWith});
+    const auto overlay = scene.overlay({});
+    QMimeData data;
+    data.setUrls({QUrl(QStringLiteral("file:///tmp/a"))});
+    const auto dropFile = [&] {
+        QVERIFY(overlay->trackingView().draggingEntered(data));
+        scene.clock.advance(300ms);
+        scene.pointer.position = scene.window->position() + QPointF(400, 60);
+        overlay->trackingView().performDragOperation(data, {400, 60});
+        roles.settle();
+        QTRY_COMPARE(scene.items("StatusMenuRow").size(), 2);
+    };
+    dropFile();
+    QTRY_VERIFY(overlay->menuFrame().contains(400, 60) && overlay->menuFrame().height() > 50);
+    scene.clock.advance(1s);
+    QVERIFY(overlay->notchState()->isExpanded());
+    roles.calls.clear();
+    QTest::mouseClick(scene.window, Qt::LeftButton, {},
+                      scene.items("StatusMenuRow").back()->mapToScene({20, 10}).toPoint());
+    QVERIFY(!drop.openWithMenu()->isOpen());
+    QCOMPARE(overlay->menuFrame(), QRectF());
+    QCOMPARE(roles.calls.filter(QStringLiteral("Two")).size(), 1);
+
+    // It goes with the panel, and with the overlay.
+    dropFile();
+    scene.pointer.position = QPointF(0, 0);
+    overlay->trackingView().mouseExited();
+    scene.clock.advance(400ms);
+    QVERIFY(!drop.openWithMenu()->isOpen());
+    dropFile();
+    overlay->close();
+    QVERIFY(!drop.openWithMenu()->isOpen());
 }
 
 QTEST_MAIN(OverlaySceneTest)
