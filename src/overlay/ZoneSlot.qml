@@ -27,6 +27,13 @@ Loader {
                 "service": services.mediaService
             });
             break;
+        case "dropActions":
+            setSource("../Widgets/DropActionsWidgetView.qml", {
+                "service": services.dropService,
+                "minimumColumnWidth": 28,
+                "columnSpacing": 6
+            });
+            break;
         case "systemMonitor":
             setSource("../Widgets/SystemMonitorWidgetView.qml", {
                 "monitor": services.systemMonitor

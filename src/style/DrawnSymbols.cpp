@@ -212,7 +212,24 @@ QPainterPath arrowCounterclockwise()
     return arc({12, 13}, 8, 84, -300, 2.3) + polygon({{13.2, 0.6}, {13.2, 9.4}, {7.4, 5}});
 }
 
-constexpr std::array<DrawnSymbol, 21> symbols{{
+// The font has the box filled only.
+QPainterPath archiveBox()
+{
+    const QPainterPath lid = box({2.4, 3, 19.2, 5.8}, 1.4) - box({4.1, 4.7, 15.8, 2.4}, 0.4);
+    const QPainterPath body = box({3.8, 7.1, 16.4, 14}, 1.8) - box({5.5, 8.8, 13, 10.6}, 0.6);
+    return lid + body + segment({9.6, 12.4}, {14.4, 12.4}, 1.7);
+}
+
+// And these two sheets in outline only.
+QPainterPath docOnDocFill()
+{
+    const QPainterPath room = box({6.8, 4.8, 16, 19}, 3);
+    return (box({2.6, 1.6, 13, 16.4}, 2) - room) + box({8.2, 6.2, 13, 16.4}, 2);
+}
+
+constexpr std::array<DrawnSymbol, 23> symbols{{
+    {"archivebox", archiveBox},
+    {"doc.on.doc.fill", docOnDocFill},
     {"arrow.counterclockwise", arrowCounterclockwise},
     {"checkmark", checkmark},
     {"chevron.right", chevronRight},

@@ -22,9 +22,8 @@ struct FontSymbol {
 constexpr double boxSize = 24;
 
 // Characters of the Material Design Icons font.
-constexpr std::array<FontSymbol, 59> fontSymbols{{
+constexpr std::array<FontSymbol, 57> fontSymbols{{
     {"airplayaudio", 0xF01F},
-    {"archivebox", 0xF03C},
     {"archivebox.fill", 0xF03C},
     {"arrow.down", 0xF045},
     {"arrow.down.to.line", 0xF1DA},
@@ -54,7 +53,6 @@ constexpr std::array<FontSymbol, 59> fontSymbols{{
     {"cloud.sun.fill", 0xF595},
     {"computermouse.fill", 0xF37D},
     {"cup.and.saucer.fill", 0xF176},
-    {"doc.on.doc.fill", 0xF18F},
     {"eject.fill", 0xF1EA},
     {"forward.end.fill", 0xF4AD},
     {"forward.fill", 0xF211},

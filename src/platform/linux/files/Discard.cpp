@@ -2,7 +2,6 @@
 #include "platform/linux/files/TreeCopy.h"
 
 #include <fcntl.h>
-#include <ranges>
 #include <sys/stat.h>
 
 namespace velmora
@@ -56,8 +55,8 @@ void discard(int parent, const QByteArray &name)
     } catch (const FileFailure &) {
         // What can be removed is.
     }
-    for (const QByteArray &folder : folders | std::views::reverse) {
-        unlinkat(parent, folder.constData(), AT_REMOVEDIR);
+    for (auto folder = folders.crbegin(); folder != folders.crend(); ++folder) {
+        unlinkat(parent, folder->constData(), AT_REMOVEDIR);
     }
 }
 

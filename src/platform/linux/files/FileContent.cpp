@@ -14,9 +14,9 @@ namespace velmora
 namespace
 {
 
-constexpr std::size_t bufferSize = 256 * 1024;
-constexpr off_t kernelChunk = 16 * 1024 * 1024; // between two looks at the flag
-constexpr off_t smallSize = 64 * 1024;          // below it a read and a write are quicker
+constexpr std::size_t bufferSize = std::size_t{256} * 1024;
+constexpr off_t kernelChunk = off_t{16} * 1024 * 1024; // between two looks at the flag
+constexpr off_t smallSize = off_t{64} * 1024;          // below it a read and a write are quicker
 constexpr off_t toTheEnd = std::numeric_limits<off_t>::max();
 
 /// Not a fault of the file: this pair of files has to be copied another way.

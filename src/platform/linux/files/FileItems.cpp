@@ -150,7 +150,7 @@ QByteArray freePath(const QByteArray &wanted, NameRule rule)
     const QByteArray folder = parentFolder(wanted);
     const QByteArray prefix = folder == "/" ? folder : folder + '/';
     for (int attempt = 0;; ++attempt) {
-        const QByteArray path = prefix + rule(fileName(wanted), attempt);
+        QByteArray path = prefix + rule(fileName(wanted), attempt);
         struct stat info = {};
         if (lstat(path.constData(), &info) != 0) {
             return path; // an error that is more than absence comes up again when it is written

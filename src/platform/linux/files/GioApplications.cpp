@@ -2,6 +2,7 @@
 
 #include "platform/LocalPath.h"
 #include "platform/linux/files/ApplicationRoles.h"
+#include "platform/linux/files/LocalFile.h"
 
 #include <QLoggingCategory>
 
@@ -46,7 +47,7 @@ Application describe(GAppInfo *info)
 /// Looked up by content where the name does not tell. Empty for a file that cannot be read.
 QByteArray contentType(const QByteArray &path)
 {
-    const GObjectPointer<GFile> file(g_vfs_get_file_for_path(g_vfs_get_local(), path.constData()));
+    const auto file = localFile(path);
     const GObjectPointer<GFileInfo> info(
         g_file_query_info(file.get(), G_FILE_ATTRIBUTE_STANDARD_CONTENT_TYPE,
                           G_FILE_QUERY_INFO_NONE, nullptr, nullptr));
@@ -101,6 +102,7 @@ GioApplications::GioApplications(std::vector<QByteArray> ownVariables)
     : m_ownVariables(std::move(ownVariables))
     , m_worker(1)
 {
+    localFiles();
 }
 
 void GioApplications::open(const QUrl &url)
@@ -178,9 +180,10 @@ void GioApplications::launch(GAppInfo *application, const QList<QUrl> &urls)
         encoded << url.toEncoded();
     }
     GList *list = nullptr;
-    for (auto url = encoded.rbegin(); url != encoded.rend(); ++url) {
-        list = g_list_prepend(list, url->data());
+    for (QByteArray &url : encoded) {
+        list = g_list_prepend(list, url.data());
     }
+    list = g_list_reverse(list);
     const auto context = launchContext();
     g_app_info_launch_uris_async(
         application, list, context.get(), m_calls.cancellable(), &GioCalls::callback,

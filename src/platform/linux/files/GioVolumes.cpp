@@ -1,6 +1,7 @@
 #include "platform/linux/files/GioVolumes.h"
 
 #include "platform/LocalPath.h"
+#include "platform/linux/files/LocalFile.h"
 
 #include <QLoggingCategory>
 
@@ -30,10 +31,7 @@ void GioVolumes::ejectVolumeOf(const QUrl &file, Done done)
     if (!path) {
         return refuse(std::move(done));
     }
-    // The local files only, which asks nobody; where the mounts are looked up is a matter of the
-    // volume monitor.
-    const GObjectPointer<GFile> local(
-        g_vfs_get_file_for_path(g_vfs_get_local(), path->constData()));
+    const auto local = localFile(*path);
     g_file_find_enclosing_mount_async(
         local.get(), G_PRIORITY_DEFAULT, m_calls.cancellable(), &GioCalls::callback,
         m_calls.expect([this, done = std::move(done)](GObject *source, GAsyncResult *result) {

@@ -2,6 +2,7 @@
 
 #include "platform/LocalPath.h"
 #include "platform/linux/files/FileItems.h"
+#include "platform/linux/files/LocalFile.h"
 
 #include <utility>
 
@@ -29,6 +30,7 @@ QByteArray pathOf(const QUrl &url)
 LinuxFileActions::LinuxFileActions()
     : m_worker(mostThreads)
 {
+    localFiles();
 }
 
 void LinuxFileActions::createFolder(const QUrl &folder, Done done)

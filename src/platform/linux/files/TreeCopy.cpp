@@ -5,9 +5,8 @@
 
 #include <array>
 #include <cerrno>
+#include <climits>
 #include <fcntl.h>
-#include <limits.h>
-#include <ranges>
 #include <sys/stat.h>
 
 namespace velmora
@@ -126,10 +125,10 @@ void TreeCopy::copyFolder(const Folder &folder)
 /// Times and permissions last: filling a folder changes the one, and the other may forbid it.
 void TreeCopy::finishFolders()
 {
-    for (const Folder &folder : m_folders | std::views::reverse) {
-        const UniqueFd sourceFd = openFolder(m_sourceRoot, folder.path);
-        const UniqueFd targetFd = openFolder(m_targetRoot, folder.path);
-        copyAttributes(sourceFd.get(), targetFd.get(), folder.info);
+    for (auto folder = m_folders.crbegin(); folder != m_folders.crend(); ++folder) {
+        const UniqueFd sourceFd = openFolder(m_sourceRoot, folder->path);
+        const UniqueFd targetFd = openFolder(m_targetRoot, folder->path);
+        copyAttributes(sourceFd.get(), targetFd.get(), folder->info);
     }
 }
 
@@ -196,12 +195,12 @@ void TreeCopy::removeSource()
     for (const Copied &file : m_files) {
         removeFile(file);
     }
-    for (const Folder &folder : m_folders | std::views::reverse) {
-        const bool isItem = folder.path.isEmpty();
+    for (auto folder = m_folders.crbegin(); folder != m_folders.crend(); ++folder) {
+        const bool isItem = folder->path.isEmpty();
         const int parent = isItem ? m_source.parent : m_sourceRoot.get();
-        const QByteArray &path = isItem ? m_source.name : folder.path;
+        const QByteArray &path = isItem ? m_source.name : folder->path;
         if (unlinkat(parent, path.constData(), AT_REMOVEDIR) != 0) {
-            throw FileFailure(below(m_source.path, folder.path), errno);
+            throw FileFailure(below(m_source.path, folder->path), errno);
         }
     }
 }

@@ -1,0 +1,157 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import Velmora.Drop
+import Velmora.Style
+
+// A reminder of what can be done with files that are dragged here. It takes no clicks and no drops.
+Item {
+    id: view
+
+    required property DropActionsService service
+    /// As many columns as have room, at least so wide.
+    required property real minimumColumnWidth
+    required property real columnSpacing
+
+    component Tile: Column {
+        id: tile
+
+        required property string modelData
+
+        spacing: 2
+        width: grid.columnWidth
+
+        DropActionInfo {
+            id: info
+
+            action: tile.modelData
+        }
+        Rectangle {
+            anchors.horizontalCenter: parent.horizontalCenter
+            color: Qt.alpha(info.color, 0.12)
+            height: 22
+            radius: 6
+            width: 22
+
+            Symbol {
+                anchors.centerIn: parent
+                color: info.color
+                name: info.symbol
+                size: 11
+            }
+        }
+        NotchText {
+            anchors.horizontalCenter: parent.horizontalCenter
+            color: Qt.rgba(1, 1, 1, 0.4)
+            height: 8 // whatever the font is rounded to: two rows of tiles fill the zone exactly
+            horizontalAlignment: Text.AlignHCenter
+            size: 6.5
+            text: info.label
+            // A long name may use the space between the columns: those beside it are short.
+            width: Math.min(implicitWidth, grid.columnWidth + 2 * view.columnSpacing)
+        }
+    }
+
+    component Header: Item {
+        height: 5 + title.height
+
+        NotchText {
+            id: title
+
+            anchors {
+                left: parent.left
+                leftMargin: 10
+                right: count.left
+                rightMargin: 4
+                bottom: parent.bottom
+            }
+            color: Qt.rgba(1, 1, 1, 0.4)
+            font.weight: Font.DemiBold
+            height: 11
+            size: 9
+            text: qsTr("Drop Actions")
+        }
+        NotchText {
+            id: count
+
+            anchors {
+                right: parent.right
+                rightMargin: 10
+                verticalCenter: title.verticalCenter
+            }
+            color: Qt.rgba(1, 1, 1, 0.25)
+            size: 8
+            text: qsTr("%1 enabled").arg(view.service.enabledActions.length)
+        }
+    }
+
+    Header {
+        id: emptyHeader
+
+        visible: !content.visible
+        width: parent.width
+    }
+    NotchText {
+        anchors {
+            bottom: parent.bottom
+            left: parent.left
+            right: parent.right
+            top: emptyHeader.bottom
+        }
+        color: Qt.rgba(1, 1, 1, 0.3)
+        horizontalAlignment: Text.AlignHCenter
+        size: 9
+        text: qsTr("No actions enabled")
+        visible: !content.visible
+    }
+
+    Column {
+        id: content
+
+        spacing: 4
+        visible: view.service.enabledActions.length > 0
+        width: parent.width
+        // In the middle; what is too tall loses its lower end, not its header.
+        y: Math.max(0, (parent.height - height) / 2)
+
+        Header {
+            width: parent.width
+        }
+        Grid {
+            id: grid
+
+            readonly property real columnWidth: (width - (columns - 1) * columnSpacing) / columns
+
+            columnSpacing: view.columnSpacing
+            columns: Math.max(1, Math.floor((width + columnSpacing) / (view.minimumColumnWidth + columnSpacing)))
+            rowSpacing: 5
+            width: parent.width - 20
+            x: 10
+
+            Repeater {
+                model: view.service.enabledActions
+
+                Tile {}
+            }
+        }
+        Row {
+            anchors.horizontalCenter: parent.horizontalCenter
+            bottomPadding: 5
+            spacing: 3
+
+            Symbol {
+                anchors.verticalCenter: hint.verticalCenter
+                color: Qt.rgba(1, 1, 1, 0.2)
+                name: "arrow.down.to.line"
+                size: 7
+            }
+            NotchText {
+                id: hint
+
+                color: Qt.rgba(1, 1, 1, 0.2)
+                size: 7.5
+                text: qsTr("Drag files onto the notch")
+            }
+        }
+    }
+}
