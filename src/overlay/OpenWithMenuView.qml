@@ -39,7 +39,7 @@ Item {
     TapHandler {
         acceptedButtons: Qt.LeftButton | Qt.RightButton
 
-        onTapped: view.menu.dismiss()
+        onTapped: Qt.callLater(view.menu.dismiss)
     }
     StatusMenuPane {
         id: card
@@ -50,6 +50,7 @@ Item {
         x: Math.max(0, Math.min(view.controller.dropPosition.x - 20, view.width - width))
         y: Math.max(0, Math.min(view.controller.dropPosition.y - 10, view.height - height))
 
-        onChosen: index => view.menu.openWithApp(index)
+        // In a turn of its own: it takes down the line that was pressed.
+        onChosen: index => Qt.callLater(view.menu.openWithApp, index)
     }
 }

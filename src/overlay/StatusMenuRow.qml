@@ -60,7 +60,7 @@ Item {
         anchors.left: parent.left
         anchors.leftMargin: 26
         anchors.right: parent.right
-        anchors.rightMargin: 52
+        anchors.rightMargin: row.entry.keyEquivalent === "" && !row.entry.hasSubmenu ? 9 : 52
         anchors.verticalCenter: parent.verticalCenter
         size: 11.5
         text: row.entry.title

@@ -406,7 +406,7 @@ void OverlaySceneTest::openWithMenuAtTheDrop()
     FakeDropRoles &roles = scene.platform.drops;
     for (const char *name : {"One", "Two"}) {
         Application application;
-        application.name = QString::fromLatin1(name);
+        application.id = application.name = QString::fromLatin1(name);
         roles.applications << application;
     }
     DropActionsService &drop = *scene.services.dropService();
@@ -429,8 +429,8 @@ void OverlaySceneTest::openWithMenuAtTheDrop()
     roles.calls.clear();
     QTest::mouseClick(scene.window, Qt::LeftButton, {},
                       scene.items("StatusMenuRow").back()->mapToScene({20, 10}).toPoint());
-    QVERIFY(!drop.openWithMenu()->isOpen());
-    QCOMPARE(overlay->menuFrame(), QRectF());
+    QTRY_VERIFY(!drop.openWithMenu()->isOpen());
+    QTRY_COMPARE(overlay->menuFrame(), QRectF());
     QCOMPARE(roles.calls.filter(QStringLiteral("Two")).size(), 1);
 
     // It goes with the panel, and with the overlay.
