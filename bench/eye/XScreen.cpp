@@ -67,6 +67,12 @@ void XScreen::movePointer(int16_t x, int16_t y) const
                         x, y, 0);
 }
 
+void XScreen::pressButton(bool isDown) const
+{
+    xcb_test_fake_input(m_connection.get(), isDown ? XCB_BUTTON_PRESS : XCB_BUTTON_RELEASE, 1,
+                        XCB_CURRENT_TIME, XCB_NONE, 0, 0, 0);
+}
+
 void XScreen::flush() const
 {
     xcb_flush(m_connection.get());

@@ -36,6 +36,9 @@ public:
     /// Moves the pointer as a real device would; sent with the next `flush` or `capture`.
     void movePointer(int16_t x, int16_t y) const;
 
+    /// Presses or releases the first button, likewise.
+    void pressButton(bool isDown) const;
+
     void flush() const;
 
     /// Waits until the server has worked through everything that was sent.

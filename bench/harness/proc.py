@@ -43,7 +43,10 @@ def qt_processes():
 
 
 def memory(root):
-    """Proportional and private memory of the tree, in MB (10^6 bytes)."""
+    """Proportional, private and anonymous memory of the tree, in MB (10^6 bytes).
+
+    The anonymous part is what the program itself has written; it does not depend on who else runs.
+    """
     sums = Counter()
     for pid in tree(root):
         try:
@@ -52,7 +55,8 @@ def memory(root):
                 sums[name.rstrip(":")] += int(size) * 1024
         except (OSError, ValueError):
             continue
-    return {"pss": sums["Pss"] / 1e6, "private": (sums["Private_Clean"] + sums["Private_Dirty"]) / 1e6}
+    return {"pss": sums["Pss"] / 1e6, "private": (sums["Private_Clean"] + sums["Private_Dirty"]) / 1e6,
+            "anonymous": sums["Anonymous"] / 1e6}
 
 
 def process_clock(pid):

@@ -114,7 +114,17 @@ class Table:
         self.row("CPU idle, % of a core", "idle", "cpu", 3, "< 0.2, ahead of polybar and waybar" + verdict(idle))
         self.row("wake-ups a second, idle", "idle", "wakeups", 1, "stated")
         self.storm_rows()
+        self.music_rows()
         return self.rows
+
+    def music_rows(self):
+        x11 = [(self.median("music", "cpu", "velmora", "x11"), 0.3)]
+        self.row("CPU, collapsed, a track plays, %", "music", "cpu", 3, "< 0.3" + verdict(x11))
+        pss = [(self.median("music", "pss", "velmora", "x11"), self.scaled("music", "pss", "floor", "x11", plus=14))]
+        self.row("proportional memory, a track plays, MB", "music", "pss", 1, "≤ floor + 14" + verdict(pss))
+        panel = [(self.median("panel", "cpu", "velmora", "x11"), 6)]
+        self.row("CPU, panel open, title slides, %", "panel", "cpu", 2, "< 6" + verdict(panel))
+        self.row("different pictures a second meanwhile", "panel", "per_second", 1, "60, as the display")
 
     def storm_rows(self):
         for place in ("desktop", "notch", "panel"):
@@ -129,7 +139,8 @@ class Table:
                     "goal"]
             lines += ["| " + " | ".join(head) + " |", "|" + "---|" * len(head)]
             lines += ["| " + " | ".join(row) + " |" for row in rows]
-        for part in (self.memory_lines, self.hover_lines, self.storm_lines, self.soak_lines, self.copy_lines, self.thread_lines, self.provenance):
+        for part in (self.memory_lines, self.hover_lines, self.storm_lines, self.soak_lines, self.copy_lines,
+                     self.player_lines, self.thread_lines, self.provenance):
             lines += part()
         return "\n".join(lines)
 
@@ -204,8 +215,44 @@ class Table:
         lines.append(f"- longest time in which the main loop did not turn meanwhile, ms: {spread(held_up, 1)}")
         return lines
 
+    def player_lines(self):
+        runs = self.results.runs("player", ("velmora", "x11"))
+        lines = ["", f"Players (x11), {len(runs)} runs:"] if runs else []
+        for key, label, limit in (("strip", "a change of track to the strip that shows it", 50),
+                                  ("crowd", "the same among 20 more players, 3 of them without an answer", 50),
+                                  ("press", "the button's release to the player's call, X server and bus included", 5)):
+            times = [time for run in runs for time in run[key]["ms"]]
+            missing = sum(run[key]["missing"] for run in runs)
+            if times or missing:
+                late = sum(time > limit for time in times) + missing
+                lines.append(f"- {label}, ms: {spread(times, 1)}; over {limit}: {late} of {len(times) + missing}"
+                             f" (goal: none){verdict([(late, 0)])}")
+        for key, label in (("calm", "nothing changes"), ("changes", "1,000 changes a second"),
+                           ("tracks", "200 tracks and covers a second")):
+            if runs:
+                lines += self.loop_lines(label, [run[key] for run in runs], key != "calm")
+        return lines
+
+    @staticmethod
+    def loop_lines(label, runs, has_goal):
+        """What the main loop was held up while the players did this, and what was left behind."""
+        over = sum(run["over"] for run in runs)
+        starved = sum(run["starved"] for run in runs)
+        growth = statistics.median(run["growth"] for run in runs)
+        return [f"- {label} for {runs[-1]['seconds']:.0f} s: longest answer of the main loop, ms:"
+                f" {spread([run['loop_ms'] for run in runs], 1)} (99 of 100:"
+                f" {spread([run['loop_p99_ms'] for run in runs], 1)}); over 16 ms: {over} of"
+                f" {sum(run['asked'] for run in runs)}, {starved} of these for want of a processor (goal: none"
+                f" else){verdict([(over - starved, 0)]) if has_goal else ''}",
+                f"  - longest answer of the bus itself, ms: {spread([run['bus_ms'] for run in runs], 1)}; most that the"
+                f" main thread worked during one question, ms: {spread([run['worked_ms'] for run in runs], 1)}",
+                f"  - CPU, %: {spread([run['cpu'] for run in runs], 1)}; anonymous memory, MB: {growth:+.2f} (goal:"
+                f" within 1){verdict([(abs(growth), 1)]) if has_goal else ''}, proportional"
+                f" {statistics.median(run['pss_growth'] for run in runs):+.2f}"]
+
     def memory_lines(self):
-        disturbed = sum(run.get("sharers", 0) > 0 for column in COLUMNS for run in self.results.runs("memory", column))
+        disturbed = sum(run.get("sharers", 0) > 0 for figure in ("memory", "music") for column in COLUMNS
+                        for run in self.results.runs(figure, column))
         if not disturbed:
             return []
         return ["", f"Memory: in {disturbed} samples another program with Qt was running on the machine; the proportional"

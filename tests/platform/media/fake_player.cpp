@@ -13,6 +13,8 @@
 //   {"seeked": value, "player": "a"}
 //   {"on": "GetAll", "do": "hang|leave|answer|refuse|nonsense", "player": "a"}
 //   {"storm": count, "player": "a"}        so many changes of track at once
+//   {"rate": count, "player": "a"}         so many a second from now on; 0 ends it
+//   {"covers": ["address", …], "player": "a"}  for the tracks of storms, in turn
 //
 // Strings, lists of strings, booleans, whole numbers (x), fractions (d) and objects (a{sv}) are
 // sent as such. Other types: {"$": "u", "value": 5} for u, i, o, v and NaN; {"$": "repeat",
@@ -151,12 +153,29 @@ public:
             const QVariantMap metadata{
                 {QStringLiteral("mpris:trackid"),
                  QVariant::fromValue(QDBusObjectPath(QStringLiteral("/track/") + number))},
-                {QStringLiteral("mpris:artUrl"), QString(QLatin1String("/nowhere/") + number)},
+                {QStringLiteral("mpris:artUrl"), m_covers.isEmpty()
+                                                     ? QString(QLatin1String("/nowhere/") + number)
+                                                     : m_covers.at(m_track % m_covers.size())},
                 {QStringLiteral("xesam:title"), QString(QLatin1String("Track ") + number)}};
             m_properties.insert(QStringLiteral("Metadata"), metadata);
             tell({{QStringLiteral("Metadata"), metadata}});
         }
     }
+
+    /// Changes of track a second, by the clock.
+    void stormOn(int rate)
+    {
+        constexpr int turns = 100; // a second
+        m_clock.stop();
+        m_clock.disconnect();
+        if (rate <= 0)
+            return;
+        QObject::connect(&m_clock, &QTimer::timeout, [this, rate] { storm(rate / turns); });
+        m_clock.setTimerType(Qt::PreciseTimer);
+        m_clock.start(1000 / turns);
+    }
+
+    void setCovers(const QStringList &addresses) { m_covers = addresses; }
 
     void behave(const QString &method, const QString &deed) { m_deeds[method] = deed; }
 
@@ -193,6 +212,8 @@ private:
     QDBusConnection m_bus;
     QVariantMap m_properties;
     QHash<QString, QString> m_deeds;
+    QStringList m_covers;
+    QTimer m_clock;
     int m_track = 0;
 };
 
@@ -228,6 +249,10 @@ public:
             one.seeked(toBusValue(command.value(QLatin1String("seeked"))));
         if (command.contains(QLatin1String("on")))
             one.behave(text("on"), text("do"));
+        if (command.contains(QLatin1String("covers")))
+            one.setCovers(command.value(QLatin1String("covers")).toVariant().toStringList());
+        if (command.contains(QLatin1String("rate")))
+            one.stormOn(command.value(QLatin1String("rate")).toInt());
         one.storm(command.value(QLatin1String("storm")).toInt());
     }
 
@@ -259,16 +284,12 @@ int main(int argc, char **argv)
         }
     });
 
-    QTimer storm;
     const qsizetype option = QCoreApplication::arguments().indexOf(QStringLiteral("--storm"));
     if (option > 0) {
-        constexpr int turns = 100; // a second
-        const int rate = QCoreApplication::arguments().value(option + 1).toInt();
         Player &player = stage.player(QStringLiteral("storm"));
         player.set({{QStringLiteral("PlaybackStatus"), QStringLiteral("Playing")}});
         player.appear(QStringLiteral("storm"));
-        QObject::connect(&storm, &QTimer::timeout, [&player, rate] { player.storm(rate / turns); });
-        storm.start(1000 / turns);
+        player.stormOn(QCoreApplication::arguments().value(option + 1).toInt());
     }
     return QCoreApplication::exec();
 }
