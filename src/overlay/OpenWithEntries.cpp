@@ -18,4 +18,15 @@ void OpenWithEntries::setMenu(OpenWithMenu *menu)
     Q_EMIT entriesChanged();
 }
 
+void OpenWithEntries::choose(int index)
+{
+    QMetaObject::invokeMethod(
+        m_menu, [menu = m_menu, index] { menu->openWithApp(index); }, Qt::QueuedConnection);
+}
+
+void OpenWithEntries::dismiss()
+{
+    QMetaObject::invokeMethod(m_menu, &OpenWithMenu::dismiss, Qt::QueuedConnection);
+}
+
 } // namespace velmora

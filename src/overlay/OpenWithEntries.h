@@ -26,6 +26,10 @@ public:
     void setMenu(OpenWithMenu *menu);
     [[nodiscard]] QList<StatusMenuEntry> entries() const { return m_entries; }
 
+    /// Both take effect in the next turn of the main loop: they take down the view.
+    Q_INVOKABLE void choose(int index);
+    Q_INVOKABLE void dismiss();
+
 Q_SIGNALS:
     void entriesChanged();
 

@@ -39,7 +39,7 @@ Item {
     TapHandler {
         acceptedButtons: Qt.LeftButton | Qt.RightButton
 
-        onTapped: Qt.callLater(view.menu.dismiss)
+        onTapped: applications.dismiss()
     }
     StatusMenuPane {
         id: card
@@ -50,7 +50,6 @@ Item {
         x: Math.max(0, Math.min(view.controller.dropPosition.x - 20, view.width - width))
         y: Math.max(0, Math.min(view.controller.dropPosition.y - 10, view.height - height))
 
-        // In a turn of its own: it takes down the line that was pressed.
-        onChosen: index => Qt.callLater(view.menu.openWithApp, index)
+        onChosen: index => applications.choose(index)
     }
 }

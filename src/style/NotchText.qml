@@ -9,6 +9,7 @@ Text {
     color: "white"
     elide: Text.ElideRight
     font.family: "Inter"
+    font.hintingPreference: Font.PreferVerticalHinting // one width under every window system
     font.pointSize: Math.max(size, 1) * 72 / (25.4 * Screen.logicalPixelDensity)
     renderType: Text.NativeRendering
     textFormat: Text.PlainText

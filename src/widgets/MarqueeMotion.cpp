@@ -31,6 +31,22 @@ void MarqueeMotion::setText(const QString &text)
     }
 }
 
+void MarqueeMotion::setTextWidth(qreal points)
+{
+    if (points != m_textWidth) {
+        m_textWidth = points;
+        restart();
+    }
+}
+
+void MarqueeMotion::setFrameWidth(qreal points)
+{
+    if (points != m_frameWidth) {
+        m_frameWidth = points;
+        restart();
+    }
+}
+
 void MarqueeMotion::restart()
 {
     setOffset(0);

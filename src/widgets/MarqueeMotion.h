@@ -20,8 +20,9 @@ class MarqueeMotion : public QObject, public QQmlParserStatus
     Q_INTERFACES(QQmlParserStatus)
     Q_PROPERTY(velmora::Clock *clock MEMBER m_clock REQUIRED FINAL)
     Q_PROPERTY(QString text READ text WRITE setText NOTIFY textChanged REQUIRED FINAL)
-    Q_PROPERTY(qreal textWidth MEMBER m_textWidth REQUIRED FINAL)   ///< points
-    Q_PROPERTY(qreal frameWidth MEMBER m_frameWidth REQUIRED FINAL) ///< points
+    /// Points. It begins anew when one of them changes: the place grows along with the panel.
+    Q_PROPERTY(qreal textWidth READ textWidth WRITE setTextWidth REQUIRED FINAL)
+    Q_PROPERTY(qreal frameWidth READ frameWidth WRITE setFrameWidth REQUIRED FINAL)
     /// How far the text has moved: 0 or less, points.
     Q_PROPERTY(qreal offset READ offset NOTIFY offsetChanged FINAL)
     /// Whether the text begins at the right: all of it is mirrored then, once it is too long.
@@ -35,6 +36,10 @@ public:
 
     [[nodiscard]] QString text() const { return m_text; }
     void setText(const QString &text);
+    [[nodiscard]] qreal textWidth() const { return m_textWidth; }
+    void setTextWidth(qreal points);
+    [[nodiscard]] qreal frameWidth() const { return m_frameWidth; }
+    void setFrameWidth(qreal points);
     [[nodiscard]] bool isRightToLeft() const { return m_text.isRightToLeft(); }
     [[nodiscard]] qreal offset() const { return m_offset; }
 

@@ -73,6 +73,7 @@ Item {
 
             delegate: NowPlayingText {
                 clock: view.clock
+                isNarrow: view.isNarrow
                 playing: model
             }
         }

@@ -3,10 +3,10 @@
 #include "media/MediaRemoteService.h"
 #include "platform/Clock.h"
 
-#include <QImage>
 #include <QObject>
 #include <QQmlParserStatus>
 #include <QString>
+#include <QVariant>
 #include <QtQml/qqmlregistration.h>
 
 namespace velmora
@@ -32,7 +32,8 @@ class NowPlayingModel : public QObject, public QQmlParserStatus
     Q_PROPERTY(bool hasTrack READ hasTrack NOTIFY trackChanged FINAL)
     Q_PROPERTY(QString title READ title NOTIFY trackChanged FINAL)
     Q_PROPERTY(QString artist READ artist NOTIFY trackChanged FINAL)
-    Q_PROPERTY(QImage artwork READ artwork NOTIFY artworkChanged FINAL)
+    /// A QImage, which the views' linter knows nothing of.
+    Q_PROPERTY(QVariant artwork READ artwork NOTIFY artworkChanged FINAL)
     Q_PROPERTY(bool hasArtwork READ hasArtwork NOTIFY artworkChanged FINAL)
     Q_PROPERTY(bool isPlaying READ isPlaying NOTIFY isPlayingChanged FINAL)
     Q_PROPERTY(bool hasDuration READ hasDuration NOTIFY durationChanged FINAL)
@@ -50,7 +51,7 @@ public:
     [[nodiscard]] bool hasTrack() const { return !trackKey().isEmpty(); }
     [[nodiscard]] QString title() const;
     [[nodiscard]] QString artist() const { return m_shown.artist.simplified(); }
-    [[nodiscard]] QImage artwork() const { return m_shown.artwork; }
+    [[nodiscard]] QVariant artwork() const { return m_shown.artwork; }
     [[nodiscard]] bool hasArtwork() const { return !m_shown.artwork.isNull(); }
     [[nodiscard]] bool isPlaying() const { return m_shown.isPlaying; }
     [[nodiscard]] bool hasDuration() const { return m_shown.duration > 0; }

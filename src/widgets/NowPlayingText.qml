@@ -10,6 +10,8 @@ Successor {
     required property Clock clock
     required property NowPlayingModel playing
 
+    property bool isNarrow: false
+
     isSpringy: true
     travel: height
 
@@ -28,7 +30,7 @@ Successor {
 
             clock: block.clock
             height: 16
-            size: 12
+            size: block.isNarrow && artist.text === "" ? 11 : 12 // room for "Nothing Playing"
             weight: Font.DemiBold
             width: parent.width
         }

@@ -214,6 +214,12 @@ void tst_NowPlayingModel::marqueeBeginsAnew()
     marquee.motion.setProperty("textWidth", 90);
     marquee.clock.advance(10s);
     QCOMPARE(marquee.motion.offset(), 0.0);
+    // A place that still grows when the text comes.
+    marquee.motion.setProperty("frameWidth", 20);
+    marquee.clock.advance(1s);
+    marquee.motion.setProperty("frameWidth", 100);
+    marquee.clock.advance(10s);
+    QCOMPARE(marquee.motion.offset(), 0.0);
     QVERIFY(!marquee.motion.isRightToLeft());
     marquee.motion.setText(QString(u'\u05e9'));
     QVERIFY(marquee.motion.isRightToLeft());
