@@ -45,13 +45,15 @@ class Copying:
         return [str(self.folder / work)]
 
     def round(self, number):
-        """Both copiers, the first of them changing from round to round; yields (copier, values)."""
-        order = COPIERS if number % 2 == 0 else COPIERS[::-1]
-        values = {copier: {} for copier in COPIERS}
+        """Both copiers twice, there and back, the first of them changing from round to round; returns pairs of
+        copier and values."""
+        first, second = COPIERS if number % 2 == 0 else COPIERS[::-1]
+        runs = [(copier, {}) for copier in (first, second, second, first)]
         for work in WORKS:
-            for copier in order:
-                values[copier].update({f"{work}_{key}": value for key, value in self.once(copier, work).items()})
-        return values
+            self.once(first, work)  # whoever comes first fetches what the others find in memory
+            for copier, values in runs:
+                values.update({f"{work}_{key}": value for key, value in self.once(copier, work).items()})
+        return runs
 
     def once(self, copier, work):
         target = self.folder / "target"

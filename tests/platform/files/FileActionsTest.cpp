@@ -321,9 +321,10 @@ void FileActionsTest::fullDisk()
 void FileActionsTest::whatChangedIsNotRemoved()
 {
     const CancelFlag never = false;
+    FileContent content(never);
     const auto copied = [&](const QByteArray &name) {
         TreeCopy tree({AT_FDCWD, path(name), path(name)},
-                      {AT_FDCWD, path("to/") + name, path("to/") + name}, never);
+                      {AT_FDCWD, path("to/") + name, path("to/") + name}, content);
         tree.copy();
         return tree;
     };

@@ -55,6 +55,7 @@ void discard(int parent, const QByteArray &name)
     } catch (const FileFailure &) {
         // What can be removed is.
     }
+    // NOLINTNEXTLINE(modernize-loop-convert): clang 14 cannot read the library's reversed views
     for (auto folder = folders.crbegin(); folder != folders.crend(); ++folder) {
         unlinkat(parent, folder->constData(), AT_REMOVEDIR);
     }

@@ -7,6 +7,7 @@
 #include <linux/fs.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
+#include <utility>
 
 namespace velmora
 {
@@ -31,6 +32,9 @@ bool isUnsupported(int code)
 void FileContent::copy(int from, int to, const struct stat &info, const QByteArray &path)
 {
     checkCancelled(path);
+    if (std::exchange(m_device, info.st_dev) != info.st_dev) {
+        m_canClone = m_canCopyInKernel = true;
+    }
     // A size of 0 says nothing of the files that the kernel makes up: these are read as well.
     if (info.st_size > 0 && clone(from, to)) {
         return;

@@ -11,7 +11,8 @@ namespace velmora
 
 /// Copies what is in regular files, in the cheapest way that the two file systems allow: shared
 /// blocks, else a copy inside the kernel, else through memory. Holes stay holes. What turns out not
-/// to work is not tried again, so one object serves the files of one pair of file systems.
+/// to work is not tried again with files of the same file system. One object serves many files, all
+/// of which go to one file system, one after the other.
 class FileContent
 {
 public:
@@ -34,6 +35,7 @@ private:
     void checkCancelled(const QByteArray &path) const;
 
     const CancelFlag &m_cancelled;
+    dev_t m_device = 0; ///< that the files come from
     bool m_canClone = true;
     bool m_canCopyInKernel = true;
     std::unique_ptr<char[]> m_buffer;

@@ -78,13 +78,13 @@ bool leadsIntoItself(const Transfer &transfer)
 
 /// Under another name until it is complete, and gone again if it does not get that far.
 TreeCopy copyInto(const Transfer &transfer, const QByteArray &temporary, const QByteArray &folder,
-                  NameRule rule, const CancelFlag &cancelled)
+                  NameRule rule, FileContent &content)
 {
     if (leadsIntoItself(transfer)) {
         throw FileFailure(transfer.path, QStringLiteral("A folder cannot go into itself"));
     }
     TreeCopy tree({transfer.source.get(), transfer.name, transfer.path},
-                  {transfer.target.get(), temporary, folder + '/' + transfer.name}, cancelled);
+                  {transfer.target.get(), temporary, folder + '/' + transfer.name}, content);
     try {
         tree.copy();
         const int result =
@@ -119,15 +119,13 @@ void makeFolders(const QByteArray &path)
     }
 }
 
-void copyItem(const QByteArray &item, const QByteArray &folder, NameRule rule,
-              const CancelFlag &cancelled)
+void copyItem(const QByteArray &item, const QByteArray &folder, NameRule rule, FileContent &content)
 {
     const Transfer transfer(item, folder);
-    (void)copyInto(transfer, temporaryName(), folder, rule, cancelled);
+    (void)copyInto(transfer, temporaryName(), folder, rule, content);
 }
 
-void moveItem(const QByteArray &item, const QByteArray &folder, NameRule rule,
-              const CancelFlag &cancelled)
+void moveItem(const QByteArray &item, const QByteArray &folder, NameRule rule, FileContent &content)
 {
     const Transfer transfer(item, folder);
     const int result =
@@ -142,7 +140,7 @@ void moveItem(const QByteArray &item, const QByteArray &folder, NameRule rule,
     if (faccessat(transfer.source.get(), ".", W_OK, AT_EACCESS) != 0) {
         throw FileFailure(item, errno);
     }
-    copyInto(transfer, temporaryName(), folder, rule, cancelled).removeSource();
+    copyInto(transfer, temporaryName(), folder, rule, content).removeSource();
 }
 
 QByteArray freePath(const QByteArray &wanted, NameRule rule)

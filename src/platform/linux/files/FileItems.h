@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/FileActions.h"
-#include "platform/linux/files/FileFailure.h"
+#include "platform/linux/files/FileContent.h"
 
 namespace velmora
 {
@@ -13,11 +13,11 @@ void makeFolders(const QByteArray &path);
 /// Into an existing folder, under the first name of the rule that is free. A copy is made under
 /// another name and takes its own when it is complete.
 void copyItem(const QByteArray &item, const QByteArray &folder, NameRule rule,
-              const CancelFlag &cancelled);
+              FileContent &content);
 
 /// The same. The source goes only when all of it has arrived.
 void moveItem(const QByteArray &item, const QByteArray &folder, NameRule rule,
-              const CancelFlag &cancelled);
+              FileContent &content);
 
 /// To the user's trash.
 void trashItem(const QByteArray &item);

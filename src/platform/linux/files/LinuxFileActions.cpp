@@ -44,8 +44,9 @@ void LinuxFileActions::copyItems(const QList<QUrl> &items, const QUrl &folder, N
 {
     run(
         [items, folder, rule](const CancelFlag &cancelled) {
+            FileContent content(cancelled);
             for (const QUrl &item : items) {
-                copyItem(pathOf(item), pathOf(folder), rule, cancelled);
+                copyItem(pathOf(item), pathOf(folder), rule, content);
             }
         },
         std::move(done));
@@ -56,8 +57,9 @@ void LinuxFileActions::moveItems(const QList<QUrl> &items, const QUrl &folder, N
 {
     run(
         [items, folder, rule](const CancelFlag &cancelled) {
+            FileContent content(cancelled);
             for (const QUrl &item : items) {
-                moveItem(pathOf(item), pathOf(folder), rule, cancelled);
+                moveItem(pathOf(item), pathOf(folder), rule, content);
             }
         },
         std::move(done));

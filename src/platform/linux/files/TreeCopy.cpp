@@ -55,10 +55,10 @@ bool isSameTime(const timespec &a, const timespec &b)
 
 } // namespace
 
-TreeCopy::TreeCopy(ItemPlace source, ItemPlace target, const CancelFlag &cancelled)
+TreeCopy::TreeCopy(ItemPlace source, ItemPlace target, FileContent &content)
     : m_source(std::move(source))
     , m_target(std::move(target))
-    , m_content(cancelled)
+    , m_content(content)
 {
 }
 
@@ -125,6 +125,7 @@ void TreeCopy::copyFolder(const Folder &folder)
 /// Times and permissions last: filling a folder changes the one, and the other may forbid it.
 void TreeCopy::finishFolders()
 {
+    // NOLINTNEXTLINE(modernize-loop-convert): clang 14 cannot read the library's reversed views
     for (auto folder = m_folders.crbegin(); folder != m_folders.crend(); ++folder) {
         const UniqueFd sourceFd = openFolder(m_sourceRoot, folder->path);
         const UniqueFd targetFd = openFolder(m_targetRoot, folder->path);
@@ -195,6 +196,7 @@ void TreeCopy::removeSource()
     for (const Copied &file : m_files) {
         removeFile(file);
     }
+    // NOLINTNEXTLINE(modernize-loop-convert): clang 14 cannot read the library's reversed views
     for (auto folder = m_folders.crbegin(); folder != m_folders.crend(); ++folder) {
         const bool isItem = folder->path.isEmpty();
         const int parent = isItem ? m_source.parent : m_sourceRoot.get();

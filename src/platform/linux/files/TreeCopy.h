@@ -27,7 +27,7 @@ class TreeCopy
 {
 public:
     /// The target must not exist.
-    TreeCopy(ItemPlace source, ItemPlace target, const CancelFlag &cancelled);
+    TreeCopy(ItemPlace source, ItemPlace target, FileContent &content);
 
     /// Throws FileFailure, and leaves behind what it has made until then.
     void copy();
@@ -62,7 +62,7 @@ private:
 
     ItemPlace m_source;
     ItemPlace m_target;
-    FileContent m_content;
+    FileContent &m_content;
     UniqueFd m_sourceRoot; ///< where the item is a folder
     UniqueFd m_targetRoot;
     std::vector<Folder> m_waiting;
