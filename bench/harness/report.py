@@ -140,7 +140,7 @@ class Table:
             lines += ["| " + " | ".join(head) + " |", "|" + "---|" * len(head)]
             lines += ["| " + " | ".join(row) + " |" for row in rows]
         for part in (self.memory_lines, self.hover_lines, self.storm_lines, self.soak_lines, self.copy_lines,
-                     self.player_lines, self.thread_lines, self.provenance):
+                     self.player_lines, self.drag_lines, self.thread_lines, self.provenance):
             lines += part()
         return "\n".join(lines)
 
@@ -249,6 +249,37 @@ class Table:
                 f"  - CPU, %: {spread([run['cpu'] for run in runs], 1)}; anonymous memory, MB: {growth:+.2f} (goal:"
                 f" within 1){verdict([(abs(growth), 1)]) if has_goal else ''}, proportional"
                 f" {statistics.median(run['pss_growth'] for run in runs):+.2f}"]
+
+    def drag_lines(self):
+        runs = self.results.runs("drags", ("velmora", "x11"))
+        if not runs:
+            return []
+        run = runs[-1]
+        lines = ["", "Drags of files (x11):"]
+        for key, label, limit in (("few", "one file", 50), ("many", "50,000 files", 100)):
+            times, missing = [time for time, _ in run[key]["ms"]], run[key]["missing"]
+            unclear = sum(time - blind <= limit < time for time, blind in run[key]["ms"])
+            late = sum(time > limit for time in times) + missing - unclear
+            first = f", the first {times[0]:.1f}" if times and not missing else ""
+            lines.append(f"- a drag begins to the panel's first step, {label}, ms: {spread(times, 1)}{first}; over {limit} or"
+                         f" never: {late} of {len(times) + missing} (goal: none), {unclear} more that the observer may have"
+                         f" been late to see{verdict([(late, 0)])}; not closed after it: {run[key]['stuck']}"
+                         + verdict([(run[key]["stuck"], 0)]))
+        loop, hold, soak = run["loop"], run["hold"], run["soak"]
+        lines += [f"- longest answer of the main loop while 50,000 files are dragged, ms: {loop['loop_ms']:.1f} (99 of 100:"
+                  f" {loop['loop_p99_ms']:.1f}; the bus itself: {loop['bus_ms']:.1f}; most that the main thread worked"
+                  f" meanwhile: {loop['worked_ms']:.1f}; goal: 50){verdict([(loop['loop_ms'], 50), (loop['missing'], 0)])}",
+                  f"- CPU, {hold['per_second']:.0f} moves a second with the button down, %: {hold['cpu']:.2f} (goal: 1)"
+                  f"{verdict([(hold['cpu'], 1)])}; asked for the files meanwhile: {hold['asked']}"
+                  f"{verdict([(hold['asked'], 0)])}",
+                  f"- {soak['drags']} drags in a row, {soak['drops']} dropped: {soak['refused']} refused,"
+                  f" {soak['unfinished']} unfinished, {soak['lost']} copies lost,"
+                  f" {'closed' if soak['collapsed'] else 'NOT closed'} after them"
+                  + verdict([(abs(soak[key]), 0) for key in ("refused", "unfinished", "lost")]
+                            + [(not soak["collapsed"], 0)]),
+                  f"  - anonymous memory, MB: {soak['growth']:+.2f} (goal: within 1){verdict([(abs(soak['growth']), 1)])},"
+                  f" proportional {soak['pss_growth']:+.2f}"]
+        return lines
 
     def memory_lines(self):
         disturbed = sum(run.get("sharers", 0) > 0 for figure in ("memory", "music") for column in COLUMNS
