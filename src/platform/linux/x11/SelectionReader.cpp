@@ -50,6 +50,7 @@ void SelectionReader::cancel()
     m_question.reset();
     m_isReading = false;
     m_comesInPieces = false;
+    m_hasNextPiece = false;
     m_data.clear();
 }
 
@@ -66,11 +67,14 @@ void SelectionReader::handleEvent(const xcb_generic_event_t *event)
             cancel();
         else
             ask();
-    } else if (type == XCB_PROPERTY_NOTIFY && m_comesInPieces) {
+    } else if (type == XCB_PROPERTY_NOTIFY && (m_comesInPieces || m_question)) {
         const auto *notice = reinterpret_cast<const xcb_property_notify_event_t *>(event);
-        if (notice->window == m_window && notice->atom == m_property &&
-            notice->state == XCB_PROPERTY_NEW_VALUE)
-            ask();
+        if (notice->window != m_window || notice->atom != m_property ||
+            notice->state != XCB_PROPERTY_NEW_VALUE)
+            return;
+        // The news of the next piece may be read together with the answer that holds this one.
+        m_hasNextPiece = m_question.has_value();
+        ask();
     }
 }
 
@@ -100,6 +104,8 @@ void SelectionReader::takeAnswer()
         take(*piece);
     else
         cancel();
+    if (m_comesInPieces && std::exchange(m_hasNextPiece, false))
+        ask();
 }
 
 void SelectionReader::take(const xcb_get_property_reply_t &piece)

@@ -44,6 +44,7 @@ private:
     std::optional<unsigned int> m_question;
     bool m_isReading = false;
     bool m_comesInPieces = false;
+    bool m_hasNextPiece = false; ///< it was announced before this one arrived
     QByteArray m_data;
 };
 
