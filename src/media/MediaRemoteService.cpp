@@ -120,7 +120,7 @@ void MediaRemoteService::bind(MediaRemote &remote)
     }
 }
 
-void MediaRemoteService::observe(MediaRemote &remote)
+void MediaRemoteService::observe(MediaRemote &remote) const
 {
     for (const auto signal : {&MediaRemote::nowPlayingInfoDidChange,
                               &MediaRemote::nowPlayingApplicationIsPlayingDidChange,
@@ -286,7 +286,7 @@ void MediaRemoteService::artworkFound(const QString &title, const QImage &image)
     Q_EMIT nowPlayingChanged();
 }
 
-void MediaRemoteService::sendCommand(PlaybackCommand command, const QVariantHash *options)
+void MediaRemoteService::sendCommand(PlaybackCommand command, const QVariantHash *options) const
 {
     qCInfo(lcMediaRemote, "sendCommand: %s", name(command));
     if (m_remote.sendCommand) {

@@ -46,17 +46,17 @@ public:
     Q_INVOKABLE void refresh();
 
     /// Sends a command to the player and changes nothing here: the player tells what became of it.
-    void sendCommand(PlaybackCommand command, const QVariantHash *options = nullptr);
-    Q_INVOKABLE void togglePlayPause() { sendCommand(PlaybackCommand::togglePlayPause); }
-    Q_INVOKABLE void nextTrack() { sendCommand(PlaybackCommand::nextTrack); }
-    Q_INVOKABLE void previousTrack() { sendCommand(PlaybackCommand::previousTrack); }
+    void sendCommand(PlaybackCommand command, const QVariantHash *options = nullptr) const;
+    Q_INVOKABLE void togglePlayPause() const { sendCommand(PlaybackCommand::togglePlayPause); }
+    Q_INVOKABLE void nextTrack() const { sendCommand(PlaybackCommand::nextTrack); }
+    Q_INVOKABLE void previousTrack() const { sendCommand(PlaybackCommand::previousTrack); }
 
 Q_SIGNALS:
     void nowPlayingChanged();
 
 private:
     void bind(MediaRemote &remote);
-    void observe(MediaRemote &remote);
+    void observe(MediaRemote &remote) const;
     void handleMediaRemoteChange();
     void handleSpotifyNotification(const std::optional<QVariantHash> &userInfo);
     void handleAppleMusicNotification();

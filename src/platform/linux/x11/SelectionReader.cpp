@@ -9,7 +9,7 @@ namespace velmora
 namespace
 {
 
-constexpr qsizetype largest = 64 * 1024 * 1024;
+constexpr qsizetype largest = 67'108'864;
 
 } // namespace
 

@@ -15,7 +15,7 @@ namespace
 Q_LOGGING_CATEGORY(lcPointer, "com.velmora.app.Pointer", QtInfoMsg)
 
 /// Some thousand addresses, read within a millisecond or two. More are read beside the main loop.
-constexpr qsizetype readAtOnce = 64 * 1024;
+constexpr qsizetype readAtOnce = 65'536;
 
 } // namespace
 
