@@ -1,8 +1,10 @@
 #include "platform/linux/x11/X11FileDrags.h"
 
 #include <QLoggingCategory>
+#include <QThreadPool>
 #include <QtConcurrent>
 
+#include <utility>
 #include <xcb/xfixes.h>
 #include <xcb/xinput.h>
 
@@ -16,6 +18,13 @@ Q_LOGGING_CATEGORY(lcPointer, "com.velmora.app.Pointer", QtInfoMsg)
 
 /// Some thousand addresses, read within a millisecond or two. More are read beside the main loop.
 constexpr qsizetype readAtOnce = 65'536;
+
+/// To free a very long list takes longer than a few frames.
+void discard(QList<QUrl> files)
+{
+    if (files.size() > 1000)
+        QThreadPool::globalInstance()->start([files = std::move(files)] {});
+}
 
 } // namespace
 
@@ -55,7 +64,7 @@ void X11FileDrags::handleEvent(const xcb_generic_event_t *event)
         const auto *change = reinterpret_cast<const xcb_xfixes_selection_notify_event_t *>(event);
         if (change->selection == m_selection && change->owner != XCB_NONE) {
             ++m_drag;
-            m_files.clear();
+            discard(std::exchange(m_files, {}));
             m_reader.read(m_selection, m_uriList, change->selection_timestamp);
         }
     } else if (type == XCB_GE_GENERIC) {
