@@ -398,9 +398,11 @@ void MprisMediaRemoteTest::tellsTheEndOfItAll()
     QVERIFY(desktop.shows(QStringLiteral("Next")));
     desktop.clock.advance(30ms);
     QVERIFY(players.tell(QStringLiteral("{'player':'a','change':{'PlaybackStatus':'Stopped'}}")));
-    QTRY_COMPARE((desktop.clock.advance(30ms), desktop.info()), QVariantHash());
+    // As little time as possible, however slow the bus is.
+    QTRY_COMPARE(desktop.info(), QVariantHash());
+    desktop.clock.advance(30ms);
     QVERIFY(players.tell(QStringLiteral("{'player':'a','change':{'PlaybackStatus':'Playing'}}")));
-    QVERIFY(desktop.shows(QStringLiteral("Next")));
+    QTRY_VERIFY(!desktop.info().isEmpty());
     desktop.clock.advance(1s);
     QCOMPARE(ends.size(), 1);
 
