@@ -1,5 +1,7 @@
 #include "platform/linux/desktop/DesktopNotifications.h"
 
+#include "platform/linux/BusCall.h"
+
 #include <QDBusPendingCall>
 #include <QDBusPendingCallWatcher>
 #include <QLoggingCategory>
@@ -56,16 +58,6 @@ QVariantMap hintsOf(const UserNotification &notification)
         hints.insert(QStringLiteral("suppress-sound"), true);
     }
     return hints;
-}
-
-template<typename Handler>
-void onAnswer(const QDBusPendingCall &call, QObject *context, Handler handler)
-{
-    auto *pending = new QDBusPendingCallWatcher(call, context);
-    QObject::connect(pending, &QDBusPendingCallWatcher::finished, context, [pending, handler] {
-        pending->deleteLater();
-        handler(pending->reply());
-    });
 }
 
 } // namespace

@@ -1,5 +1,7 @@
 #include "platform/linux/desktop/StatusNotifierRegistration.h"
 
+#include "platform/linux/BusCall.h"
+
 #include <QCoreApplication>
 #include <QDBusError>
 #include <QDBusPendingCall>
@@ -23,23 +25,6 @@ constexpr int maximumFailures =
 QString watcherName()
 {
     return QStringLiteral("org.kde.StatusNotifierWatcher");
-}
-
-QDBusMessage busCall(const QString &method)
-{
-    return QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"),
-                                          QStringLiteral("/org/freedesktop/DBus"),
-                                          QStringLiteral("org.freedesktop.DBus"), method);
-}
-
-template<typename Handler>
-void onAnswer(const QDBusPendingCall &call, QObject *context, Handler handler)
-{
-    auto *pending = new QDBusPendingCallWatcher(call, context);
-    QObject::connect(pending, &QDBusPendingCallWatcher::finished, context, [pending, handler] {
-        pending->deleteLater();
-        handler(pending->reply());
-    });
 }
 
 } // namespace

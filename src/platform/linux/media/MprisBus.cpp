@@ -1,5 +1,6 @@
 #include "platform/linux/media/MprisBus.h"
 
+#include "platform/linux/BusCall.h"
 #include "platform/linux/media/BusValue.h"
 
 #include <QDBusPendingCall>
@@ -45,23 +46,6 @@ bool isPlayer(const QString &name)
     // playerctld repeats what another player says.
     return name.startsWith(namePrefix()) &&
            name != QLatin1String("org.mpris.MediaPlayer2.playerctld");
-}
-
-QDBusMessage busCall(const QString &method)
-{
-    return QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"),
-                                          QStringLiteral("/org/freedesktop/DBus"),
-                                          QStringLiteral("org.freedesktop.DBus"), method);
-}
-
-template<typename Handler>
-void onAnswer(const QDBusPendingCall &call, QObject *context, Handler handler)
-{
-    auto *pending = new QDBusPendingCallWatcher(call, context);
-    QObject::connect(pending, &QDBusPendingCallWatcher::finished, context, [pending, handler] {
-        pending->deleteLater();
-        handler(pending->reply());
-    });
 }
 
 } // namespace

@@ -1,7 +1,6 @@
 #include "platform/linux/x11/SelectionReader.h"
 
 #include <utility>
-#include <xcb/xcbext.h>
 
 namespace velmora
 {
@@ -91,15 +90,9 @@ void SelectionReader::ask()
 
 void SelectionReader::takeAnswer()
 {
-    if (!m_question)
+    XcbPtr<xcb_get_property_reply_t> piece;
+    if (!m_connection->takeReply(m_question, piece))
         return;
-    void *answer = nullptr;
-    xcb_generic_error_t *failure = nullptr;
-    if (xcb_poll_for_reply(m_connection->xcb(), *m_question, &answer, &failure) == 0)
-        return;
-    m_question.reset();
-    const XcbPtr<xcb_generic_error_t> error(failure);
-    const XcbPtr<xcb_get_property_reply_t> piece(static_cast<xcb_get_property_reply_t *>(answer));
     if (piece)
         take(*piece);
     else

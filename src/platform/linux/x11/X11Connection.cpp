@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <xcb/xcbext.h>
 
 namespace velmora
 {
@@ -57,6 +58,14 @@ void X11Connection::selectOnRoot(std::uint32_t eventMask)
     m_rootMask |= eventMask;
     xcb_change_window_attributes(m_connection, m_root, XCB_CW_EVENT_MASK, &m_rootMask);
     xcb_flush(m_connection);
+}
+
+bool X11Connection::pollReply(unsigned int sequence, void *&answer) const
+{
+    xcb_generic_error_t *failure = nullptr;
+    const bool hasCome = xcb_poll_for_reply(m_connection, sequence, &answer, &failure) != 0;
+    const XcbPtr<xcb_generic_error_t> error(failure);
+    return hasCome;
 }
 
 void X11Connection::dispatch()

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <xcb/xcb.h>
 
 class QSocketNotifier;
@@ -37,6 +38,19 @@ public:
     /// Adds to the core events of the root window that come here.
     void selectOnRoot(std::uint32_t eventMask);
 
+    /// Takes the reply to a question (its sequence number) if it has come, and forgets the
+    /// question; null was an error. Returns whether it has come. To be asked in `dispatched`.
+    template<typename Reply>
+    [[nodiscard]] bool takeReply(std::optional<unsigned int> &question, XcbPtr<Reply> &reply) const
+    {
+        void *answer = nullptr;
+        if (!question || !pollReply(*question, answer))
+            return false;
+        question.reset();
+        reply.reset(static_cast<Reply *>(answer));
+        return true;
+    }
+
     /// Hands out what has arrived. Call it after having waited for a reply: events that came with
     /// it are in memory, and the socket does not tell of them.
     void dispatch();
@@ -48,6 +62,7 @@ Q_SIGNALS:
     void dispatched();
 
 private:
+    [[nodiscard]] bool pollReply(unsigned int sequence, void *&answer) const;
     explicit X11Connection(xcb_connection_t *connection, int screenNumber);
 
     xcb_connection_t *m_connection;

@@ -7,7 +7,6 @@
 #include <QtGui/private/qhighdpiscaling_p.h>
 #include <qpa/qplatformscreen.h>
 
-#include <xcb/xcbext.h>
 #include <xcb/xinput.h>
 
 namespace velmora
@@ -113,16 +112,9 @@ void X11Pointer::ask()
 
 void X11Pointer::takeAnswer()
 {
-    if (!m_question)
+    XcbPtr<xcb_query_pointer_reply_t> pointer;
+    if (!m_connection->takeReply(m_question, pointer))
         return;
-    void *answer = nullptr;
-    xcb_generic_error_t *failure = nullptr;
-    if (xcb_poll_for_reply(m_connection->xcb(), *m_question, &answer, &failure) == 0)
-        return;
-    m_question.reset();
-    const XcbPtr<xcb_generic_error_t> error(failure);
-    const XcbPtr<xcb_query_pointer_reply_t> pointer(
-        static_cast<xcb_query_pointer_reply_t *>(answer));
     // The state of the buttons decides, not a count of events: no lost release keeps this running.
     if (!pointer || (pointer->mask & anyButton) == 0) {
         stop();
