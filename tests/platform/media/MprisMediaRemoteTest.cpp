@@ -316,6 +316,7 @@ void MprisMediaRemoteTest::playersLeaveAtAnyMoment()
     for (int i = 0; i < 20; ++i)
         QVERIFY(players.tell(playing(QStringLiteral("p%1").arg(i), QStringLiteral("P"))));
     QVERIFY(desktop.shows(QStringLiteral("P")));
+    desktop.clock.advance(30ms); // so that their coming has been told, and their going is news
     QSignalSpy applications(&desktop.remote, &MediaRemote::nowPlayingApplicationDidChange);
     players.kill();
     QTRY_COMPARE(desktop.info(), QVariantHash());

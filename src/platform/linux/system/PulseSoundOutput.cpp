@@ -10,6 +10,9 @@ namespace velmora
 namespace
 {
 
+using namespace std::chrono_literals;
+
+constexpr auto lookInterval = 5s;
 constexpr auto defaultSink = "@DEFAULT_SINK@";
 
 /// Starts an operation whose answer comes by callback; false if it could not be sent.
@@ -36,7 +39,8 @@ pa_volume_t fromPercent(int percent)
 } // namespace
 
 PulseSoundOutput::PulseSoundOutput(Clock &clock)
-    : m_connection(clock, {[this] { onReady(); }, [this] { onLost(); }})
+    : m_clock(clock)
+    , m_connection(clock, {[this] { onReady(); }, [this] { onLost(); }})
 {
 }
 
@@ -73,6 +77,7 @@ void PulseSoundOutput::onLost()
     m_sink.reset();
     m_arriving.reset();
     m_target.reset();
+    m_nextLook.reset();
     m_isQuerying = m_isOutdated = m_isWriting = m_isTargetSent = false;
 }
 
@@ -97,6 +102,7 @@ void PulseSoundOutput::refresh()
     }
     pa_context *const context = m_connection.context();
     m_isOutdated = false;
+    m_nextLook.reset();
     m_isQuerying = context && start(pa_context_get_sink_info_by_name(
                                   context, defaultSink, &PulseSoundOutput::onSinkInfo, this));
 }
@@ -118,6 +124,7 @@ void PulseSoundOutput::finishRefresh()
     } else {
         m_sink.reset();
         m_target.reset();
+        m_nextLook = m_clock.after(lookInterval, [this] { refresh(); });
     }
     if (m_isOutdated)
         refresh();

@@ -14,7 +14,8 @@ namespace velmora
 {
 
 /// The default sink of a PulseAudio or PipeWire server. The server tells of each change, so reading
-/// costs nothing and an idle server no wake-ups.
+/// costs nothing and an idle server no wake-ups. Only a server that names no sink is asked again
+/// every 5 seconds: one that changes its default may say so before it can tell of the new one.
 class PulseSoundOutput final : public SoundOutput
 {
 public:
@@ -49,6 +50,7 @@ private:
     void takeSink(const Sink &sink);
     void write();
 
+    Clock &m_clock;
     std::optional<Sink> m_sink;
     std::optional<Sink> m_arriving; ///< answer of a query that has not ended yet
     pa_cvolume m_balance{};         ///< the last volume that was not silence
@@ -57,6 +59,7 @@ private:
     std::optional<int> m_target; ///< asked for and not yet confirmed by the server
     bool m_isWriting = false;
     bool m_isTargetSent = false;
+    TimerHandle m_nextLook; ///< runs while there is no sink
 
     PulseConnection m_connection; ///< last: its end cancels all callbacks into the others
 };
