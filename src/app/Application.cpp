@@ -35,12 +35,12 @@ namespace velmora
 namespace
 {
 
-Platform makePlatform(const QDBusConnection &bus)
+Platform makePlatform(const QDBusConnection &bus, const std::shared_ptr<CompositorProxy> &proxy)
 {
     Platform platform;
     platform.clock = std::make_unique<SystemClock>();
     platform.store = std::make_unique<SettingsStore>();
-    Windowing windowing = makeWindowing();
+    Windowing windowing = makeWindowing(proxy);
     platform.screens = std::move(windowing.screens);
     platform.pointer = std::move(windowing.pointer);
     platform.drags = std::move(windowing.drags);
@@ -64,7 +64,7 @@ Platform makePlatform(const QDBusConnection &bus)
 
 } // namespace
 
-int runApplication()
+int runApplication(const std::shared_ptr<CompositorProxy> &proxy)
 {
     const UnixSignals signals;
     QObject::connect(&signals, &UnixSignals::terminationRequested, qApp, &QCoreApplication::quit);
@@ -74,7 +74,7 @@ int runApplication()
         return 0;
     }
 
-    const Platform platform = makePlatform(bus);
+    const Platform platform = makePlatform(bus, proxy);
     StatusMenu sceneMenu(*platform.clock);
     OverlayScene scene(sceneMenu);
     LoginPrompt loginPrompt(scene.engine());

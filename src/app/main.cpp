@@ -22,10 +22,11 @@ int main(int argc, char *argv[])
     keepLargeBlocksApart();
     // What is drawn with, and where, is decided before the application object looks for itself.
     velmora::chooseWindowSystem();
+    const auto proxy = velmora::sparePointerMotion();
     QCoreApplication::setApplicationName(QStringLiteral("velmora"));
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Velmora"));
     QGuiApplication::setDesktopFileName(QStringLiteral("com.velmora.app"));
     const QGuiApplication application(argc, argv);
     QGuiApplication::setQuitOnLastWindowClosed(false);
-    return velmora::runApplication();
+    return velmora::runApplication(proxy);
 }

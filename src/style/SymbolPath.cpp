@@ -19,7 +19,7 @@ struct FontSymbol {
     char16_t character;
 };
 
-constexpr double boxSize = 24;
+constexpr double outlineBox = 24;
 
 // Characters of the Material Design Icons font.
 constexpr std::array<FontSymbol, 57> fontSymbols{{
@@ -87,7 +87,7 @@ QPainterPath fontPath(char16_t character)
     // The font stays loaded: symbols are drawn again and again, at many sizes.
     static const QRawFont font = [] {
         QFont named(QStringLiteral("Material Design Icons"));
-        named.setPixelSize(static_cast<int>(boxSize));
+        named.setPixelSize(static_cast<int>(outlineBox));
         named.setHintingPreference(QFont::PreferNoHinting);
         return QRawFont::fromFont(named);
     }();

@@ -30,7 +30,7 @@ Successor {
 
             clock: block.clock
             height: 16
-            size: block.isNarrow && artist.text === "" ? 11 : 12 // room for "Nothing Playing"
+            size: block.isNarrow && artist.text === "" ? 10 : 12 // room for "Nothing Playing"
             weight: Font.DemiBold
             width: parent.width
         }

@@ -1,5 +1,7 @@
 #include "platform/linux/desktop/SingleInstance.h"
 
+#include "platform/linux/BusCall.h"
+
 #include <QDBusError>
 #include <QDBusMessage>
 #include <QLoggingCategory>
@@ -22,13 +24,6 @@ QString serviceName()
 QString objectPath()
 {
     return QStringLiteral("/com/velmora/app");
-}
-
-QDBusMessage busCall(const QString &method)
-{
-    return QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"),
-                                          QStringLiteral("/org/freedesktop/DBus"),
-                                          QStringLiteral("org.freedesktop.DBus"), method);
 }
 
 int remaining(const QDeadlineTimer &deadline)

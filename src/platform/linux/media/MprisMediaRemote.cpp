@@ -15,7 +15,7 @@ namespace
 
 using namespace std::chrono_literals;
 
-Q_LOGGING_CATEGORY(lcMediaRemote, "com.velmora.app.MprisMediaRemote", QtInfoMsg)
+Q_LOGGING_CATEGORY(lcMprisRemote, "com.velmora.app.MprisMediaRemote", QtInfoMsg)
 
 constexpr auto reportInterval = 30ms;
 constexpr auto positionLifetime = 5s;
@@ -120,7 +120,7 @@ void MprisMediaRemote::addName(const QString &owner, const QString &name)
 {
     Entry &entry = m_players[owner];
     if (entry.names.isEmpty()) {
-        qCDebug(lcMediaRemote) << "Player" << name << "appeared";
+        qCDebug(lcMprisRemote) << "Player" << name << "appeared";
         entry.properties.isWanted = true;
         m_reports.request();
     }

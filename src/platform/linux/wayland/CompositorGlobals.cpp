@@ -1,12 +1,9 @@
 #include "platform/linux/wayland/CompositorGlobals.h"
 
-#include <cstdlib>
-#include <cstring>
+#include "platform/linux/wayland/CompositorSocket.h"
+
 #include <memory>
 #include <poll.h>
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
 #include <wayland-client.h>
 
 namespace velmora
@@ -15,34 +12,6 @@ namespace
 {
 
 using SteadyClock = std::chrono::steady_clock;
-
-/// A socket of the compositor, connected without ever waiting; -1 if that fails.
-int connectToCompositor()
-{
-    const char *display = std::getenv("WAYLAND_DISPLAY");
-    const char *directory = std::getenv("XDG_RUNTIME_DIR");
-    std::string path = display && *display ? display : "wayland-0";
-    if (path.front() != '/') {
-        if (!directory)
-            return -1;
-        path.insert(0, std::string(directory) + '/');
-    }
-
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    if (path.size() >= sizeof address.sun_path)
-        return -1;
-    std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
-
-    const int descriptor = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-    if (descriptor < 0)
-        return -1;
-    if (connect(descriptor, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0) {
-        close(descriptor);
-        return -1;
-    }
-    return descriptor;
-}
 
 struct Disconnect {
     void operator()(wl_display *display) const { wl_display_disconnect(display); }
@@ -89,10 +58,10 @@ bool dispatchUntil(wl_display *display, const bool &done, SteadyClock::time_poin
 std::optional<std::vector<std::string>> compositorGlobals(std::chrono::milliseconds limit)
 {
     const auto deadline = SteadyClock::now() + limit;
-    const int descriptor = connectToCompositor();
-    if (descriptor < 0)
+    Descriptor descriptor = connectToCompositor();
+    if (!descriptor.isValid())
         return std::nullopt;
-    const DisplayPtr display(wl_display_connect_to_fd(descriptor)); // owns the descriptor now
+    const DisplayPtr display(wl_display_connect_to_fd(descriptor.release()));
     if (!display)
         return std::nullopt;
 

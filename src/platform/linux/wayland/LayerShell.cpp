@@ -19,7 +19,7 @@ void takeGlobal(void *shell, wl_registry *registry, std::uint32_t name, const ch
     }
 }
 
-void ignoreRemoval(void *, wl_registry *, std::uint32_t) {}
+void ignoreRemovedGlobal(void *, wl_registry *, std::uint32_t) {}
 
 } // namespace
 
@@ -35,7 +35,7 @@ std::shared_ptr<LayerShell> LayerShell::bind(wl_display *display)
     wl_registry *registry = wl_display_get_registry(wrapper);
     wl_proxy_wrapper_destroy(wrapper);
 
-    static constexpr wl_registry_listener listener{takeGlobal, ignoreRemoval};
+    static constexpr wl_registry_listener listener{takeGlobal, ignoreRemovedGlobal};
     zwlr_layer_shell_v1 *shell = nullptr;
     wl_registry_add_listener(registry, &listener, &shell);
     wl_display_roundtrip_queue(display, queue);

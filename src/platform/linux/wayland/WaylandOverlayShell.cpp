@@ -1,5 +1,6 @@
 #include "platform/linux/wayland/WaylandOverlayShell.h"
 
+#include "platform/linux/wayland/CompositorProxy.h"
 #include "platform/linux/wayland/LayerShell.h"
 
 #include <QGuiApplication>
@@ -10,11 +11,13 @@
 #include <qpa/qplatformnativeinterface.h>
 
 #include <cstdint>
+#include <utility>
 #include <wayland-client.h>
 #include <wlr-layer-shell-client.h>
 
 namespace velmora
 {
+
 namespace
 {
 
@@ -24,11 +27,12 @@ class LayerSurface final : public OverlaySurface
 {
 public:
     LayerSurface(QWindow &window, QScreen *screen, const QRect &bounds,
-                 std::shared_ptr<LayerShell> shell)
+                 std::shared_ptr<LayerShell> shell, std::shared_ptr<CompositorProxy> proxy)
         : m_window(&window)
         , m_screen(screen)
         , m_size(bounds.size())
         , m_shell(std::move(shell))
+        , m_proxy(std::move(proxy))
     {
     }
 
@@ -64,6 +68,12 @@ public:
         }
     }
 
+    void setMotionWanted(bool wanted) override
+    {
+        m_isMotionWanted = wanted;
+        tellProxy();
+    }
+
 private:
     [[nodiscard]] std::uint32_t width() const { return std::uint32_t(qMax(1, m_size.width())); }
     [[nodiscard]] std::uint32_t height() const { return std::uint32_t(qMax(1, m_size.height())); }
@@ -81,6 +91,8 @@ private:
             qCWarning(lcWayland, "no surface or no output for an overlay");
             return;
         }
+        m_surfaceId = wl_proxy_get_id(reinterpret_cast<wl_proxy *>(surface));
+        tellProxy();
         m_layerSurface = zwlr_layer_shell_v1_get_layer_surface(
             m_shell->get(), surface, output, ZWLR_LAYER_SHELL_V1_LAYER_OVERLAY, "velmora");
         static constexpr zwlr_layer_surface_v1_listener listener{handleConfigure, handleClosed};
@@ -94,8 +106,17 @@ private:
         wl_surface_commit(surface);
     }
 
+    void tellProxy()
+    {
+        if (m_proxy && m_surfaceId != 0)
+            m_proxy->setMotionWanted(m_surfaceId, m_isMotionWanted);
+    }
+
     void close()
     {
+        // The number may come to stand for another surface.
+        if (m_proxy && m_surfaceId != 0)
+            m_proxy->setMotionWanted(std::exchange(m_surfaceId, 0), true);
         if (m_layerSurface)
             zwlr_layer_surface_v1_destroy(m_layerSurface);
         m_layerSurface = nullptr;
@@ -126,11 +147,14 @@ private:
     std::shared_ptr<LayerShell> m_shell;
     zwlr_layer_surface_v1 *m_layerSurface = nullptr;
     bool m_closed = false;
+    std::shared_ptr<CompositorProxy> m_proxy;
+    std::uint32_t m_surfaceId = 0; ///< 0 while there is none
+    bool m_isMotionWanted = true;
 };
 
 } // namespace
 
-std::unique_ptr<OverlayShell> WaylandOverlayShell::create()
+std::unique_ptr<OverlayShell> WaylandOverlayShell::create(std::shared_ptr<CompositorProxy> proxy)
 {
     auto *native = QGuiApplication::platformNativeInterface();
     auto *display =
@@ -139,11 +163,14 @@ std::unique_ptr<OverlayShell> WaylandOverlayShell::create()
     auto shell = LayerShell::bind(display);
     if (!shell)
         return nullptr;
-    return std::unique_ptr<OverlayShell>(new WaylandOverlayShell(std::move(shell)));
+    return std::unique_ptr<OverlayShell>(
+        new WaylandOverlayShell(std::move(shell), std::move(proxy)));
 }
 
-WaylandOverlayShell::WaylandOverlayShell(std::shared_ptr<LayerShell> shell)
+WaylandOverlayShell::WaylandOverlayShell(std::shared_ptr<LayerShell> shell,
+                                         std::shared_ptr<CompositorProxy> proxy)
     : m_shell(std::move(shell))
+    , m_proxy(std::move(proxy))
 {
 }
 
@@ -157,7 +184,7 @@ std::unique_ptr<OverlaySurface> WaylandOverlayShell::adopt(QWindow &window, cons
                     Qt::WindowStaysOnTopHint | Qt::WindowDoesNotAcceptFocus);
     window.setScreen(screen.handle());
     window.setGeometry(bounds);
-    return std::make_unique<LayerSurface>(window, screen.handle(), bounds, m_shell);
+    return std::make_unique<LayerSurface>(window, screen.handle(), bounds, m_shell, m_proxy);
 }
 
 } // namespace velmora

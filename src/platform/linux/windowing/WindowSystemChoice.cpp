@@ -1,4 +1,5 @@
 #include "platform/linux/wayland/CompositorGlobals.h"
+#include "platform/linux/wayland/CompositorProxy.h"
 #include "platform/linux/windowing/Windowing.h"
 
 #include <QtGlobal>
@@ -84,6 +85,15 @@ void chooseWindowSystem()
     chooseRendering();
     choosePlatform();
     prepareWayland();
+}
+
+std::shared_ptr<CompositorProxy> sparePointerMotion()
+{
+    // An inherited socket is Qt's to take.
+    if (!qgetenv("QT_QPA_PLATFORM").startsWith("wayland") ||
+        qEnvironmentVariableIsSet("WAYLAND_SOCKET"))
+        return nullptr;
+    return CompositorProxy::interpose();
 }
 
 const std::vector<QByteArray> &ownEnvironment()

@@ -10,10 +10,12 @@
 
 #include <QGuiApplication>
 
+#include <utility>
+
 namespace velmora
 {
 
-Windowing makeWindowing()
+Windowing makeWindowing(std::shared_ptr<CompositorProxy> proxy)
 {
     Windowing windowing;
     windowing.screens = std::make_unique<LinuxScreens>();
@@ -31,7 +33,7 @@ Windowing makeWindowing()
 
     windowing.pointer = std::make_unique<WaylandPointer>();
     if (platform.startsWith(u"wayland"))
-        windowing.shell = WaylandOverlayShell::create();
+        windowing.shell = WaylandOverlayShell::create(std::move(proxy));
     if (!windowing.shell)
         windowing.shell = std::make_unique<PlainOverlayShell>();
     return windowing;

@@ -14,7 +14,7 @@ namespace velmora
 namespace
 {
 
-Q_LOGGING_CATEGORY(lcPointer, "com.velmora.app.Pointer", QtInfoMsg)
+Q_LOGGING_CATEGORY(lcDrags, "com.velmora.app.Pointer", QtInfoMsg)
 
 /// Some thousand addresses, read within a millisecond or two. More are read beside the main loop.
 constexpr qsizetype readAtOnce = 65'536;
@@ -41,7 +41,7 @@ X11FileDrags::X11FileDrags(std::shared_ptr<X11Connection> connection)
             ? xcb_xfixes_query_version_reply(xcb, xcb_xfixes_query_version(xcb, 5, 0), nullptr)
             : nullptr);
     if (!version) {
-        qCInfo(lcPointer, "no XFixes: drags of files are seen once they reach the notch");
+        qCInfo(lcDrags, "no XFixes: drags of files are seen once they reach the notch");
         return;
     }
     m_selectionEvent = fixes->first_event + XCB_XFIXES_SELECTION_NOTIFY;
