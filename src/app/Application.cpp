@@ -3,6 +3,7 @@
 #include "app/AppDelegate.h"
 #include "app/LoginPrompt.h"
 #include "overlay/OverlayScene.h"
+#include "overlay/OverlayWarmUp.h"
 #include "platform/linux/desktop/AutostartLoginItem.h"
 #include "platform/linux/desktop/DesktopNotifications.h"
 #include "platform/linux/desktop/SettingsStore.h"
@@ -77,6 +78,7 @@ int runApplication(const std::shared_ptr<CompositorProxy> &proxy)
     const Platform platform = makePlatform(bus, proxy);
     StatusMenu sceneMenu(*platform.clock);
     OverlayScene scene(sceneMenu);
+    OverlayWarmUp warmUp(scene.engine(), *platform.clock);
     LoginPrompt loginPrompt(scene.engine());
     const OverlayEnvironment environment{*platform.clock, *platform.pointer, *platform.drags,
                                          *platform.screens, *platform.shell};
@@ -84,8 +86,9 @@ int runApplication(const std::shared_ptr<CompositorProxy> &proxy)
                                     const NotchSettings &settings, NotchServices &services) {
         return std::make_unique<NotchWindowController>(
             screen, settings, services, environment,
-            [&scene](NotchWindow &window, NotchWindowController &controller) {
+            [&scene, &warmUp](NotchWindow &window, NotchWindowController &controller) {
                 scene.populate(window, controller);
+                warmUp.useFor(window, controller);
             });
     };
     AppActions actions;

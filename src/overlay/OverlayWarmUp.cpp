@@ -1,0 +1,143 @@
+#include "overlay/OverlayWarmUp.h"
+
+#include "overlay/NotchGeometry.h"
+
+#include <QFontDatabase>
+#include <QQmlEngine>
+#include <QQuickItem>
+#include <QtConcurrent>
+
+namespace velmora
+{
+
+namespace
+{
+
+/// The program is there, and what came with it has settled.
+constexpr std::chrono::milliseconds startDelay(2000);
+/// Between two steps, so that nothing else waits for more than one of them.
+constexpr std::chrono::milliseconds pause(20);
+constexpr int sliceMilliseconds = 4;
+
+} // namespace
+
+OverlayWarmUp::OverlayWarmUp(QQmlEngine &engine, Clock &clock)
+    : m_engine(engine)
+    , m_clock(clock)
+{
+    m_engine.setIncubationController(this);
+}
+
+OverlayWarmUp::~OverlayWarmUp()
+{
+    dropView();
+}
+
+void OverlayWarmUp::useFor(NotchWindow &window, NotchWindowController &controller)
+{
+    if (m_isFinished) {
+        return;
+    }
+    dropView();
+    if (m_window) {
+        m_window->disconnect(this);
+    }
+    m_window = &window;
+    m_controller = &controller;
+    // The views ask the controller while they exist, and it is about to go with its window.
+    connect(&window, &QObject::destroyed, this, &OverlayWarmUp::dropView);
+    if (!m_hasBegun) {
+        m_hasBegun = true;
+        m_start = m_clock.after(startDelay, [this] { findFonts(); });
+    } else if (m_areFontsKnown) {
+        later(pause, &OverlayWarmUp::loadView);
+    }
+}
+
+void OverlayWarmUp::later(std::chrono::milliseconds delay, void (OverlayWarmUp::*step)())
+{
+    m_step = m_clock.after(delay, [this, step] { (this->*step)(); });
+}
+
+/// All of them are asked about when the first text is set. That reads the settings of the desktop's
+/// fonts, and can mean to look at each of them.
+void OverlayWarmUp::findFonts()
+{
+    QtConcurrent::run([] { return QFontDatabase::families().size(); }).then(this, [this](auto) {
+        m_areFontsKnown = true;
+        loadView();
+    });
+}
+
+void OverlayWarmUp::loadView()
+{
+    m_component = std::make_unique<QQmlComponent>(&m_engine);
+    connect(m_component.get(), &QQmlComponent::statusChanged, this, [this] {
+        if (!m_component->isLoading()) {
+            later(pause, &OverlayWarmUp::buildView);
+        }
+    });
+    m_component->loadUrl(QUrl(QStringLiteral("qrc:/qt/qml/Velmora/Overlay/DropActionsOverlay.qml")),
+                         QQmlComponent::Asynchronous);
+}
+
+void OverlayWarmUp::buildView()
+{
+    if (!m_window) {
+        return;
+    }
+    if (m_component->isError()) {
+        finishView(); // whoever shows it will say so
+        return;
+    }
+    m_incubator.emplace(*this);
+    m_incubator->setInitialProperties(
+        {{QStringLiteral("controller"), QVariant::fromValue(m_controller.data())}});
+    m_component->create(*m_incubator);
+}
+
+/// Begun by `buildView`, a view goes on here.
+void OverlayWarmUp::incubatingObjectCountChanged(int count)
+{
+    if (count > 0) {
+        m_step = m_clock.every(pause, [this] { incubateFor(sliceMilliseconds); });
+    }
+}
+
+/// Texts are measured by the window's screen, and broken by their room.
+void OverlayWarmUp::prepare(QObject *view)
+{
+    m_view = view;
+    auto *item = qobject_cast<QQuickItem *>(view);
+    if (item != nullptr && m_window) {
+        item->setVisible(false);
+        item->setSize({NotchGeometry::expandedWidth, NotchGeometry::expandedContentHeight});
+        item->setParentItem(m_window->contentItem());
+    }
+}
+
+void OverlayWarmUp::Incubator::statusChanged(Status status)
+{
+    if (status == Ready || status == Error) {
+        m_owner.later(pause, &OverlayWarmUp::finishView);
+    }
+}
+
+void OverlayWarmUp::finishView()
+{
+    dropView();
+    m_isFinished = true;
+}
+
+void OverlayWarmUp::dropView()
+{
+    m_step.reset();
+    if (m_incubator) {
+        m_incubator->clear();
+        m_incubator.reset();
+        delete m_view; // at once: what it shows is about to go
+    }
+    m_component.reset();
+}
+
+} // namespace velmora

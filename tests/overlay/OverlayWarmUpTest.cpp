@@ -1,0 +1,172 @@
+#include "overlay/OverlayWarmUp.h"
+
+#include "overlay/OverlayScene.h"
+#include "support/FakeDesktop.h"
+#include "support/FakePlatform.h"
+#include "support/QmlItems.h"
+#include "support/QmlWarnings.h"
+
+#include <QQuickItem>
+#include <QTest>
+
+using namespace velmora;
+using namespace std::chrono_literals;
+
+namespace
+{
+
+/// Items of a type inside of another, seen or not.
+qsizetype count(const QQuickItem &root, const char *type)
+{
+    qsizetype found = 0;
+    for (const QQuickItem *child : root.childItems()) {
+        found += (isOfType(*child, type) ? 1 : 0) + count(*child, type);
+    }
+    return found;
+}
+
+struct Overlays {
+    std::unique_ptr<NotchWindowController> make()
+    {
+        return std::make_unique<NotchWindowController>(
+            screens.all().front(), NotchSettings(), services,
+            OverlayEnvironment{clock, pointer, drags, screens, shell},
+            [this](NotchWindow &filled, NotchWindowController &owner) {
+                window = &filled;
+                scene.populate(filled, owner);
+                warmUp.useFor(filled, owner);
+            });
+    }
+
+    /// One step of the program, and one of what happens beside it.
+    void turn()
+    {
+        clock.advance(20ms);
+        QCoreApplication::processEvents();
+    }
+
+    /// The view of drags, while it is being built for no drag.
+    [[nodiscard]] QQuickItem *view() const
+    {
+        for (QQuickItem *item : window->contentItem()->childItems()) {
+            if (isOfType(*item, "DropActionsOverlay")) {
+                return item;
+            }
+        }
+        return nullptr;
+    }
+
+    /// Goes on until it is being built.
+    [[nodiscard]] bool reachesView()
+    {
+        return QTest::qWaitFor([&] {
+            if (view() == nullptr) {
+                turn();
+            }
+            return view() != nullptr;
+        });
+    }
+
+    FakePlatform platform;
+    VirtualClock &clock = platform.clock;
+    FakeScreens &screens = platform.screens;
+    FakePointer pointer;
+    FakeFileDrags drags;
+    FakeShell shell;
+    NotchServices services{platform.roles};
+    StatusMenu menu{clock};
+    std::shared_ptr<FakeScreen> screen =
+        screens.add(QRectF(0, 0, 800, 600), QStringLiteral("Fake"));
+    OverlayScene scene{menu};
+    OverlayWarmUp warmUp{scene.engine(), clock};
+    NotchWindow *window = nullptr;
+};
+
+} // namespace
+
+class OverlayWarmUpTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { m_warnings.emplace(); }
+    void cleanup()
+    {
+        const QStringList warnings = m_warnings->list();
+        m_warnings.reset();
+        QCOMPARE(warnings, QStringList());
+    }
+
+    void buildsTheViewOnceAndOutOfSight();
+    void goesWithTheOverlayAndOnWithTheNext();
+    void waitsForAnOverlay();
+
+private:
+    std::optional<QmlWarnings> m_warnings;
+};
+
+void OverlayWarmUpTest::buildsTheViewOnceAndOutOfSight()
+{
+    Overlays overlays;
+    const auto overlay = overlays.make();
+    const auto children = overlays.window->contentItem()->childItems();
+
+    QVERIFY(overlays.reachesView());
+    qsizetype buttons = 0;
+    QVERIFY(QTest::qWaitFor([&] {
+        if (const QQuickItem *view = overlays.view()) {
+            buttons = std::max(buttons, count(*view, "DropActionButton"));
+            if (view->isVisible()) {
+                return false;
+            }
+        }
+        overlays.turn();
+        return overlays.warmUp.isFinished();
+    }));
+    QCOMPARE(buttons,
+             static_cast<qsizetype>(overlays.services.dropService()->enabledActions().size()));
+    // Nothing is left of it, and nothing goes on.
+    QCOMPARE(overlays.window->contentItem()->childItems(), children);
+    QCOMPARE(overlays.scene.engine().incubationController()->incubatingObjectCount(), 0);
+    const auto another = overlays.make();
+    overlays.clock.advance(10s);
+    QCOMPARE(overlays.view(), nullptr);
+}
+
+void OverlayWarmUpTest::goesWithTheOverlayAndOnWithTheNext()
+{
+    Overlays overlays;
+    auto overlay = overlays.make();
+    overlays.clock.advance(1s);
+    overlay = overlays.make();
+    overlays.clock.advance(1s);
+    QVERIFY(overlays.reachesView());
+    // Each lives a little longer than the one before: they go at every stage of the work.
+    for (int life = 0; !overlays.warmUp.isFinished(); ++life) {
+        overlay.reset();
+        overlays.turn();
+        overlay = overlays.make();
+        QCOMPARE(overlays.view(), nullptr);
+        for (int i = 0; i < life; ++i) {
+            overlays.turn();
+        }
+    }
+    QCOMPARE(overlays.view(), nullptr);
+}
+
+void OverlayWarmUpTest::waitsForAnOverlay()
+{
+    Overlays overlays;
+    overlays.make().reset();
+    // The fonts are found, and the view is loaded, with no overlay to build it for.
+    overlays.clock.advance(2s);
+    for (int i = 0; i < 100; ++i) {
+        overlays.turn();
+    }
+    QVERIFY(!overlays.warmUp.isFinished());
+    const auto overlay = overlays.make();
+    QVERIFY(overlays.reachesView());
+}
+
+QTEST_MAIN(OverlayWarmUpTest)
+#include "OverlayWarmUpTest.moc"
