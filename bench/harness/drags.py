@@ -60,12 +60,15 @@ class DragFigures(MusicFigures):
             with Running(subject, desk) as program:
                 time.sleep(3)
                 # What is filled once is full after these.
-                before = self.drag("drop", desk, BESIDE, max(30, count // 5), file.as_uri())
+                before = self.drag("drop", desk, BESIDE, max(30, count // 10), file.as_uri())
                 time.sleep(3)
                 held = memory(program.checked_pid())
+                start = time.monotonic()
                 values = self.drag("drop", desk, BESIDE, count, file.as_uri())
+                values["seconds"] = time.monotonic() - start
                 time.sleep(3)
                 now = memory(program.checked_pid())
+            values["stuck"] += before["stuck"]
             values["lost"] = before["drops"] + values["drops"] - len(list(copies.iterdir()))
         return {**values, "growth": now["anonymous"] - held["anonymous"], "pss_growth": now["pss"] - held["pss"]}
 

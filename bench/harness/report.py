@@ -274,9 +274,8 @@ class Table:
                   f"{verdict([(hold['asked'], 0)])}",
                   f"- {soak['drags']} drags in a row, {soak['drops']} dropped: {soak['refused']} refused,"
                   f" {soak['unfinished']} unfinished, {soak['lost']} copies lost,"
-                  f" {'closed' if soak['collapsed'] else 'NOT closed'} after them"
-                  + verdict([(abs(soak[key]), 0) for key in ("refused", "unfinished", "lost")]
-                            + [(not soak["collapsed"], 0)]),
+                  f" not closed after {soak['stuck']}; {soak['seconds']:.0f} s"
+                  + verdict([(abs(soak[key]), 0) for key in ("refused", "unfinished", "lost", "stuck")]),
                   f"  - anonymous memory, MB: {soak['growth']:+.2f} (goal: within 1){verdict([(abs(soak['growth']), 1)])},"
                   f" proportional {soak['pss_growth']:+.2f}"]
         return lines
