@@ -148,8 +148,8 @@ class Table:
 
     def hover_lines(self):
         lines = []
-        for desk in ("x11", "wayland"):
-            traces = [trace for run in self.results.runs("hover", ("velmora", desk)) for trace in run["traces"]]
+        for name, desk in (("velmora", "x11"), ("velmora", "wayland"), ("hover_floor", "wayland")):
+            traces = [trace for run in self.results.runs("hover", (name, desk)) for trace in run["traces"]]
             good = [trace for trace in traces if "error" not in trace]
             if not traces:
                 continue
@@ -157,7 +157,8 @@ class Table:
             dropped = [t for t in good if t["longest_ms"] > DROPPED_MS and t["blind_ms"] <= BLIND_MS]
             first = [t["first_ms"] for t in good]
             smooth = len(traces) - len(dropped) - len(unclear) - (len(traces) - len(good))
-            lines += ["", f"Hover ({desk}), {len(traces)} expansions:",
+            bare = "" if name == "velmora" else ", by a bare client that only draws a bar"
+            lines += ["", f"Hover ({desk}), {len(traces)} expansions{bare}:",
                       f"- pointer enters to first growth, ms: {spread(first, 1)}; within 34 ms:"
                       f" {sum(value <= 34 for value in first)} of {len(traces)}"
                       + verdict([(statistics.median(first) if first else None, 34)]),

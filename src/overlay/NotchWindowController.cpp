@@ -16,6 +16,7 @@ Q_LOGGING_CATEGORY(lcWindowController, "com.velmora.app.WindowController", QtInf
 constexpr std::chrono::milliseconds expandDuration(280);
 constexpr std::chrono::milliseconds collapseDuration(220);
 constexpr std::chrono::milliseconds collapseDelay(300);
+constexpr std::chrono::milliseconds frameInterval(16);
 
 } // namespace
 
@@ -202,6 +203,7 @@ void NotchWindowController::animateWindow(const QRectF &target, Milliseconds dur
             std::chrono::duration<double>(duration).count());
     m_animation = FrameAnimation(m_frame, target, m_environment.clock.uptime(), duration);
     m_frameTimer = m_environment.clock.everyFrame([this] { animationStep(); });
+    animationStep();
 }
 
 void NotchWindowController::animationStep()
@@ -210,7 +212,8 @@ void NotchWindowController::animationStep()
     if (m_animation.isFinished(now)) {
         m_frameTimer.reset();
     }
-    setFrame(m_animation.at(now));
+    // What is drawn now is seen with the next frame.
+    setFrame(m_animation.at(now + frameInterval));
 }
 
 void NotchWindowController::setFrame(const QRectF &frame)

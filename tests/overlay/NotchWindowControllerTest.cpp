@@ -174,16 +174,17 @@ void NotchWindowControllerTest::growsAndShrinks()
     QVERIFY(!desk.isExpanded());
 
     desk.enter();
-    QVERIFY(desk.isExpanded()); // before the frame has moved
-    QCOMPARE(desk.frame(), collapsedFrame);
+    QVERIFY(desk.isExpanded());
+    // The next picture on the screen is a frame away, and shows that it grows.
+    QVERIFY(desk.frame().width() > 200 && desk.frame().width() < 210);
     desk.clock.advance(140ms);
     // Half the time of a symmetric curve is half the way; the frames fall beside it by half a
     // frame.
     QVERIFY(qAbs(desk.frame().width() - 500) < 40);
     QCOMPARE(desk.frame().center().x(), 800.0);
-    desk.clock.advance(139ms);
+    desk.clock.advance(110ms);
     QVERIFY(desk.frame() != expandedFrame);
-    desk.clock.advance(20ms);
+    desk.clock.advance(49ms);
     QCOMPARE(desk.frame(), expandedFrame);
     // What can be seen and clicked follows.
     QCOMPARE(desk.shell.shape.boundingRect().translated(desk.shell.bounds.topLeft()),
@@ -282,7 +283,7 @@ void NotchWindowControllerTest::interruptedAnimation()
     const QRectF between = desk.frame();
     QVERIFY(between.width() < 800 && between.width() > 200);
     desk.enter();
-    QCOMPARE(desk.frame(), between); // goes on from where it is
+    QVERIFY(qAbs(desk.frame().width() - between.width()) < 5); // goes on from where it is
     desk.clock.advance(34ms);
     QVERIFY(desk.frame().width() >= between.width());
     desk.clock.advance(300ms);

@@ -3,11 +3,13 @@
 
 #include <QGuiApplication>
 #include <QImage>
+#include <QMouseEvent>
 #include <QPainter>
 #include <QProcess>
 #include <QRasterWindow>
 #include <QScreen>
 #include <QTest>
+#include <QVariantAnimation>
 
 using namespace velmora;
 
@@ -25,7 +27,12 @@ public:
         setFormat(format);
     }
 
+    int moves = 0;
+    QPointF pressed;
+
 protected:
+    void mouseMoveEvent(QMouseEvent *) override { ++moves; }
+    void mousePressEvent(QMouseEvent *event) override { pressed = event->position(); }
     void paintEvent(QPaintEvent *) override
     {
         QPainter painter(this);
@@ -69,7 +76,7 @@ private Q_SLOTS:
     void initTestCase()
     {
         QCOMPARE(QGuiApplication::platformName(), QStringLiteral("wayland"));
-        m_windowing = makeWindowing();
+        m_windowing = makeWindowing(proxy);
         QCOMPARE(m_windowing.screens->all().size(), 2U);
         QVERIFY(!m_windowing.pointer->location());
     }
@@ -98,6 +105,67 @@ private Q_SLOTS:
         QTRY_COMPARE(picture(name).pixel(left - 100, 79), red);
         surface.reset();
         QTRY_VERIFY(picture(name).pixel(left, 0) != red);
+    }
+
+    void motionIsToldWhereItIsWanted()
+    {
+        const auto screen = m_windowing.screens->all().front();
+        Window window(Qt::blue);
+        const QRect bounds = boundsOn(*screen, {200, 40});
+        auto surface = m_windowing.shell->adopt(window, *screen, bounds);
+        surface->orderFront();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        XPeer host(qgetenv("VELMORA_HOST_DISPLAY").constData());
+        const auto wander = [&](int right) {
+            for (int x = 1; x <= right; ++x)
+                host.move(bounds.topLeft() + QPoint(x, 20));
+        };
+
+        const auto click = [&](const QPointF &place) {
+            window.pressed = {};
+            host.press();
+            host.release();
+            QTRY_COMPARE(window.pressed, place);
+        };
+        // The compositor may take a moment to have the surface below the pointer.
+        QTRY_VERIFY((wander(90), window.moves > 0));
+        click({90, 20});
+
+        surface->setMotionWanted(false);
+        click({90, 20}); // what was under way before is over
+        window.moves = 0;
+        wander(150);
+        click({150, 20});
+        QVERIFY(window.moves <= 1); // the one that the press comes with
+        surface->setMotionWanted(true);
+        window.moves = 0;
+        wander(120);
+        QTRY_VERIFY(window.moves > 0);
+    }
+
+    void animationsGoWithTheFrames()
+    {
+        const auto screen = m_windowing.screens->all().front();
+        Window window(Qt::yellow);
+        auto surface = m_windowing.shell->adopt(window, *screen, boundsOn(*screen, {200, 40}));
+        surface->orderFront();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        QVariantAnimation animation;
+        animation.setStartValue(0.0);
+        animation.setEndValue(1.0);
+        animation.setDuration(300);
+        int steps = 0;
+        connect(&animation, &QVariantAnimation::valueChanged, &window, [&] {
+            ++steps;
+            window.update();
+        });
+        animation.start();
+        QTRY_COMPARE(animation.state(), QAbstractAnimation::Stopped);
+        QVERIFY(steps > 1);
+        // Also where there is nothing to be drawn, and no frame comes.
+        surface.reset();
+        animation.start();
+        QTRY_COMPARE(animation.state(), QAbstractAnimation::Stopped);
     }
 
     void closedByTheCompositor()
@@ -137,6 +205,9 @@ private Q_SLOTS:
 
     void cleanupTestCase() { m_windowing = {}; }
 
+public:
+    std::shared_ptr<CompositorProxy> proxy;
+
 private:
     Windowing m_windowing;
 };
@@ -144,8 +215,10 @@ private:
 int main(int argc, char **argv)
 {
     chooseWindowSystem();
+    const auto proxy = sparePointerMotion();
     QGuiApplication app(argc, argv);
     LayerShellTest test;
+    test.proxy = proxy;
     return QTest::qExec(&test, argc, argv);
 }
 #include "LayerShellTest.moc"

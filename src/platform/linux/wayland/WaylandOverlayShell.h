@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/OverlayShell.h"
+#include "platform/linux/wayland/FrameDriver.h"
 
 #include <memory>
 
@@ -29,6 +30,7 @@ private:
 
     std::shared_ptr<LayerShell> m_shell;
     std::shared_ptr<CompositorProxy> m_proxy;
+    FrameDriver m_frameDriver;
 };
 
 } // namespace velmora
