@@ -18,7 +18,7 @@ namespace
 
 using namespace std::chrono_literals;
 
-Q_LOGGING_CATEGORY(lcMediaRemote, "com.velmora.app.MediaRemote", QtInfoMsg)
+Q_LOGGING_CATEGORY(lcArtwork, "com.velmora.app.MediaRemote", QtInfoMsg)
 
 constexpr int cachedImages = 24;
 constexpr int atOnce = 4;
@@ -176,7 +176,7 @@ void ArtworkLookup::succeed(const QImage &image, const Search &search)
 void ArtworkLookup::fail(const Search &search)
 {
     --m_running;
-    qCDebug(lcMediaRemote, "iTunes artwork lookup found nothing for \"%s\"",
+    qCDebug(lcArtwork, "iTunes artwork lookup found nothing for \"%s\"",
             qUtf8Printable(search.title));
     m_pauses[search.key] =
         m_clock.after(pauseAfterFailure, [this, key = search.key] { resume(key); });
