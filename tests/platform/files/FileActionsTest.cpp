@@ -2,18 +2,24 @@
 #include "platform/LocalPath.h"
 #include "platform/linux/files/FileItems.h"
 #include "platform/linux/files/LinuxFileActions.h"
+#include "platform/linux/files/PartFiles.h"
 #include "platform/linux/files/TreeCopy.h"
 
 #include <QEventLoop>
+#include <QProcess>
+#include <QSet>
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <csignal>
 #include <sys/mount.h>
 
 using namespace velmora;
 
 namespace
 {
+
+constexpr const char *copyAndDie = "--copy-and-die";
 
 QByteArray numbered(const QByteArray &name, int attempt)
 {
@@ -58,6 +64,8 @@ private Q_SLOTS:
     void whatChangedIsNotRemoved();
     void thePathsOfDeepTrees();
     void goingAwayInTheMiddle();
+    void remainsOfAKilledCopy();
+    void whatIsNoRemainsStays();
     void folders();
 
 private:
@@ -373,6 +381,86 @@ void FileActionsTest::goingAwayInTheMiddle()
     QCOMPARE(int{isThere(path("large"))} + int(entries(target).size()), 1);
 }
 
+void FileActionsTest::remainsOfAKilledCopy()
+{
+    makeTree(path("tree"));
+    writeFile(path("file"));
+    for (const char *item : {"tree", "file"}) {
+        QProcess other;
+        other.start(
+            QCoreApplication::applicationFilePath(),
+            {text(copyAndDie), QFile::decodeName(path(item)), QFile::decodeName(path("to"))});
+        QVERIFY(other.waitForFinished());
+        QCOMPARE(other.exitStatus(), QProcess::CrashExit);
+    }
+    QCOMPARE(entries(path("to")).size(), 2);
+    QVERIFY(entries(path("to")).front().startsWith(".velmora-"));
+
+    QCOMPARE(perform(Action::Copy, urls({path("file")}), path("to")), QString());
+    QCOMPARE(entries(path("to")), QList<QByteArray>{"file"});
+}
+
+void FileActionsTest::whatIsNoRemainsStays()
+{
+    QProcess other;
+    other.start(QStringLiteral("true"), QStringList());
+    const qint64 ended = other.processId();
+    QVERIFY(other.waitForFinished());
+    const auto nameBy = [](const std::function<void(PartOwner &)> &change) {
+        PartOwner owner = PartOwner::self();
+        change(owner);
+        return temporaryName(owner);
+    };
+    const QByteArray gone = nameBy([ended](PartOwner &owner) { owner.pid = ended; });
+    const QByteArray successor = nameBy([](PartOwner &owner) { --owner.start; });
+    const QByteArray earlier = nameBy([](PartOwner &owner) { owner.boot = "earlier"; });
+    const QList<QByteArray> kept{
+        temporaryName(),
+        nameBy([](PartOwner &owner) { owner.machine = "another"; }),
+        nameBy([ended](PartOwner &owner) {
+            owner.machine.clear();
+            owner.pid = ended;
+        }),
+        gone + ".txt",
+        "a" + gone,
+        QByteArray(gone).replace(".part", "-2.part"),
+        ".velmora-.part",
+        ".velmora-abcdefg.part",
+        ".velmora-----.part",
+        ".velmora-notes",
+    };
+    const auto remaining = [this] {
+        const auto names = entries(path("to"));
+        return QSet<QByteArray>(names.begin(), names.end());
+    };
+    for (const QByteArray &name : kept + QList<QByteArray>{gone, successor, earlier}) {
+        writeFile(path("to/" + name));
+    }
+    symlink("file",
+            path("to/" + nameBy([ended](PartOwner &owner) { owner.pid = ended; })).constData());
+
+    tidyFolder(path("to"));
+    QSet<QByteArray> expected(kept.begin(), kept.end());
+    expected << earlier; // as young as it is, it may be of another name space
+    QCOMPARE(remaining(), expected);
+
+    const int folder = open(path("to").constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    PartOwner later = PartOwner::self();
+    later.bootSeconds = time(nullptr) + 10;
+    removeLeftovers(folder, later);
+    close(folder);
+    expected.remove(earlier);
+    QCOMPARE(remaining(), expected);
+
+    if (geteuid() == 0) {
+        writeFile(path("to/" + gone));
+        const Unprivileged nobody;
+        tidyFolder(path("to"));
+        expected << gone;
+        QCOMPARE(remaining(), expected);
+    }
+}
+
 void FileActionsTest::folders()
 {
     const auto make = [this](const QByteArray &folder) {
@@ -402,5 +490,23 @@ void FileActionsTest::folders()
     QCOMPARE(localPath(free), std::optional(path("file 1")));
 }
 
-QTEST_GUILESS_MAIN(FileActionsTest)
+/// Started as `copyAndDie ITEM FOLDER`, this program is killed when it has copied all of the item
+/// and is about to give the copy its name.
+int main(int argc, char *argv[])
+{
+    if (argc == 4 && text(copyAndDie) == text(argv[1])) {
+        const CancelFlag isCancelled = false;
+        FileContent content(isCancelled);
+        const auto die = [](const QByteArray &name, int) {
+            raise(SIGKILL);
+            return name;
+        };
+        copyItem(argv[2], argv[3], die, content);
+        return 0;
+    }
+    const QCoreApplication application(argc, argv);
+    FileActionsTest test;
+    return QTest::qExec(&test, argc, argv);
+}
+
 #include "FileActionsTest.moc"

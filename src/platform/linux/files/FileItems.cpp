@@ -1,6 +1,7 @@
 #include "platform/linux/files/FileItems.h"
 
 #include "platform/LocalPath.h"
+#include "platform/linux/files/PartFiles.h"
 #include "platform/linux/files/Placement.h"
 #include "platform/linux/files/TreeCopy.h"
 
@@ -116,6 +117,14 @@ void makeFolders(const QByteArray &path)
     struct stat info = {};
     if (stat(path.constData(), &info) != 0 || !S_ISDIR(info.st_mode)) {
         throw FileFailure(path, code);
+    }
+}
+
+void tidyFolder(const QByteArray &path)
+{
+    const UniqueFd folder(open(path.constData(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    if (folder.isOpen()) {
+        removeLeftovers(folder.get());
     }
 }
 

@@ -10,6 +10,9 @@ namespace velmora
 
 void makeFolders(const QByteArray &path);
 
+/// Takes away what copies into this folder have left there whose process was killed.
+void tidyFolder(const QByteArray &path);
+
 /// Into an existing folder, under the first name of the rule that is free. A copy is made under
 /// another name and takes its own when it is complete.
 void copyItem(const QByteArray &item, const QByteArray &folder, NameRule rule,

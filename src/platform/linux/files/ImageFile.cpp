@@ -3,6 +3,7 @@
 #include "platform/LocalPath.h"
 #include "platform/linux/files/FileFailure.h"
 #include "platform/linux/files/HeifReader.h"
+#include "platform/linux/files/PartFiles.h"
 #include "platform/linux/files/Placement.h"
 #include "platform/linux/files/UniqueFd.h"
 

@@ -45,6 +45,7 @@ void LinuxFileActions::copyItems(const QList<QUrl> &items, const QUrl &folder, N
     run(
         [items, folder, rule](const CancelFlag &cancelled) {
             FileContent content(cancelled);
+            tidyFolder(pathOf(folder));
             for (const QUrl &item : items) {
                 copyItem(pathOf(item), pathOf(folder), rule, content);
             }
@@ -58,6 +59,7 @@ void LinuxFileActions::moveItems(const QList<QUrl> &items, const QUrl &folder, N
     run(
         [items, folder, rule](const CancelFlag &cancelled) {
             FileContent content(cancelled);
+            tidyFolder(pathOf(folder));
             for (const QUrl &item : items) {
                 moveItem(pathOf(item), pathOf(folder), rule, content);
             }

@@ -1,7 +1,5 @@
 #include "platform/linux/files/Placement.h"
 
-#include <QRandomGenerator>
-
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
@@ -52,12 +50,6 @@ int renameToFree(const Placing &placing, const QByteArray &name)
 }
 
 } // namespace
-
-QByteArray temporaryName()
-{
-    const quint64 number = QRandomGenerator::global()->generate64();
-    return ".velmora-" + QByteArray::number(number, 36) + ".part";
-}
 
 int place(const Placing &placing, NameRule rule)
 {

@@ -8,9 +8,6 @@ namespace velmora
 /// Giving an item its final name, without ever replacing anything, also if two programs do it at
 /// the same moment.
 
-/// A name that nobody has, hidden and short, for something that is not complete yet.
-[[nodiscard]] QByteArray temporaryName();
-
 /// What `place` works on: the item at one name below one folder goes below another folder.
 struct Placing {
     int fromFolder;
