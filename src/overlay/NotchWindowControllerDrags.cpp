@@ -10,7 +10,7 @@ namespace velmora
 namespace
 {
 
-Q_LOGGING_CATEGORY(lcWindowController, "com.velmora.app.WindowController", QtInfoMsg)
+Q_LOGGING_CATEGORY(lcWindowDrags, "com.velmora.app.WindowController", QtInfoMsg)
 
 constexpr std::chrono::milliseconds dragExpandDuration(220);
 /// How long a source may take from the release of the button to the drop.
@@ -65,7 +65,7 @@ void NotchWindowController::globalDragBegan(const QList<QUrl> &files)
     if (m_proactivelyExpanded || dropService().isDragging()) {
         return;
     }
-    qCDebug(lcWindowController,
+    qCDebug(lcWindowDrags,
             "global file drag detected (%lld file(s)) \u2014 proactively expanding",
             static_cast<long long>(files.size()));
     m_proactivelyExpanded = true;
@@ -90,14 +90,14 @@ void NotchWindowController::globalMouseUp()
     if (!dropService().isDragging()) {
         return;
     }
-    qCDebug(lcWindowController,
+    qCDebug(lcWindowDrags,
             "global mouse up \u2014 drag ended outside notch, resetting drop state");
     endDrag();
 }
 
 void NotchWindowController::dragEntered(const QList<QUrl> &files)
 {
-    qCInfo(lcWindowController, "drag entered: %lld file(s)", static_cast<long long>(files.size()));
+    qCInfo(lcWindowDrags, "drag entered: %lld file(s)", static_cast<long long>(files.size()));
     m_isDragInside = true;
     beginDrag(files);
 }
@@ -109,7 +109,7 @@ void NotchWindowController::dragUpdated(const QPointF &position)
 
 void NotchWindowController::dragExited()
 {
-    qCDebug(lcWindowController, "drag exited");
+    qCDebug(lcWindowDrags, "drag exited");
     m_isDragInside = false;
     endDrag();
 }
@@ -119,10 +119,10 @@ void NotchWindowController::dragPerformed(const QList<QUrl> &given, const QPoint
     DropActionsService &drop = dropService();
     const QList<QUrl> files = given.isEmpty() ? drop.draggedFiles() : given;
     m_isDragInside = false;
-    qCInfo(lcWindowController, "drag performed: %lld file(s) at (%f, %f)",
+    qCInfo(lcWindowDrags, "drag performed: %lld file(s) at (%f, %f)",
            static_cast<long long>(files.size()), position.x(), position.y());
     if (files.isEmpty()) {
-        qCCritical(lcWindowController, "drag performed but no files \u2014 aborting");
+        qCCritical(lcWindowDrags, "drag performed but no files \u2014 aborting");
         endDrag();
         return;
     }
@@ -132,7 +132,7 @@ void NotchWindowController::dragPerformed(const QList<QUrl> &given, const QPoint
     }
     setDropPosition(position + panelOrigin());
     if (action) {
-        qCInfo(lcWindowController, "executing action: %s on %lld file(s)",
+        qCInfo(lcWindowDrags, "executing action: %s on %lld file(s)",
                qUtf8Printable(rawValue(*action)), static_cast<long long>(files.size()));
         // In its own turn, and not by way of this controller, which may be gone by then.
         QMetaObject::invokeMethod(

@@ -207,7 +207,8 @@ FileSystemSize ProcStatistics::homeFileSystem()
     if (::statvfs(m_home.c_str(), &status) != 0)
         return {};
     const auto blockSize = static_cast<double>(status.f_frsize);
-    return {static_cast<double>(status.f_bfree) * blockSize,
+    // What the user can fill, as df and file managers have it; the rest is kept for root.
+    return {static_cast<double>(status.f_bavail) * blockSize,
             static_cast<double>(status.f_blocks) * blockSize};
 }
 
