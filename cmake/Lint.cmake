@@ -17,11 +17,7 @@ endif()
 # Of joined sources it looks at the joints, which is several times faster: most of its time goes to Qt's headers.
 find_program(RUN_CLANG_TIDY NAMES run-clang-tidy run-clang-tidy-14)
 if(RUN_CLANG_TIDY)
-  if(CMAKE_UNITY_BUILD)
-    set(tidied "^${CMAKE_BINARY_DIR}/src/.*/Unity/")
-  else()
-    set(tidied "^${PROJECT_SOURCE_DIR}/src/")
-  endif()
+  set(tidied "^(${CMAKE_BINARY_DIR}/src/.*/Unity/|${PROJECT_SOURCE_DIR}/src/)")
   add_custom_target(tidy
     COMMAND ${RUN_CLANG_TIDY} -quiet -p ${CMAKE_BINARY_DIR} -checks=-bugprone-suspicious-include "${tidied}"
     COMMENT "clang-tidy on src"

@@ -10,7 +10,7 @@ namespace velmora
 namespace
 {
 
-Q_LOGGING_CATEGORY(lcAppDelegate, "com.velmora.app.AppDelegate", QtInfoMsg)
+Q_LOGGING_CATEGORY(lcLoginPrompt, "com.velmora.app.AppDelegate", QtInfoMsg)
 
 } // namespace
 
@@ -27,7 +27,7 @@ void LoginPrompt::ask(const std::function<void()> &accepted)
     QObject *object = component.create();
     m_window = qobject_cast<QQuickWindow *>(object);
     if (m_window == nullptr) {
-        qCCritical(lcAppDelegate) << "cannot put the question:" << component.errorString();
+        qCCritical(lcLoginPrompt) << "cannot put the question:" << component.errorString();
         delete object;
         return;
     }

@@ -65,8 +65,7 @@ void NotchWindowController::globalDragBegan(const QList<QUrl> &files)
     if (m_proactivelyExpanded || dropService().isDragging()) {
         return;
     }
-    qCDebug(lcWindowDrags,
-            "global file drag detected (%lld file(s)) \u2014 proactively expanding",
+    qCDebug(lcWindowDrags, "global file drag detected (%lld file(s)) \u2014 proactively expanding",
             static_cast<long long>(files.size()));
     m_proactivelyExpanded = true;
     beginDrag(files);
@@ -90,8 +89,7 @@ void NotchWindowController::globalMouseUp()
     if (!dropService().isDragging()) {
         return;
     }
-    qCDebug(lcWindowDrags,
-            "global mouse up \u2014 drag ended outside notch, resetting drop state");
+    qCDebug(lcWindowDrags, "global mouse up \u2014 drag ended outside notch, resetting drop state");
     endDrag();
 }
 
