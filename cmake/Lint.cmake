@@ -21,5 +21,5 @@ if(RUN_CLANG_TIDY)
   add_custom_target(tidy
     COMMAND ${RUN_CLANG_TIDY} -quiet -p ${CMAKE_BINARY_DIR} -checks=-bugprone-suspicious-include "${tidied}"
     COMMENT "clang-tidy on src"
-    USES_TERMINAL)
+    USES_TERMINAL VERBATIM)
 endif()

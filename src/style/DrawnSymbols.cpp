@@ -91,8 +91,9 @@ QPainterPath speakerWave3()
 
 QPainterPath playSlash()
 {
-    const QPainterPath gap = segment({3.6, 2.4}, {21.6, 20.4}, 2.2);
-    return (polygon({{7, 4}, {20, 12}, {7, 20}}) - gap) + segment({3, 4}, {20, 21}, 1.8);
+    // At 9 points a stroke is to be a pixel wide, and the gap beside it to be seen.
+    const QPainterPath gap = segment({2.4, 2.3}, {22.4, 22.3}, 4.8);
+    return (polygon({{6, 3}, {21, 12}, {6, 21}}) - gap) + segment({3, 4}, {20, 21}, 2.4);
 }
 
 QPainterPath switch2()

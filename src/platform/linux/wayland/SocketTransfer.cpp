@@ -14,7 +14,7 @@ namespace
 {
 
 constexpr std::size_t maximumChunk = 16384;
-constexpr std::size_t maximumHeld = 1024 * 1024;
+constexpr std::size_t maximumHeld = 1'048'576;
 constexpr std::size_t maximumDescriptors = 253; // the kernel's own limit for one message
 
 using ControlBuffer = std::array<std::byte, CMSG_SPACE(maximumDescriptors * sizeof(int))>;

@@ -93,7 +93,10 @@ std::shared_ptr<CompositorProxy> sparePointerMotion()
     if (!qgetenv("QT_QPA_PLATFORM").startsWith("wayland") ||
         qEnvironmentVariableIsSet("WAYLAND_SOCKET"))
         return nullptr;
-    return CompositorProxy::interpose();
+    auto proxy = CompositorProxy::interpose();
+    if (proxy)
+        ownVariables().emplace_back("WAYLAND_SOCKET"); // should Qt not take it
+    return proxy;
 }
 
 const std::vector<QByteArray> &ownEnvironment()

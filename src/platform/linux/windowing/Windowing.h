@@ -33,7 +33,7 @@ void chooseWindowSystem();
 /// that is gone; null where there is nothing to be spared.
 [[nodiscard]] std::shared_ptr<CompositorProxy> sparePointerMotion();
 
-/// The names of the variables that `chooseWindowSystem` has set. They are meant for this process:
+/// The names of the variables that the functions above have set. They are meant for this process:
 /// a program that is started from here should not inherit them.
 [[nodiscard]] const std::vector<QByteArray> &ownEnvironment();
 
