@@ -89,7 +89,12 @@ Item {
         acceptedButtons: Qt.RightButton
         gesturePolicy: TapHandler.ReleaseWithinBounds
 
-        onTapped: eventPoint => {
+        onTapped: (eventPoint, button) => {
+            // Of a touch screen, which knows no buttons, everything comes; and Qt takes the mouse for one on
+            // Wayland if the seat has both.
+            if (button !== Qt.RightButton) {
+                return;
+            }
             if (menuLoader.status !== Loader.Ready) {
                 menuLoader.setSource("StatusMenuView.qml", {
                     "controller": root.controller,

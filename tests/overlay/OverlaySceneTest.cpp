@@ -198,6 +198,10 @@ void OverlaySceneTest::menuByRightClick()
     const auto overlay = scene.overlay({});
     overlay->trackingView().mouseEntered();
     scene.clock.advance(300ms);
+    QTest::mouseClick(scene.window, Qt::LeftButton, {}, {300, 50});
+    const std::unique_ptr<QPointingDevice> touch(QTest::createTouchDevice());
+    QTest::touchEvent(scene.window, touch.get()).press(0, {300, 50});
+    QTest::touchEvent(scene.window, touch.get()).release(0, {300, 50});
     QCOMPARE(overlay->menuFrame(), QRectF());
     QTest::mouseClick(scene.window, Qt::RightButton, {}, {300, 50});
     QCOMPARE(overlay->menuFrame().topLeft(), QPointF(300, 50));
