@@ -19,31 +19,31 @@ constexpr int patience = 20'000; // milliseconds, for a loaded machine
 struct Connection {
     Connection()
     {
-        const auto pair = [](Descriptor &ours, Descriptor &theirs) {
+        const auto pair = [](UniqueFd &ours, UniqueFd &theirs) {
             std::array<int, 2> ends{};
             socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, ends.data());
-            ours = Descriptor(ends[0]);
-            theirs = Descriptor(ends[1]);
+            ours = UniqueFd(ends[0]);
+            theirs = UniqueFd(ends[1]);
         };
-        Descriptor toCompositor;
-        Descriptor toClient;
+        UniqueFd toCompositor;
+        UniqueFd toClient;
         pair(compositor, toCompositor);
         pair(client, toClient);
         proxy = std::make_unique<CompositorProxy>(std::move(toCompositor), std::move(toClient));
     }
 
-    Descriptor compositor;
-    Descriptor client;
+    UniqueFd compositor;
+    UniqueFd client;
     std::unique_ptr<CompositorProxy> proxy;
 };
 
-bool isReady(const Descriptor &socket, short events)
+bool isReady(const UniqueFd &socket, short events)
 {
     pollfd watched{socket.get(), events, 0};
     return poll(&watched, 1, patience) == 1;
 }
 
-void sendAll(const Descriptor &socket, QByteArray bytes)
+void sendAll(const UniqueFd &socket, QByteArray bytes)
 {
     while (!bytes.isEmpty()) {
         QVERIFY(isReady(socket, POLLOUT));
@@ -54,7 +54,7 @@ void sendAll(const Descriptor &socket, QByteArray bytes)
 }
 
 /// So many bytes, or fewer at the end of the connection.
-QByteArray received(const Descriptor &socket, qsizetype size)
+QByteArray received(const UniqueFd &socket, qsizetype size)
 {
     QByteArray bytes;
     QByteArray buffer(65536, '\0');
@@ -67,7 +67,7 @@ QByteArray received(const Descriptor &socket, qsizetype size)
     return bytes;
 }
 
-bool isAtEnd(const Descriptor &socket)
+bool isAtEnd(const UniqueFd &socket)
 {
     char byte = 0;
     return isReady(socket, POLLIN) && recv(socket.get(), &byte, 1, 0) == 0;
@@ -124,8 +124,8 @@ void CompositorProxyTest::passesDescriptors()
     for (int round = 0; round < 2; ++round) {
         std::array<int, 2> pipeEnds{};
         QCOMPARE(pipe2(pipeEnds.data(), O_CLOEXEC), 0);
-        const Descriptor reading(pipeEnds[0]);
-        Descriptor writing(pipeEnds[1]);
+        const UniqueFd reading(pipeEnds[0]);
+        UniqueFd writing(pipeEnds[1]);
         // With the first half of a message, whose other half comes later.
         QByteArray bytes = message(5, "12345678");
         iovec part{bytes.data(), 6};
@@ -143,7 +143,7 @@ void CompositorProxyTest::passesDescriptors()
         std::memcpy(CMSG_DATA(rights), &number, sizeof number);
         QCOMPARE(sendmsg(connection.compositor.get(), &header, 0), 6);
         sendAll(connection.compositor, bytes.mid(6));
-        writing = Descriptor();
+        writing = UniqueFd();
 
         QVERIFY(isReady(connection.client, POLLIN));
         QByteArray room(64, '\0');
@@ -155,7 +155,7 @@ void CompositorProxyTest::passesDescriptors()
         int passed = -1;
         std::memcpy(&passed, CMSG_DATA(CMSG_FIRSTHDR(&header)), sizeof passed);
         {
-            const Descriptor received(passed);
+            const UniqueFd received(passed);
             QCOMPARE(write(passed, "x", 1), 1);
         }
         // The proxy has kept none of its own.
@@ -179,14 +179,14 @@ void CompositorProxyTest::endsWithEitherSide()
     {
         Connection connection;
         sendAll(connection.compositor, message(3, "last"));
-        connection.compositor = Descriptor();
+        connection.compositor = UniqueFd();
         QCOMPARE(received(connection.client, 12), message(3, "last"));
         QVERIFY(isAtEnd(connection.client));
     }
     {
         Connection connection;
         sendAll(connection.client, message(3, "last"));
-        connection.client = Descriptor();
+        connection.client = UniqueFd();
         QCOMPARE(received(connection.compositor, 12), message(3, "last"));
         QVERIFY(isAtEnd(connection.compositor));
     }

@@ -1,11 +1,11 @@
 #include "platform/linux/files/ImageFile.h"
 
 #include "platform/LocalPath.h"
+#include "platform/linux/UniqueFd.h"
 #include "platform/linux/files/FileFailure.h"
 #include "platform/linux/files/HeifReader.h"
 #include "platform/linux/files/PartFiles.h"
 #include "platform/linux/files/Placement.h"
-#include "platform/linux/files/UniqueFd.h"
 
 #include <QColorSpace>
 #include <QFile>

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "platform/linux/UniqueFd.h"
 #include "platform/linux/files/FileContent.h"
-#include "platform/linux/files/UniqueFd.h"
 
 #include <QByteArray>
 

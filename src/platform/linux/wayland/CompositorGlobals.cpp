@@ -58,8 +58,8 @@ bool dispatchUntil(wl_display *display, const bool &done, SteadyClock::time_poin
 std::optional<std::vector<std::string>> compositorGlobals(std::chrono::milliseconds limit)
 {
     const auto deadline = SteadyClock::now() + limit;
-    Descriptor descriptor = connectToCompositor();
-    if (!descriptor.isValid())
+    UniqueFd descriptor = connectToCompositor();
+    if (!descriptor.isOpen())
         return std::nullopt;
     const DisplayPtr display(wl_display_connect_to_fd(descriptor.release()));
     if (!display)

@@ -1,5 +1,6 @@
 #include "platform/linux/wayland/CompositorProxy.h"
 
+#include "platform/linux/wayland/CompositorSocket.h"
 #include "platform/linux/wayland/MotionFilter.h"
 #include "platform/linux/wayland/SocketTransfer.h"
 
@@ -29,7 +30,7 @@ constexpr auto motionInterval = 8ms;
 
 /// A socket that is neither to be read nor to be written is not looked at, since its end would be
 /// told again and again.
-pollfd watch(const Descriptor &socket, bool isReading, bool isWriting)
+pollfd watch(const UniqueFd &socket, bool isReading, bool isWriting)
 {
     const int events = (isReading ? POLLIN : 0) | (isWriting ? POLLOUT : 0);
     return {events == 0 ? -1 : socket.get(), static_cast<short>(events), 0};
@@ -39,7 +40,7 @@ pollfd watch(const Descriptor &socket, bool isReading, bool isWriting)
 class Passage
 {
 public:
-    Passage(Descriptor compositor, Descriptor client, int stop, const SharedSurfaces &quietSurfaces)
+    Passage(UniqueFd compositor, UniqueFd client, int stop, const SharedSurfaces &quietSurfaces)
         : m_compositor(std::move(compositor))
         , m_client(std::move(client))
         , m_stop(stop)
@@ -98,8 +99,8 @@ private:
         });
     }
 
-    Descriptor m_compositor;
-    Descriptor m_client;
+    UniqueFd m_compositor;
+    UniqueFd m_client;
     int m_stop;
     const SharedSurfaces &m_quietSurfaces;
     MotionFilter m_filter;
@@ -128,7 +129,7 @@ private:
 
 } // namespace
 
-CompositorProxy::CompositorProxy(Descriptor compositor, Descriptor client)
+CompositorProxy::CompositorProxy(UniqueFd compositor, UniqueFd client)
     : m_stop(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
 {
     const SignalsBlocked blocked;
@@ -156,14 +157,14 @@ void CompositorProxy::setMotionWanted(std::uint32_t surface, bool wanted)
 
 std::shared_ptr<CompositorProxy> CompositorProxy::interpose()
 {
-    Descriptor compositor = connectToCompositor();
+    UniqueFd compositor = connectToCompositor();
     std::array<int, 2> pair{-1, -1};
-    if (!compositor.isValid() ||
+    if (!compositor.isOpen() ||
         socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, pair.data()) != 0)
         return nullptr;
-    Descriptor qtsEnd(pair[1]);
+    UniqueFd qtsEnd(pair[1]);
     try {
-        auto proxy = std::make_shared<CompositorProxy>(std::move(compositor), Descriptor(pair[0]));
+        auto proxy = std::make_shared<CompositorProxy>(std::move(compositor), UniqueFd(pair[0]));
         setenv("WAYLAND_SOCKET", std::to_string(qtsEnd.release()).c_str(), 1);
         return proxy;
     } catch (const std::system_error &) { // no more threads

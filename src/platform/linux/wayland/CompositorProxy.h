@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/linux/wayland/CompositorSocket.h"
+#include "platform/linux/UniqueFd.h"
 
 #include <cstdint>
 #include <memory>
@@ -48,7 +48,7 @@ class CompositorProxy
 public:
     /// Passes on between two connected sockets, both of which do not block, until either of them
     /// ends; then it closes both.
-    CompositorProxy(Descriptor compositor, Descriptor client);
+    CompositorProxy(UniqueFd compositor, UniqueFd client);
     CompositorProxy(const CompositorProxy &) = delete;
     CompositorProxy &operator=(const CompositorProxy &) = delete;
     /// Passes on what the client has sent so far, without waiting for more.
@@ -65,7 +65,7 @@ public:
 
 private:
     SharedSurfaces m_quietSurfaces;
-    Descriptor m_stop;
+    UniqueFd m_stop;
     std::thread m_thread;
 };
 

@@ -9,7 +9,7 @@
 namespace velmora
 {
 
-Descriptor connectToCompositor()
+UniqueFd connectToCompositor()
 {
     const char *display = std::getenv("WAYLAND_DISPLAY");
     const char *directory = std::getenv("XDG_RUNTIME_DIR");
@@ -26,8 +26,8 @@ Descriptor connectToCompositor()
         return {};
     std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
 
-    Descriptor descriptor(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-    if (!descriptor.isValid() ||
+    UniqueFd descriptor(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    if (!descriptor.isOpen() ||
         connect(descriptor.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) !=
             0)
         return {};

@@ -19,9 +19,9 @@ constexpr std::size_t maximumDescriptors = 253; // the kernel's own limit for on
 
 using ControlBuffer = std::array<std::byte, CMSG_SPACE(maximumDescriptors * sizeof(int))>;
 
-std::vector<Descriptor> descriptorsIn(msghdr &header)
+std::vector<UniqueFd> descriptorsIn(msghdr &header)
 {
-    std::vector<Descriptor> descriptors;
+    std::vector<UniqueFd> descriptors;
     for (cmsghdr *part = CMSG_FIRSTHDR(&header); part; part = CMSG_NXTHDR(&header, part)) {
         if (part->cmsg_level != SOL_SOCKET || part->cmsg_type != SCM_RIGHTS)
             continue;
@@ -35,8 +35,7 @@ std::vector<Descriptor> descriptorsIn(msghdr &header)
     return descriptors;
 }
 
-void putDescriptors(msghdr &header, ControlBuffer &buffer,
-                    const std::vector<Descriptor> &descriptors)
+void putDescriptors(msghdr &header, ControlBuffer &buffer, const std::vector<UniqueFd> &descriptors)
 {
     if (descriptors.empty())
         return;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/linux/wayland/CompositorSocket.h"
+#include "platform/linux/UniqueFd.h"
 #include "platform/linux/wayland/WireMessage.h"
 
 #include <vector>
@@ -40,8 +40,8 @@ private:
     int m_to;
     std::vector<std::byte> m_chunk; ///< the last that came
     std::vector<std::byte> m_held;
-    std::size_t m_sent = 0;                ///< of what is held
-    std::vector<Descriptor> m_descriptors; ///< go with the next byte
+    std::size_t m_sent = 0;              ///< of what is held
+    std::vector<UniqueFd> m_descriptors; ///< go with the next byte
 };
 
 } // namespace velmora
