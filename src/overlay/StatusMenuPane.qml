@@ -8,6 +8,7 @@ Rectangle {
     id: pane
 
     required property list<statusMenuEntry> entries
+    property statusMenuEntry noEntry // for rows of entries that have just gone, and still ask for them
     property int openIndex: -1 // the line whose submenu is on show
     property real maximumHeight: Infinity
 
@@ -42,7 +43,7 @@ Rectangle {
                 StatusMenuRow {
                     required property int index
 
-                    entry: pane.entries[index]
+                    entry: index < pane.entries.length ? pane.entries[index] : pane.noEntry
                     highlighted: hovered || pane.openIndex === index
                     width: column.width
 
