@@ -1,8 +1,7 @@
 #include "overlay/NotchWindowController.h"
 
 #include "overlay/NotchGeometry.h"
-#include "support/FakeDesktop.h"
-#include "support/FakePlatform.h"
+#include "support/FakeDesk.h"
 
 #include <QDragEnterEvent>
 #include <QMimeData>
@@ -20,13 +19,12 @@ constexpr QPointF insidePanel(420, 100);
 constexpr QPointF outside(800, 500);
 
 /// A controller on a screen of 1600 × 900 with the default settings.
-struct Desk {
+struct Desk : FakeDesk<> {
     explicit Desk(const NotchSettings &settings = {})
         : settings(settings)
     {
-        controller = std::make_unique<NotchWindowController>(
-            screen, settings, services, OverlayEnvironment{clock, pointer, drags, screens, shell},
-            OverlayContent());
+        controller = std::make_unique<NotchWindowController>(screen, settings, services,
+                                                             environment(), OverlayContent());
         pointer.position = outside;
     }
 
@@ -44,13 +42,6 @@ struct Desk {
     [[nodiscard]] QRectF frame() const { return controller->frame(); }
 
     NotchSettings settings;
-    FakePlatform platform;
-    VirtualClock &clock = platform.clock;
-    FakeScreens &screens = platform.screens;
-    FakePointer pointer;
-    FakeFileDrags drags;
-    FakeShell shell;
-    NotchServices services{platform.roles};
     std::shared_ptr<FakeScreen> screen = screens.add(QRectF(0, 0, 1600, 900));
     std::unique_ptr<NotchWindowController> controller;
 };
@@ -590,9 +581,7 @@ void NotchWindowControllerTest::severalScreens()
 {
     Desk desk;
     const auto second = desk.screens.add(QRectF(1600, 0, 1600, 900));
-    NotchWindowController other(
-        second, desk.settings, desk.services,
-        OverlayEnvironment{desk.clock, desk.pointer, desk.drags, desk.screens, desk.shell}, {});
+    NotchWindowController other(second, desk.settings, desk.services, desk.environment(), {});
     desk.drags.begin(someFiles);
     QVERIFY(desk.isExpanded());
     QVERIFY(!other.notchState()->isExpanded()); // one of them is enough

@@ -1,8 +1,7 @@
 #include "overlay/OverlayScene.h"
 
 #include "overlay/CollapsedLiveStrip.h"
-#include "support/FakeDesktop.h"
-#include "support/FakePlatform.h"
+#include "support/FakeDesk.h"
 #include "support/QmlItems.h"
 #include "support/QmlWarnings.h"
 
@@ -45,7 +44,7 @@ private:
     };
 };
 
-struct Scene {
+struct Scene : FakeDesk<ShowingShell> {
     Scene()
     {
         MenuItem enable;
@@ -69,8 +68,7 @@ struct Scene {
     std::unique_ptr<NotchWindowController> overlay(const NotchSettings &settings)
     {
         auto controller = std::make_unique<NotchWindowController>(
-            screens.all().front(), settings, services,
-            OverlayEnvironment{clock, pointer, drags, screens, shell},
+            screens.all().front(), settings, services, environment(),
             [this](NotchWindow &filled, NotchWindowController &owner) {
                 window = &filled;
                 scene.populate(filled, owner);
@@ -101,13 +99,6 @@ struct Scene {
     }
 
     QStringList pressed;
-    FakePlatform platform;
-    VirtualClock &clock = platform.clock;
-    FakeScreens &screens = platform.screens;
-    FakePointer pointer;
-    FakeFileDrags drags;
-    ShowingShell shell;
-    NotchServices services{platform.roles};
     StatusMenu menu{clock};
     std::shared_ptr<FakeScreen> screen =
         screens.add(QRectF(100, 200, 800, 600), QStringLiteral("Fake")); // not under the pointer

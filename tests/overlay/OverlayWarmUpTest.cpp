@@ -1,8 +1,7 @@
 #include "overlay/OverlayWarmUp.h"
 
 #include "overlay/OverlayScene.h"
-#include "support/FakeDesktop.h"
-#include "support/FakePlatform.h"
+#include "support/FakeDesk.h"
 #include "support/QmlItems.h"
 #include "support/QmlWarnings.h"
 
@@ -25,12 +24,11 @@ qsizetype count(const QQuickItem &root, const char *type)
     return found;
 }
 
-struct Overlays {
+struct Overlays : FakeDesk<> {
     std::unique_ptr<NotchWindowController> make()
     {
         return std::make_unique<NotchWindowController>(
-            screens.all().front(), NotchSettings(), services,
-            OverlayEnvironment{clock, pointer, drags, screens, shell},
+            screens.all().front(), NotchSettings(), services, environment(),
             [this](NotchWindow &filled, NotchWindowController &owner) {
                 window = &filled;
                 scene.populate(filled, owner);
@@ -67,13 +65,6 @@ struct Overlays {
         });
     }
 
-    FakePlatform platform;
-    VirtualClock &clock = platform.clock;
-    FakeScreens &screens = platform.screens;
-    FakePointer pointer;
-    FakeFileDrags drags;
-    FakeShell shell;
-    NotchServices services{platform.roles};
     StatusMenu menu{clock};
     std::shared_ptr<FakeScreen> screen =
         screens.add(QRectF(0, 0, 800, 600), QStringLiteral("Fake"));

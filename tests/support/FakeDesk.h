@@ -1,0 +1,27 @@
+#pragma once
+
+#include "overlay/NotchWindowController.h"
+#include "support/FakeDesktop.h"
+#include "support/FakePlatform.h"
+
+namespace velmora
+{
+
+/// All that overlays stand on, made of doubles. The screens are the test's to add.
+template<typename Shell = FakeShell>
+struct FakeDesk {
+    [[nodiscard]] OverlayEnvironment environment()
+    {
+        return {clock, pointer, drags, screens, shell};
+    }
+
+    FakePlatform platform;
+    VirtualClock &clock = platform.clock;
+    FakeScreens &screens = platform.screens;
+    FakePointer pointer;
+    FakeFileDrags drags;
+    Shell shell;
+    NotchServices services{platform.roles};
+};
+
+} // namespace velmora
