@@ -1,0 +1,496 @@
+#include "config/NotchManager.h"
+
+#include "support/FakeOverlays.h"
+#include "support/FakePlatform.h"
+
+#include <QSignalSpy>
+#include <QTest>
+
+#include <limits>
+
+using namespace velmora;
+using Zone = NotchManager::Zone;
+using Widgets = std::array<NotchWidgetType, 5>;
+
+Q_DECLARE_METATYPE(MemoryStore::Value)
+
+namespace
+{
+
+using enum NotchWidgetType;
+
+constexpr std::array<Zone, 5> zones{Zone::farLeft, Zone::left, Zone::center, Zone::right,
+                                    Zone::farRight};
+constexpr std::array zoneNames{"farLeft", "left", "center", "right", "farRight"};
+constexpr Widgets neutralWidgets{none, media, none, none, clock};
+constexpr Widgets minimalProfileWidgets{none, quote, clock, dayProgress, none};
+constexpr Widgets defaultProfileWidgets{media, pomodoro, weather, systemMonitor, dropActions};
+
+QString key(const char *zone, const char *suffix)
+{
+    return QLatin1String(zone) + QLatin1String(suffix);
+}
+
+QStringList widgetKeys()
+{
+    QStringList keys;
+    for (const char *zone : zoneNames) {
+        keys << key(zone, "Widget");
+    }
+    return keys;
+}
+
+QString text(const char *latin1)
+{
+    return QString::fromLatin1(latin1);
+}
+
+QStringList list(const char *commaSeparated)
+{
+    return text(commaSeparated).split(u',');
+}
+
+} // namespace
+
+class NotchManagerTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+
+    void firstLaunch();
+    void storedProfilesLeaveTheWidgetsAlone();
+    void storedSettingsAreRead();
+    void garbageFallsBack_data();
+    void garbageFallsBack();
+    void strayIndexIsCorrectedInMemoryOnly_data();
+    void strayIndexIsCorrectedInMemoryOnly();
+    void brokenProfilesStayUntilTheNextSave_data();
+    void brokenProfilesStayUntilTheNextSave();
+
+    void everyAssignmentStoresAndRebuilds();
+    void zonesHaveTheirOwnKeys_data();
+    void zonesHaveTheirOwnKeys();
+    void enabling();
+    void overlaysOfAllScreens();
+
+    void switchingRebuildsOnce();
+    void switchingOutOfRangeDoesNothing_data();
+    void switchingOutOfRangeDoesNothing();
+    void adding();
+    void removing_data();
+    void removing();
+    void theLastProfileStays();
+    void renaming();
+
+private:
+    NotchManager &launch();
+    void storeProfiles() { m_platform->store.values[text("notchProfiles")] = storedProfiles(); }
+    [[nodiscard]] QByteArray storedProfiles() const
+    {
+        return encodeProfiles(NotchProfile::builtIn()).value();
+    }
+
+    std::unique_ptr<FakePlatform> m_platform;
+    FakeOverlays m_overlays;
+    std::unique_ptr<NotchManager> m_manager;
+};
+
+void NotchManagerTest::init()
+{
+    m_platform = std::make_unique<FakePlatform>();
+    m_platform->screens.add(QRectF(0, 0, 1920, 1080), text("A"));
+}
+
+void NotchManagerTest::cleanup()
+{
+    m_manager.reset();
+    m_overlays = {};
+}
+
+/// A manager as it is when the application has come up, with nothing noted down yet.
+NotchManager &NotchManagerTest::launch()
+{
+    m_manager = std::make_unique<NotchManager>(m_platform->roles, m_overlays.factory());
+    m_manager->apply();
+    m_overlays.events.clear();
+    m_overlays.built.clear();
+    m_platform->store.written.clear();
+    return *m_manager;
+}
+
+void NotchManagerTest::firstLaunch()
+{
+    MemoryStore &store = m_platform->store;
+    const NotchManager manager(m_platform->roles, m_overlays.factory());
+    NotchSettings expected;
+    expected.widgets = defaultProfileWidgets;
+    QVERIFY(manager.settings() == expected);
+    QVERIFY(manager.isEnabled());
+    QVERIFY(manager.profiles() == NotchProfile::builtIn());
+    QCOMPARE(manager.activeProfileIndex(), 0);
+    QCOMPARE(store.written, widgetKeys());
+    QCOMPARE(store.string(text("farRightWidget")), std::optional(text("dropActions")));
+    QVERIFY(m_overlays.events.isEmpty()); // building the overlay is left to the caller
+}
+
+void NotchManagerTest::storedProfilesLeaveTheWidgetsAlone()
+{
+    storeProfiles();
+    m_platform->store.setInteger(text("activeProfileIndex"), 2);
+    m_platform->store.written.clear();
+    const NotchManager manager(m_platform->roles, m_overlays.factory());
+    QCOMPARE(manager.settings().widgets, neutralWidgets);
+    QCOMPARE(manager.activeProfileIndex(), 2);
+    QVERIFY(m_platform->store.written.isEmpty());
+}
+
+void NotchManagerTest::storedSettingsAreRead()
+{
+    storeProfiles();
+    MemoryStore &store = m_platform->store;
+    store.setBoolean(text("isEnabled"), false);
+    store.setNumber(text("notchWidth"), 0);
+    store.setNumber(text("notchHeight"), -4.5);
+    store.setNumber(text("cornerRadius"), 1e9);
+    store.setNumber(text("expandedTopPadding"), 3);
+    NotchSettings expected{0, -4.5, 1e9, 3, {quote, todo, volume, network, calendar}, {}};
+    for (const Zone zone : zones) {
+        const auto index = static_cast<std::size_t>(zone);
+        expected.zoneWidths.at(index) = static_cast<double>(index) - 1;
+        store.setNumber(key(zoneNames.at(index), "ZoneWidth"), expected.zoneWidths.at(index));
+        store.setString(key(zoneNames.at(index), "Widget"), rawValue(expected.widgets.at(index)));
+    }
+    store.written.clear();
+    const NotchManager manager(m_platform->roles, m_overlays.factory());
+    QVERIFY(manager.settings() == expected);
+    QVERIFY(!manager.isEnabled());
+    QVERIFY(store.written.isEmpty());
+}
+
+void NotchManagerTest::garbageFallsBack_data()
+{
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<MemoryStore::Value>("value");
+
+    const auto rows = [](const QStringList &keys, const std::vector<MemoryStore::Value> &values) {
+        for (const QString &key : keys) {
+            for (std::size_t i = 0; i < values.size(); ++i) {
+                QTest::addRow("%s, value %zu", qPrintable(key), i) << key << values.at(i);
+            }
+        }
+    };
+    rows({text("isEnabled")}, {text("no"), QByteArray("false")});
+    QStringList numbers = list("notchWidth,notchHeight,cornerRadius,expandedTopPadding");
+    for (const char *zone : zoneNames) {
+        numbers << key(zone, "ZoneWidth");
+    }
+    rows(numbers, {true, text("12"), QByteArray("12")});
+    rows(widgetKeys(),
+         {true, 2.0, qint64{2}, text("Clock"), text("Empty"), QString(), QByteArray("todo")});
+    rows({text("activeProfileIndex")}, {true, text("1"), QByteArray("1")});
+}
+
+void NotchManagerTest::garbageFallsBack()
+{
+    QFETCH(const QString, key);
+    QFETCH(const MemoryStore::Value, value);
+    storeProfiles();
+    m_platform->store.values[key] = value;
+    const NotchManager manager(m_platform->roles, m_overlays.factory());
+    QVERIFY(manager.settings() == NotchSettings());
+    QVERIFY(manager.isEnabled());
+    QCOMPARE(manager.activeProfileIndex(), 0);
+    QVERIFY(m_platform->store.values.at(key) == value);
+}
+
+void NotchManagerTest::strayIndexIsCorrectedInMemoryOnly_data()
+{
+    QTest::addColumn<qint64>("stored");
+    for (const qint64 stored : {qint64{4}, qint64{7}, qint64{-1}, (qint64{1} << 32) + 1,
+                                std::numeric_limits<qint64>::min()}) {
+        QTest::addRow("%lld", stored) << stored;
+    }
+}
+
+void NotchManagerTest::strayIndexIsCorrectedInMemoryOnly()
+{
+    QFETCH(const qint64, stored);
+    const QString activeKey = text("activeProfileIndex");
+    storeProfiles();
+    m_platform->store.setInteger(activeKey, stored);
+    NotchManager &manager = launch();
+    QCOMPARE(manager.activeProfileIndex(), 0);
+    QCOMPARE(m_platform->store.integer(activeKey), stored);
+    manager.saveProfiles();
+    QCOMPARE(m_platform->store.integer(activeKey), 0);
+}
+
+void NotchManagerTest::brokenProfilesStayUntilTheNextSave_data()
+{
+    QTest::addColumn<MemoryStore::Value>("stored");
+    QByteArray incomplete = storedProfiles();
+    incomplete.replace(incomplete.lastIndexOf("farRightWidget"), 3, "far");
+    incomplete.replace(incomplete.lastIndexOf("farRightWidget"), 3, "FAR");
+    QTest::newRow("incomplete") << MemoryStore::Value(incomplete);
+    QTest::newRow("no JSON") << MemoryStore::Value(QByteArray("\xFF{"));
+    QTest::newRow("empty list") << MemoryStore::Value(QByteArray("[]"));
+    QTest::newRow("other type") << MemoryStore::Value(true);
+}
+
+void NotchManagerTest::brokenProfilesStayUntilTheNextSave()
+{
+    QFETCH(const MemoryStore::Value, stored);
+    MemoryStore &store = m_platform->store;
+    store.values[text("notchProfiles")] = stored;
+    store.setString(text("leftWidget"), text("todo"));
+    store.setNumber(text("notchWidth"), 321);
+    NotchManager &manager = launch();
+    QVERIFY(manager.profiles() == NotchProfile::builtIn());
+    QCOMPARE(manager.settings().widgets, defaultProfileWidgets);
+    QCOMPARE(manager.notchWidth(), 321.0);
+    manager.switchProfile(1);
+    manager.setWidget(Zone::left, calendar);
+    QVERIFY(store.values.at(text("notchProfiles")) == stored);
+    manager.renameProfile(0, text("Mine"));
+    QVERIFY(decodeProfiles(store.data(text("notchProfiles")).value()) == manager.profiles());
+}
+
+void NotchManagerTest::everyAssignmentStoresAndRebuilds()
+{
+    NotchManager &manager = launch();
+    const std::vector<std::pair<const char *, void (NotchManager::*)(double)>> setters{
+        {"notchWidth", &NotchManager::setNotchWidth},
+        {"notchHeight", &NotchManager::setNotchHeight},
+        {"cornerRadius", &NotchManager::setCornerRadius},
+        {"expandedTopPadding", &NotchManager::setExpandedTopPadding}};
+    const QSignalSpy changes(&manager, &NotchManager::settingsChanged);
+    double value = 0;
+    for (const auto &[name, set] : setters) {
+        // Twice the same: an assignment counts, not a difference. Nothing is limited.
+        for (int i = 0; i < 2; ++i) {
+            (manager.*set)(value);
+            QCOMPARE(m_platform->store.values.at(text(name)), MemoryStore::Value(value));
+            QCOMPARE(manager.property(name).toDouble(), value);
+            QCOMPARE(m_overlays.takeEvents(), list("close A,free A,make A,show A"));
+        }
+        value -= 7.25;
+    }
+    QCOMPARE(changes.size(), 8);
+    const NotchSettings &snapshot = m_overlays.built.back();
+    QVERIFY(snapshot == manager.settings());
+    QCOMPARE(snapshot.notchWidth, 0.0);
+    QCOMPARE(snapshot.notchHeight, -7.25);
+    QCOMPARE(snapshot.cornerRadius, -14.5);
+    QCOMPARE(snapshot.expandedTopPadding, -21.75);
+}
+
+void NotchManagerTest::zonesHaveTheirOwnKeys_data()
+{
+    QTest::addColumn<Zone>("zone");
+    for (const Zone zone : zones) {
+        QTest::newRow(zoneNames.at(static_cast<std::size_t>(zone))) << zone;
+    }
+}
+
+void NotchManagerTest::zonesHaveTheirOwnKeys()
+{
+    QFETCH(const Zone, zone);
+    const char *const name = zoneNames.at(static_cast<std::size_t>(zone));
+    NotchManager &manager = launch();
+    NotchSettings expected = manager.settings();
+    const QStringList rebuilt = list("close A,free A,make A,show A");
+
+    for (const double weight : {0.0, 0.0, -2.5}) {
+        manager.setZoneWidth(zone, weight);
+        expected.zoneWidths.at(static_cast<std::size_t>(zone)) = weight;
+        QCOMPARE(m_platform->store.values.at(key(name, "ZoneWidth")), MemoryStore::Value(weight));
+        QCOMPARE(m_overlays.takeEvents(), rebuilt);
+        QVERIFY(m_overlays.built.back() == expected);
+    }
+    for (const NotchWidgetType type : {quickToggle, quickToggle}) {
+        manager.setWidget(zone, type);
+        expected.widgets.at(static_cast<std::size_t>(zone)) = type;
+        QCOMPARE(m_platform->store.string(key(name, "Widget")), std::optional(text("quickToggle")));
+        QCOMPARE(m_overlays.takeEvents(), rebuilt);
+        QVERIFY(m_overlays.built.back() == expected);
+    }
+    QVERIFY(manager.settings() == expected);
+    QCOMPARE(m_platform->store.written.size(), 5);
+    QVERIFY(manager.profiles() == NotchProfile::builtIn()); // the active one keeps what it had
+}
+
+void NotchManagerTest::enabling()
+{
+    NotchManager &manager = launch();
+    const auto timers = m_platform->clock.runningTimers();
+    manager.setEnabled(false);
+    QVERIFY(manager.controllers().empty());
+    QCOMPARE(m_overlays.takeEvents(), list("close A,free A"));
+    QCOMPARE(m_platform->clock.runningTimers(), timers); // the services go on
+    manager.setNotchWidth(300);
+    manager.switchProfile(1);
+    QVERIFY(m_overlays.events.isEmpty());
+    manager.setEnabled(true);
+    QCOMPARE(m_overlays.takeEvents(), list("make A,show A"));
+    QCOMPARE(m_overlays.built.back().notchWidth, 300.0);
+    manager.setEnabled(true);
+    QCOMPARE(m_overlays.takeEvents(), list("close A,free A,make A,show A"));
+    QCOMPARE(m_platform->store.boolean(text("isEnabled")), std::optional(true));
+}
+
+void NotchManagerTest::overlaysOfAllScreens()
+{
+    m_platform->screens.add(QRectF(1920, 0, 1280, 720), text("B"));
+    NotchManager &manager = launch();
+    manager.apply();
+    QCOMPARE(m_overlays.takeEvents(),
+             list("close A,close B,free A,free B,make A,show A,make B,show B"));
+    QCOMPARE(m_overlays.built.size(), std::size_t{2});
+    QVERIFY(m_overlays.built.at(0) == manager.settings());
+    QVERIFY(m_overlays.built.at(1) == manager.settings());
+
+    for (const auto &screen : m_platform->screens.all()) {
+        m_platform->screens.remove(screen.get());
+    }
+    manager.apply();
+    QVERIFY(manager.controllers().empty());
+    m_platform->screens.add(QRectF(0, 0, 640, 480), text("C"));
+    manager.apply();
+    m_overlays.events.clear();
+    m_manager.reset();
+    QCOMPARE(m_overlays.events, list("close C,free C"));
+}
+
+void NotchManagerTest::switchingRebuildsOnce()
+{
+    NotchManager &manager = launch();
+    NotchSettings expected = manager.settings();
+    expected.widgets = minimalProfileWidgets;
+    for (int i = 0; i < 2; ++i) { // the one that is active already, too
+        const QSignalSpy changed(&manager, &NotchManager::profilesChanged);
+        manager.switchProfile(3);
+        QCOMPARE(m_overlays.takeEvents(), list("close A,free A,make A,show A"));
+        QVERIFY(m_overlays.built.back() == expected);
+        QCOMPARE(manager.activeProfileIndex(), 3);
+        QCOMPARE(changed.size(), 1);
+        QCOMPARE(std::exchange(m_platform->store.written, {}),
+                 QStringList(text("activeProfileIndex")) + widgetKeys());
+    }
+    QCOMPARE(m_platform->store.integer(text("activeProfileIndex")), 3);
+    QCOMPARE(m_platform->store.string(text("leftWidget")), std::optional(text("quote")));
+    manager.setWidget(Zone::left, todo); // a single assignment rebuilds again
+    QCOMPARE(m_overlays.events.size(), 4);
+}
+
+void NotchManagerTest::switchingOutOfRangeDoesNothing_data()
+{
+    QTest::addColumn<int>("index");
+    for (const int index :
+         {-1, 4, std::numeric_limits<int>::max(), std::numeric_limits<int>::min()}) {
+        QTest::addRow("%d", index) << index;
+    }
+}
+
+void NotchManagerTest::switchingOutOfRangeDoesNothing()
+{
+    QFETCH(const int, index);
+    NotchManager &manager = launch();
+    const QSignalSpy changed(&manager, &NotchManager::profilesChanged);
+    manager.switchProfile(index);
+    manager.removeProfile(index);
+    manager.renameProfile(index, text("x"));
+    QVERIFY(changed.isEmpty());
+    QVERIFY(m_overlays.events.isEmpty());
+    QVERIFY(m_platform->store.written.isEmpty());
+    QVERIFY(manager.profiles() == NotchProfile::builtIn());
+    QCOMPARE(manager.settings().widgets, defaultProfileWidgets);
+}
+
+void NotchManagerTest::adding()
+{
+    NotchManager &manager = launch();
+    manager.setWidget(Zone::right, bluetooth);
+    m_overlays.events.clear();
+    manager.addProfile(text("Mine"));
+    manager.addProfile(text("Mine")); // names need not differ
+    QVERIFY(m_overlays.events.isEmpty());
+    QCOMPARE(manager.profiles().size(), std::size_t{6});
+    QCOMPARE(manager.activeProfileIndex(), 5);
+    const NotchProfile &added = manager.profiles().back();
+    QVERIFY(added == (NotchProfile{added.id, text("Mine"), media, pomodoro, weather, bluetooth,
+                                   dropActions}));
+    QVERIFY(!added.id.isNull() && added.id != manager.profiles().at(4).id);
+
+    // The next launch finds all of it, and now leaves the widgets as they are.
+    const auto profiles = manager.profiles();
+    m_platform->store.setString(text("rightWidget"), text("todo"));
+    NotchManager &next = launch();
+    QVERIFY(next.profiles() == profiles);
+    QCOMPARE(next.activeProfileIndex(), 5);
+    QCOMPARE(next.widget(Zone::right), todo);
+}
+
+void NotchManagerTest::removing_data()
+{
+    QTest::addColumn<int>("active");
+    QTest::addColumn<int>("removed");
+    QTest::addColumn<int>("expected");
+    QTest::newRow("the last, active") << 3 << 3 << 2;
+    QTest::newRow("the first, active") << 0 << 0 << 0;
+    QTest::newRow("behind the active one") << 1 << 2 << 1;
+    QTest::newRow("before the active one") << 2 << 0 << 2; // the number stays, not the profile
+    QTest::newRow("before the last, active") << 3 << 0 << 2;
+}
+
+void NotchManagerTest::removing()
+{
+    QFETCH(const int, active);
+    QFETCH(const int, removed);
+    QFETCH(const int, expected);
+    NotchManager &manager = launch();
+    manager.switchProfile(active);
+    const Widgets onScreen = manager.settings().widgets;
+    m_overlays.events.clear();
+    auto rest = manager.profiles();
+    rest.erase(rest.begin() + removed);
+
+    manager.removeProfile(removed);
+    QVERIFY(manager.profiles() == rest);
+    QCOMPARE(manager.activeProfileIndex(), expected);
+    QCOMPARE(manager.settings().widgets, onScreen);
+    QVERIFY(m_overlays.events.isEmpty());
+    QVERIFY(decodeProfiles(m_platform->store.data(text("notchProfiles")).value()) == rest);
+    QCOMPARE(m_platform->store.integer(text("activeProfileIndex")), expected);
+}
+
+void NotchManagerTest::theLastProfileStays()
+{
+    NotchManager &manager = launch();
+    for (int i = 0; i < 3; ++i) {
+        manager.removeProfile(0);
+    }
+    m_platform->store.written.clear();
+    manager.removeProfile(0);
+    QCOMPARE(manager.profiles().size(), std::size_t{1});
+    QCOMPARE(manager.profiles().front().name, text("Minimal"));
+    QVERIFY(m_platform->store.written.isEmpty());
+}
+
+void NotchManagerTest::renaming()
+{
+    NotchManager &manager = launch();
+    const QSignalSpy changed(&manager, &NotchManager::profilesChanged);
+    auto expected = manager.profiles();
+    expected.at(2).name = QString();
+    manager.renameProfile(2, QString());
+    QVERIFY(manager.profiles() == expected);
+    QVERIFY(decodeProfiles(m_platform->store.data(text("notchProfiles")).value()) == expected);
+    QCOMPARE(changed.size(), 1);
+    QVERIFY(m_overlays.events.isEmpty());
+}
+
+QTEST_GUILESS_MAIN(NotchManagerTest)
+#include "NotchManagerTest.moc"

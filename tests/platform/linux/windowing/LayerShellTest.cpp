@@ -1,0 +1,224 @@
+#include "platform/linux/windowing/Windowing.h"
+#include "platform/linux/windowing/XPeer.h"
+
+#include <QGuiApplication>
+#include <QImage>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QProcess>
+#include <QRasterWindow>
+#include <QScreen>
+#include <QTest>
+#include <QVariantAnimation>
+
+using namespace velmora;
+
+namespace
+{
+
+class Window : public QRasterWindow
+{
+public:
+    explicit Window(const QColor &color)
+        : m_color(color)
+    {
+        QSurfaceFormat format;
+        format.setAlphaBufferSize(8);
+        setFormat(format);
+    }
+
+    int moves = 0;
+    QPointF pressed;
+
+protected:
+    void mouseMoveEvent(QMouseEvent *) override { ++moves; }
+    void mousePressEvent(QMouseEvent *event) override { pressed = event->position(); }
+    void paintEvent(QPaintEvent *) override
+    {
+        QPainter painter(this);
+        painter.setCompositionMode(QPainter::CompositionMode_Source);
+        painter.fillRect(QRect(QPoint(), size()), Qt::transparent);
+        painter.fillRect(0, 0, width() / 2, height(), m_color);
+    }
+
+private:
+    QColor m_color;
+};
+
+bool run(const QString &program, const QStringList &arguments)
+{
+    return QProcess::execute(program, arguments) == 0;
+}
+
+/// What the compositor shows of a screen, through a client of its own.
+QImage picture(const QString &output)
+{
+    QProcess grim;
+    grim.start(QStringLiteral("grim"), {QStringLiteral("-o"), output, QStringLiteral("-t"),
+                                        QStringLiteral("ppm"), QStringLiteral("-")});
+    grim.waitForFinished();
+    return QImage::fromData(grim.readAllStandardOutput(), "PPM");
+}
+
+QRect boundsOn(const Screen &screen, const QSize &size)
+{
+    const QRect frame = screen.frame().toRect();
+    return {{frame.x() + (frame.width() - size.width()) / 2, frame.y()}, size};
+}
+
+} // namespace
+
+class LayerShellTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QCOMPARE(QGuiApplication::platformName(), QStringLiteral("wayland"));
+        m_windowing = makeWindowing(proxy);
+        QCOMPARE(m_windowing.screens->all().size(), 2U);
+        QVERIFY(!m_windowing.pointer->location());
+    }
+
+    void standsAtTheTopCentreOfItsScreen()
+    {
+        const auto screens = m_windowing.screens->all();
+        const auto name = screens.back()->localizedName();
+        Window window(Qt::red);
+        const QRect bounds = boundsOn(*screens.back(), {200, 40});
+        auto surface = m_windowing.shell->adopt(window, *screens.back(), bounds);
+        QVERIFY(!window.isVisible());
+        surface->orderFront();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+
+        const int left = bounds.x() - screens.back()->frame().toRect().x();
+        const QRgb red = qRgb(255, 0, 0);
+        QTRY_COMPARE(picture(name).pixel(left, 0), red);
+        const QImage shown = picture(name);
+        QVERIFY(shown.pixel(left - 1, 0) != red);
+        QCOMPARE(shown.pixel(left + 99, 39), red);
+        QVERIFY(shown.pixel(left + 100, 39) != red); // transparent
+        QVERIFY(shown.pixel(left, 40) != red);
+
+        surface->setBounds(boundsOn(*screens.back(), {400, 80}));
+        QTRY_COMPARE(picture(name).pixel(left - 100, 79), red);
+        surface.reset();
+        QTRY_VERIFY(picture(name).pixel(left, 0) != red);
+    }
+
+    void motionIsToldWhereItIsWanted()
+    {
+        const auto screen = m_windowing.screens->all().front();
+        Window window(Qt::blue);
+        const QRect bounds = boundsOn(*screen, {200, 40});
+        auto surface = m_windowing.shell->adopt(window, *screen, bounds);
+        surface->orderFront();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        XPeer host(qgetenv("VELMORA_HOST_DISPLAY").constData());
+        const auto wander = [&](int right) {
+            for (int x = 1; x <= right; ++x)
+                host.move(bounds.topLeft() + QPoint(x, 20));
+        };
+
+        const auto click = [&](const QPointF &place) {
+            window.pressed = {};
+            host.press();
+            host.release();
+            QTRY_COMPARE(window.pressed, place);
+        };
+        // The compositor may take a moment to have the surface below the pointer.
+        QTRY_VERIFY((wander(90), window.moves > 0));
+        click({90, 20});
+
+        surface->setMotionWanted(false);
+        click({90, 20}); // what was under way before is over
+        window.moves = 0;
+        wander(150);
+        click({150, 20});
+        QVERIFY(window.moves <= 1); // the one that the press comes with
+        surface->setMotionWanted(true);
+        window.moves = 0;
+        wander(120);
+        QTRY_VERIFY(window.moves > 0);
+    }
+
+    void animationsGoWithTheFrames()
+    {
+        const auto screen = m_windowing.screens->all().front();
+        Window window(Qt::yellow);
+        auto surface = m_windowing.shell->adopt(window, *screen, boundsOn(*screen, {200, 40}));
+        surface->orderFront();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        QVariantAnimation animation;
+        animation.setStartValue(0.0);
+        animation.setEndValue(1.0);
+        animation.setDuration(300);
+        int steps = 0;
+        connect(&animation, &QVariantAnimation::valueChanged, &window, [&] {
+            ++steps;
+            window.update();
+        });
+        animation.start();
+        QTRY_COMPARE(animation.state(), QAbstractAnimation::Stopped);
+        QVERIFY(steps > 1);
+        // Also where there is nothing to be drawn, and no frame comes.
+        surface.reset();
+        animation.start();
+        QTRY_COMPARE(animation.state(), QAbstractAnimation::Stopped);
+    }
+
+    void closedByTheCompositor()
+    {
+        Window window(Qt::green);
+        const auto screen = m_windowing.screens->all().back();
+        auto surface = m_windowing.shell->adopt(window, *screen, boundsOn(*screen, {200, 40}));
+        surface->orderFront();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+
+        // The screen goes, and the surface with it; the owner has not heard yet.
+        XPeer host(qgetenv("VELMORA_HOST_DISPLAY").constData());
+        QVERIFY(host.close("wlroots - " + screen->localizedName().toUtf8()));
+        QTRY_COMPARE(m_windowing.screens->all().size(), 1U);
+        QTRY_VERIFY(!window.handle());
+        surface->setShape(QRect(0, 0, 10, 10));
+        surface->setBounds({0, 0, 10, 10});
+        surface->orderFront();
+        QVERIFY(!window.isVisible());
+        QVERIFY(screen->frame().isNull());
+    }
+
+    void newScreenAndNewScaleAreTold()
+    {
+        QVERIFY(run(QStringLiteral("swaymsg"), {QStringLiteral("create_output")}));
+        QTRY_COMPARE(m_windowing.screens->all().size(), 2U);
+        const auto first = m_windowing.screens->all().front();
+        const QRectF before = first->frame();
+        bool told = false;
+        connect(m_windowing.screens.get(), &Screens::changed, this,
+                [&] { told = told || first->handle()->devicePixelRatio() == 2; });
+        QVERIFY(run(QStringLiteral("swaymsg"), {QStringLiteral("output"), first->localizedName(),
+                                                QStringLiteral("scale"), QStringLiteral("2")}));
+        QTRY_VERIFY(told);
+        QCOMPARE(first->frame().size(), before.size() / 2);
+    }
+
+    void cleanupTestCase() { m_windowing = {}; }
+
+public:
+    std::shared_ptr<CompositorProxy> proxy;
+
+private:
+    Windowing m_windowing;
+};
+
+int main(int argc, char **argv)
+{
+    chooseWindowSystem();
+    const auto proxy = sparePointerMotion();
+    QGuiApplication app(argc, argv);
+    LayerShellTest test;
+    test.proxy = proxy;
+    return QTest::qExec(&test, argc, argv);
+}
+#include "LayerShellTest.moc"
