@@ -4,6 +4,7 @@
 #include "app/LoginPrompt.h"
 #include "overlay/OverlayScene.h"
 #include "overlay/OverlayWarmUp.h"
+#include "platform/linux/dbus/BusConnection.h"
 #include "platform/linux/desktop/AutostartLoginItem.h"
 #include "platform/linux/desktop/DesktopNotifications.h"
 #include "platform/linux/desktop/SettingsStore.h"
@@ -23,8 +24,7 @@
 #include "platform/linux/system/PulseSoundOutput.h"
 #include "platform/linux/windowing/Windowing.h"
 
-#include <QDBusConnection>
-#include <QDir>
+#include <QEventLoop>
 #include <QGuiApplication>
 #include <QtQml/qqmlextensionplugin.h>
 
@@ -36,7 +36,7 @@ namespace velmora
 namespace
 {
 
-Platform makePlatform(const QDBusConnection &bus, const std::shared_ptr<CompositorProxy> &proxy)
+Platform makePlatform(BusConnection &bus, const std::shared_ptr<CompositorProxy> &proxy)
 {
     Platform platform;
     platform.clock = std::make_unique<SystemClock>();
@@ -63,17 +63,41 @@ Platform makePlatform(const QDBusConnection &bus, const std::shared_ptr<Composit
     return platform;
 }
 
+/// Runs the main loop until it is clear whether another instance is running, where there is a bus
+/// to tell it. False if this one is to end, for that reason or because it is asked to.
+bool mayStart(const SingleInstance &instance, const UnixSignals &signals)
+{
+    if (instance.role() == SingleInstance::Role::Unknown) {
+        QEventLoop loop;
+        bool isEnding = false;
+        QObject::connect(&instance, &SingleInstance::decided, &loop, &QEventLoop::quit);
+        QObject::connect(&signals, &UnixSignals::terminationRequested, &loop, [&] {
+            isEnding = true;
+            loop.quit();
+        });
+        loop.exec();
+        if (isEnding) {
+            return false;
+        }
+    }
+    return instance.role() != SingleInstance::Role::Second;
+}
+
 } // namespace
 
-int runApplication(const std::shared_ptr<CompositorProxy> &proxy)
+int runApplication(BusConnection &bus, const std::shared_ptr<CompositorProxy> &proxy)
 {
     const UnixSignals signals;
-    QObject::connect(&signals, &UnixSignals::terminationRequested, qApp, &QCoreApplication::quit);
-    const QDBusConnection bus = QDBusConnection::sessionBus();
     SingleInstance instance(bus);
-    if (instance.claim() == SingleInstance::Role::Second) {
+    if (!mayStart(instance, signals)) {
         return 0;
     }
+    QObject::connect(&signals, &UnixSignals::terminationRequested, qApp, &QCoreApplication::quit);
+    QObject::connect(&instance, &SingleInstance::decided, qApp, [&instance] {
+        if (instance.role() == SingleInstance::Role::Second) { // by a bus that came late
+            QCoreApplication::quit();
+        }
+    });
 
     const Platform platform = makePlatform(bus, proxy);
     StatusMenu sceneMenu(*platform.clock);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/linux/dbus/BusConnection.h"
+
 #include <QDBusConnection>
 #include <QDBusError>
 #include <QDBusMessage>
@@ -28,6 +30,7 @@ public:
     ~BusPeer() { QDBusConnection::disconnectFromBus(m_connection.name()); }
 
     [[nodiscard]] QDBusConnection &connection() { return m_connection; }
+    [[nodiscard]] BusConnection &bus() { return m_bus; }
 
     /// Calls while the main loop runs on, since the one that is called may live on it.
     QDBusMessage call(const QString &service, const QString &path, const QString &interface,
@@ -47,6 +50,7 @@ public:
 
 private:
     QDBusConnection m_connection;
+    BusConnection m_bus{m_connection};
 };
 
 } // namespace velmora::test

@@ -62,29 +62,32 @@ QVariantMap hintsOf(const UserNotification &notification)
 
 } // namespace
 
-DesktopNotifications::DesktopNotifications(const QDBusConnection &connection,
-                                           std::chrono::milliseconds limit)
-    : m_connection(connection)
+DesktopNotifications::DesktopNotifications(BusConnection &bus, std::chrono::milliseconds limit)
+    : m_bus(bus)
     , m_limit(static_cast<int>(limit.count()))
 {
-    if (!m_connection.isConnected()) {
-        return;
-    }
-    m_ownerWatch.setConnection(m_connection);
     m_ownerWatch.setWatchMode(QDBusServiceWatcher::WatchForOwnerChange);
     m_ownerWatch.addWatchedService(service());
     connect(&m_ownerWatch, &QDBusServiceWatcher::serviceOwnerChanged, this,
             [this](const QString &, const QString &, const QString &newOwner) {
                 handleOwnerChange(newOwner);
             });
+    m_bus.whenConnected(this, [this] { start(); });
+}
+
+void DesktopNotifications::start()
+{
+    QDBusConnection connection = m_bus.connection();
+    m_ownerWatch.setConnection(connection);
     // From whomever: to subscribe by the daemon's name would wait for the bus to say who owns it.
-    m_connection.connect(QString(), path(), service(), QStringLiteral("NotificationClosed"), this,
-                         SLOT(handleClosed(QDBusMessage)));
+    connection.connect(QString(), path(), service(), QStringLiteral("NotificationClosed"), this,
+                       SLOT(handleClosed(QDBusMessage)));
+    handleOwnerChange(QString()); // an earlier bus had another daemon
 }
 
 void DesktopNotifications::add(const UserNotification &notification)
 {
-    if (!m_connection.isConnected()) {
+    if (!m_bus.isConnected()) {
         return;
     }
     entryFor(notification.identifier).next = notification;
@@ -146,7 +149,7 @@ void DesktopNotifications::send(Entry &entry)
          << bounded(notification.title) << (m_markup == Markup::Plain ? body : escaped(body))
          << noActions << hintsOf(notification) << lifetimeAsUsual;
     entry.isCalling = true;
-    onAnswer(m_connection.asyncCall(call, m_limit), this,
+    onAnswer(m_bus.connection().asyncCall(call, m_limit), this,
              [this, number = entry.number](const QDBusMessage &answer) {
                  handleAnswer(number, answer);
              });
@@ -182,8 +185,8 @@ void DesktopNotifications::askForMarkup()
         return;
     }
     m_markup = Markup::Asking;
-    onAnswer(m_connection.asyncCall(daemonCall(QStringLiteral("GetCapabilities")), m_limit), this,
-             [this, round = m_round](const QDBusMessage &answer) {
+    onAnswer(m_bus.connection().asyncCall(daemonCall(QStringLiteral("GetCapabilities")), m_limit),
+             this, [this, round = m_round](const QDBusMessage &answer) {
                  if (round == m_round) {
                      handleCapabilities(answer);
                  }

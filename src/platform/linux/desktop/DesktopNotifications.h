@@ -1,8 +1,8 @@
 #pragma once
 
 #include "platform/UserNotifications.h"
+#include "platform/linux/dbus/BusConnection.h"
 
-#include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusServiceWatcher>
 #include <QObject>
@@ -15,14 +15,14 @@ namespace velmora
 {
 
 /// Notifications by way of org.freedesktop.Notifications on the session bus. Nothing blocks; a call
-/// may start the desktop's daemon, and without any daemon nothing is shown.
+/// may start the desktop's daemon, and without any daemon, or a bus, nothing is shown.
 class DesktopNotifications : public QObject, public UserNotifications
 {
     Q_OBJECT
 
 public:
     /// Within `limit` the daemon has to answer a call, for which it may have to be started first.
-    explicit DesktopNotifications(const QDBusConnection &connection,
+    explicit DesktopNotifications(BusConnection &bus,
                                   std::chrono::milliseconds limit = std::chrono::seconds(10));
 
     void requestAuthorization() override {} // desktops know no such thing
@@ -42,6 +42,7 @@ private:
     };
     enum class Markup { Unknown, Asking, Escaped, Plain };
 
+    void start();
     Entry &entryFor(const QString &identifier);
     void forgetOldest();
     void sendWhatIsReady();
@@ -53,7 +54,7 @@ private:
     void complain(const QDBusMessage &answer);
     [[nodiscard]] QDBusMessage daemonCall(const QString &method) const;
 
-    QDBusConnection m_connection;
+    BusConnection &m_bus;
     int m_limit; ///< milliseconds
     QDBusServiceWatcher m_ownerWatch;
     QString m_owner; ///< unique name; empty as long as it is not known

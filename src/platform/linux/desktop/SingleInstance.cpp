@@ -6,8 +6,6 @@
 #include <QDBusMessage>
 #include <QLoggingCategory>
 
-#include <algorithm>
-
 namespace velmora
 {
 
@@ -26,45 +24,29 @@ QString objectPath()
     return QStringLiteral("/com/velmora/app");
 }
 
-int remaining(const QDeadlineTimer &deadline)
-{
-    return std::max(1, static_cast<int>(deadline.remainingTime()));
-}
-
 } // namespace
 
-SingleInstance::SingleInstance(const QDBusConnection &connection)
-    : m_connection(connection)
+SingleInstance::SingleInstance(BusConnection &bus, std::chrono::milliseconds limit)
+    : m_bus(bus)
+    , m_limit(static_cast<int>(limit.count()))
 {
+    m_bus.whenConnected(this, [this] { claim(); });
 }
 
 SingleInstance::~SingleInstance()
 {
-    if (m_ownsName)
-        withdraw();
+    withdraw();
 }
 
-SingleInstance::Role SingleInstance::claim(std::chrono::milliseconds timeout)
+void SingleInstance::claim()
 {
-    if (!m_connection.isConnected())
-        return Role::NoBus;
+    m_role = Role::Unknown;
+    m_deadline.setRemainingTime(m_limit);
     // The object stands before the name does, so that a call that follows the name at once finds
-    // it. Its delivery waits for the main loop.
-    m_connection.registerObject(objectPath(), this, QDBusConnection::ExportScriptableContents);
-    const QDeadlineTimer deadline(timeout);
-    do {
-        const std::optional<bool> ours = requestName(deadline);
-        if (!ours) {
-            withdraw();
-            return Role::NoBus;
-        }
-        m_ownsName = *ours;
-        if (m_ownsName)
-            return Role::First;
-        // An owner that was about to leave takes no calls any more; then the name is free again.
-    } while (!activateOwner(deadline) && !deadline.hasExpired());
-    withdraw();
-    return Role::Second;
+    // it.
+    QDBusConnection(m_bus.connection())
+        .registerObject(objectPath(), this, QDBusConnection::ExportScriptableContents);
+    requestName();
 }
 
 void SingleInstance::Activate(const QVariantMap & /*platformData*/)
@@ -86,8 +68,7 @@ void SingleInstance::ActivateAction(const QString &name, const QVariantList & /*
         sendErrorReply(QDBusError::InvalidArgs, QStringLiteral("There is no such action"));
 }
 
-/// Whether the name is ours now; nothing if the bus gives no usable answer.
-std::optional<bool> SingleInstance::requestName(const QDeadlineTimer &deadline)
+void SingleInstance::requestName()
 {
     constexpr uint doNotQueue = 4;
     constexpr uint primaryOwner = 1;
@@ -95,46 +76,59 @@ std::optional<bool> SingleInstance::requestName(const QDeadlineTimer &deadline)
     constexpr uint alreadyOwner = 4;
     QDBusMessage request = busCall(QStringLiteral("RequestName"));
     request << serviceName() << doNotQueue;
-    const QDBusMessage answer = m_connection.call(request, QDBus::Block, remaining(deadline));
-    if (answer.type() != QDBusMessage::ReplyMessage) {
-        qCWarning(lcInstance) << "The session bus gives no name:" << answer.errorName();
-        return std::nullopt;
-    }
-    const uint result = answer.arguments().value(0).toUInt();
-    if (result == primaryOwner || result == alreadyOwner)
-        return true;
-    return result == exists ? std::optional(false) : std::nullopt;
+    onAnswer(m_bus.connection().asyncCall(request, m_limit), this,
+             [this](const QDBusMessage &answer) {
+                 const uint result = answer.arguments().value(0).toUInt();
+                 if (answer.type() != QDBusMessage::ReplyMessage) {
+                     qCWarning(lcInstance) << "The bus gives no name:" << answer.errorName();
+                     decide(Role::NoBus);
+                 } else if (result == exists) {
+                     activateOwner();
+                 } else {
+                     const bool ours = result == primaryOwner || result == alreadyOwner;
+                     decide(ours ? Role::First : Role::NoBus);
+                 }
+             });
 }
 
-/// False if the owner has gone in the meantime.
-bool SingleInstance::activateOwner(const QDeadlineTimer &deadline)
+void SingleInstance::activateOwner()
 {
     QDBusMessage call = QDBusMessage::createMethodCall(
         serviceName(), objectPath(), QStringLiteral("org.freedesktop.Application"),
         QStringLiteral("Activate"));
     call << QVariantMap();
     call.setAutoStartService(false);
-    const QDBusMessage answer = m_connection.call(call, QDBus::Block, remaining(deadline));
-    if (answer.type() == QDBusMessage::ReplyMessage)
-        return true;
-    const QDBusError::ErrorType error = QDBusError(answer).type();
-    // NoReply before the deadline means that the owner left with our call in its hands.
-    const bool ownerLeft = error == QDBusError::ServiceUnknown ||
-                           (error == QDBusError::NoReply && !deadline.hasExpired());
-    if (!ownerLeft)
-        qCWarning(lcInstance) << "The running instance does not answer:" << answer.errorName();
-    return !ownerLeft;
+    onAnswer(m_bus.connection().asyncCall(call, m_limit), this, [this](const QDBusMessage &answer) {
+        const QDBusError::ErrorType error = QDBusError(answer).type();
+        // NoReply before the deadline means that the owner left with our call in its hands.
+        const bool ownerLeft = error == QDBusError::ServiceUnknown || error == QDBusError::NoReply;
+        if (ownerLeft && !m_deadline.hasExpired()) {
+            requestName(); // the name is free again
+            return;
+        }
+        if (answer.type() != QDBusMessage::ReplyMessage)
+            qCWarning(lcInstance) << "The running instance does not answer:" << answer.errorName();
+        decide(Role::Second);
+    });
+}
+
+void SingleInstance::decide(Role role)
+{
+    if (role != Role::First)
+        withdraw();
+    m_role = role;
+    Q_EMIT decided();
 }
 
 void SingleInstance::withdraw()
 {
-    if (m_ownsName) {
+    QDBusConnection connection = m_bus.connection();
+    if (m_role == Role::First) {
         QDBusMessage release = busCall(QStringLiteral("ReleaseName"));
         release << serviceName();
-        m_connection.send(release);
-        m_ownsName = false;
+        connection.send(release);
     }
-    m_connection.unregisterObject(objectPath());
+    connection.unregisterObject(objectPath());
 }
 
 } // namespace velmora

@@ -1,21 +1,22 @@
 #pragma once
 
-#include <QDBusConnection>
+#include "platform/linux/dbus/BusConnection.h"
+
 #include <QDBusContext>
+#include <QDBusMessage>
 #include <QDeadlineTimer>
 #include <QObject>
-#include <QString>
 #include <QStringList>
 #include <QVariantMap>
 
 #include <chrono>
-#include <optional>
 
 namespace velmora
 {
 
 /// Sees to it that the program runs once in a session, by its name on the session bus, and takes
-/// what later starts of it ask for: the interface org.freedesktop.Application.
+/// what later starts of it ask for: the interface org.freedesktop.Application. A bus that comes
+/// late, or again, is asked for the name then.
 class SingleInstance : public QObject, protected QDBusContext
 {
     Q_OBJECT
@@ -23,20 +24,20 @@ class SingleInstance : public QObject, protected QDBusContext
 
 public:
     enum class Role {
-        First,  ///< the name is ours until this object is destroyed
-        Second, ///< another instance runs and has been told to come forward: leave
-        NoBus,  ///< nobody can tell; run
+        Unknown, ///< the bus, or the other instance, has not answered yet
+        First,   ///< the name is ours
+        Second,  ///< another instance runs and has been told to come forward: leave
+        NoBus,   ///< nobody can tell; run
     };
 
-    explicit SingleInstance(const QDBusConnection &connection);
+    /// Waits for an answer of the bus, and of the other instance, no longer than `limit` each.
+    explicit SingleInstance(BusConnection &bus,
+                            std::chrono::milliseconds limit = std::chrono::seconds(1));
     SingleInstance(const SingleInstance &) = delete;
     SingleInstance &operator=(const SingleInstance &) = delete;
     ~SingleInstance() override;
 
-    /// For the start of the program, before the main loop: waits for the bus, and for the other
-    /// instance, no longer than `timeout` altogether. Whoever connects to `activated` before the
-    /// main loop runs misses nothing.
-    Role claim(std::chrono::milliseconds timeout = std::chrono::seconds(1));
+    [[nodiscard]] Role role() const { return m_role; }
 
 public Q_SLOTS:
     Q_SCRIPTABLE void Activate(const QVariantMap &platformData);
@@ -45,16 +46,22 @@ public Q_SLOTS:
                                      const QVariantMap &platformData);
 
 Q_SIGNALS:
+    /// `role` is known, once for each bus.
+    void decided();
     /// The user has started the program again, or asked for its preferences from outside.
     void activated();
 
 private:
-    [[nodiscard]] std::optional<bool> requestName(const QDeadlineTimer &deadline);
-    [[nodiscard]] bool activateOwner(const QDeadlineTimer &deadline);
+    void claim();
+    void requestName();
+    void activateOwner();
+    void decide(Role role);
     void withdraw();
 
-    QDBusConnection m_connection;
-    bool m_ownsName = false;
+    BusConnection &m_bus;
+    int m_limit; ///< milliseconds
+    QDeadlineTimer m_deadline;
+    Role m_role = Role::NoBus;
 };
 
 } // namespace velmora

@@ -20,21 +20,34 @@ QString menuPath()
 
 } // namespace
 
-TrayItem::TrayItem(const QDBusConnection &connection, QString iconName, const QList<QImage> &icons,
+TrayItem::TrayItem(BusConnection &bus, QString iconName, const QList<QImage> &icons,
                    QString accessibleDescription)
-    : m_connection(connection)
+    : m_bus(bus)
     , m_item(menuPath(), std::move(iconName), icons, std::move(accessibleDescription))
 {
-    m_connection.registerObject(menuPath(), &m_menu, QDBusConnection::ExportScriptableContents);
-    m_connection.registerObject(itemPath(), &m_item, QDBusConnection::ExportScriptableContents);
-    m_registration.emplace(m_connection);
+    connect(&m_bus, &BusConnection::disconnected, this, &TrayItem::stop);
+    m_bus.whenConnected(this, [this] { start(); });
 }
 
 TrayItem::~TrayItem()
 {
+    stop();
+}
+
+void TrayItem::start()
+{
+    QDBusConnection connection = m_bus.connection();
+    connection.registerObject(menuPath(), &m_menu, QDBusConnection::ExportScriptableContents);
+    connection.registerObject(itemPath(), &m_item, QDBusConnection::ExportScriptableContents);
+    m_registration.emplace(connection); // last: what it announces has to be there
+}
+
+void TrayItem::stop()
+{
+    QDBusConnection connection = m_bus.connection();
     m_registration.reset();
-    m_connection.unregisterObject(itemPath());
-    m_connection.unregisterObject(menuPath());
+    connection.unregisterObject(itemPath());
+    connection.unregisterObject(menuPath());
 }
 
 void TrayItem::setMenu(const Menu &menu)

@@ -1,11 +1,11 @@
 #pragma once
 
 #include "platform/StatusItem.h"
+#include "platform/linux/dbus/BusConnection.h"
 #include "platform/linux/desktop/DBusMenu.h"
 #include "platform/linux/desktop/StatusNotifierItem.h"
 #include "platform/linux/desktop/StatusNotifierRegistration.h"
 
-#include <QDBusConnection>
 #include <QImage>
 #include <QList>
 #include <QString>
@@ -16,13 +16,13 @@ namespace velmora
 {
 
 /// The status menu as an item of the desktop's tray. Without a session bus, or without a tray, it
-/// is simply not seen; a tray that comes later finds it. Never blocks.
-class TrayItem : public StatusItem
+/// is simply not seen; a bus or a tray that comes later finds it. Never blocks.
+class TrayItem : public QObject, public StatusItem
 {
 public:
     /// `iconName` is for hosts that look icons up in a theme and may be empty; `icons` are the
     /// same symbol drawn by us, one image a size. One item a connection.
-    TrayItem(const QDBusConnection &connection, QString iconName, const QList<QImage> &icons,
+    TrayItem(BusConnection &bus, QString iconName, const QList<QImage> &icons,
              QString accessibleDescription = QStringLiteral("Notch"));
     TrayItem(const TrayItem &) = delete;
     TrayItem &operator=(const TrayItem &) = delete;
@@ -31,11 +31,13 @@ public:
     void setMenu(const Menu &menu) override;
 
 private:
-    QDBusConnection m_connection;
+    void start();
+    void stop();
+
+    BusConnection &m_bus;
     DBusMenu m_menu;
     StatusNotifierItem m_item;
-    // Made last: what it announces has to be there.
-    std::optional<StatusNotifierRegistration> m_registration;
+    std::optional<StatusNotifierRegistration> m_registration; ///< while there is a bus
 };
 
 } // namespace velmora

@@ -31,7 +31,7 @@ bool isDeviceId(const QString &text)
 
 } // namespace
 
-KdeConnectSharing::KdeConnectSharing(const QDBusConnection &bus)
+KdeConnectSharing::KdeConnectSharing(BusConnection &bus)
     : m_bus(bus)
 {
 }
@@ -42,7 +42,7 @@ void KdeConnectSharing::send(const QList<QUrl> &files)
         methodCall(QStringLiteral("/modules/kdeconnect"),
                    QStringLiteral("org.kde.kdeconnect.daemon"), QStringLiteral("devices"));
     call << true << true; // reachable and paired only
-    auto *const watcher = new QDBusPendingCallWatcher(m_bus.asyncCall(call), this);
+    auto *const watcher = new QDBusPendingCallWatcher(m_bus.connection().asyncCall(call), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, files] {
         watcher->deleteLater();
         const QDBusPendingReply<QStringList> reply(*watcher);
@@ -63,7 +63,7 @@ void KdeConnectSharing::sendTo(const QString &device, const QList<QUrl> &files)
         QDBusMessage call = methodCall(path, QStringLiteral("org.kde.kdeconnect.device.share"),
                                        QStringLiteral("shareUrl"));
         call << QString::fromLatin1(file.toEncoded());
-        m_bus.send(call);
+        m_bus.connection().send(call);
     }
 }
 

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "platform/Sharing.h"
+#include "platform/linux/dbus/BusConnection.h"
 
-#include <QDBusConnection>
 #include <QObject>
 
 namespace velmora
@@ -15,14 +15,14 @@ class KdeConnectSharing final : public QObject, public Sharing
     Q_OBJECT
 
 public:
-    explicit KdeConnectSharing(const QDBusConnection &bus);
+    explicit KdeConnectSharing(BusConnection &bus);
 
     void send(const QList<QUrl> &files) override;
 
 private:
     void sendTo(const QString &device, const QList<QUrl> &files);
 
-    QDBusConnection m_bus;
+    BusConnection &m_bus;
 };
 
 } // namespace velmora

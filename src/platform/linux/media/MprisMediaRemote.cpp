@@ -46,25 +46,21 @@ QString methodOf(quint32 command)
 
 } // namespace
 
-MprisMediaRemote::MprisMediaRemote(const QDBusConnection &connection, Clock &clock)
+MprisMediaRemote::MprisMediaRemote(BusConnection &bus, Clock &clock)
     : m_clock(clock)
-    , m_bus(connection)
+    , m_session(bus)
     , m_artwork(clock)
     , m_reports(clock, reportInterval, [this] { report(); })
 {
-    connectBus();
     connect(&m_artwork, &ArtworkLoader::settled, this, [this] {
         ++m_artworks;
         m_reports.request();
     });
 }
 
-std::optional<MediaRemote::Functions> MprisMediaRemote::load(QString &error)
+std::optional<MediaRemote::Functions> MprisMediaRemote::load(QString & /*error*/)
 {
-    if (!m_bus.start()) {
-        error = QStringLiteral("there is no session bus");
-        return std::nullopt;
-    }
+    m_session.whenConnected(this, [this] { connectBus(); });
     Functions functions;
     functions.getNowPlayingInfo = [this](InfoHandler handler) {
         askStalePosition();
@@ -80,10 +76,11 @@ std::optional<MediaRemote::Functions> MprisMediaRemote::load(QString &error)
 
 void MprisMediaRemote::connectBus()
 {
-    connect(&m_bus, &MprisBus::nameAppeared, this, &MprisMediaRemote::addName);
-    connect(&m_bus, &MprisBus::nameVanished, this, &MprisMediaRemote::removeName);
-    connect(&m_bus, &MprisBus::questionFailed, this, &MprisMediaRemote::takeFailure);
-    connect(&m_bus, &MprisBus::propertiesAnswered, this,
+    m_bus.emplace(m_session.connection());
+    connect(&*m_bus, &MprisBus::nameAppeared, this, &MprisMediaRemote::addName);
+    connect(&*m_bus, &MprisBus::nameVanished, this, &MprisMediaRemote::removeName);
+    connect(&*m_bus, &MprisBus::questionFailed, this, &MprisMediaRemote::takeFailure);
+    connect(&*m_bus, &MprisBus::propertiesAnswered, this,
             [this](const QString &owner, const QVariantMap &properties) {
                 update(owner, [&](Entry &entry) {
                     entry.isKnown = true;
@@ -92,14 +89,14 @@ void MprisMediaRemote::connectBus()
                     entry.player.takeAll(properties, m_clock.uptime());
                 });
             });
-    connect(&m_bus, &MprisBus::positionAnswered, this,
+    connect(&*m_bus, &MprisBus::positionAnswered, this,
             [this](const QString &owner, const QVariant &microseconds) {
                 update(owner, [&](Entry &entry) {
                     entry.position.isUnderWay = false;
                     entry.player.takePosition(microseconds, m_clock.uptime());
                 });
             });
-    connect(&m_bus, &MprisBus::propertiesChanged, this,
+    connect(&*m_bus, &MprisBus::propertiesChanged, this,
             [this](const QString &sender, const QVariantMap &properties, bool isPartial) {
                 update(sender, [&](Entry &entry) {
                     entry.player.takeChanges(properties, m_clock.uptime());
@@ -108,12 +105,13 @@ void MprisMediaRemote::connectBus()
                     entry.properties.isWanted |= isPartial || isUnknown;
                 });
             });
-    connect(&m_bus, &MprisBus::seeked, this,
+    connect(&*m_bus, &MprisBus::seeked, this,
             [this](const QString &sender, const QVariant &microseconds) {
                 update(sender, [&](Entry &entry) {
                     entry.player.takePosition(microseconds, m_clock.uptime());
                 });
             });
+    static_cast<void>(m_bus->start());
 }
 
 void MprisMediaRemote::addName(const QString &owner, const QString &name)
@@ -244,7 +242,7 @@ void MprisMediaRemote::ask(MprisBus::Question question, const QString &owner, In
     inquiry.isWanted = false;
     inquiry.isUnderWay = true;
     inquiry.asked = m_clock.uptime();
-    m_bus.ask(question, owner);
+    m_bus->ask(question, owner);
 }
 
 void MprisMediaRemote::sendNotices()
@@ -345,7 +343,7 @@ bool MprisMediaRemote::sendCommand(quint32 command)
     const QString method = methodOf(command);
     if (method.isEmpty() || m_current.isEmpty())
         return false;
-    m_bus.command(m_current, method);
+    m_bus->command(m_current, method);
     return true;
 }
 

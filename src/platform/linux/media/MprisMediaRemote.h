@@ -2,13 +2,13 @@
 
 #include "platform/Clock.h"
 #include "platform/MediaRemote.h"
+#include "platform/linux/dbus/BusConnection.h"
 #include "platform/linux/media/ArtworkLoader.h"
 #include "platform/linux/media/MprisBus.h"
 #include "platform/linux/media/MprisPlayer.h"
 #include "platform/linux/media/PlayerNotices.h"
 #include "platform/linux/media/Throttle.h"
 
-#include <QDBusConnection>
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -28,8 +28,8 @@ class MprisMediaRemote final : public MediaRemote
     Q_OBJECT
 
 public:
-    /// The clock has to outlive the object, and the object what `load` yields.
-    MprisMediaRemote(const QDBusConnection &connection, Clock &clock);
+    /// Bus and clock have to outlive the object, and the object what `load` yields.
+    MprisMediaRemote(BusConnection &bus, Clock &clock);
 
     [[nodiscard]] std::optional<Functions> load(QString &error) override;
 
@@ -88,7 +88,8 @@ private:
     [[nodiscard]] bool sendCommand(quint32 command);
 
     Clock &m_clock;
-    MprisBus m_bus;
+    BusConnection &m_session;
+    std::optional<MprisBus> m_bus; ///< absent until there is a session bus
     ArtworkLoader m_artwork;
     std::map<QString, Entry> m_players; ///< by owner
     QString m_current;                  ///< owner; empty if nothing is playing

@@ -60,7 +60,7 @@ void DesktopNotificationsTest::init()
     m_client = std::make_unique<BusPeer>(QStringLiteral("client"));
     m_daemon = std::make_unique<FakeNotificationDaemon>(QStringLiteral("daemon"));
     m_daemon->start();
-    m_notifications = std::make_unique<DesktopNotifications>(m_client->connection());
+    m_notifications = std::make_unique<DesktopNotifications>(m_client->bus());
 }
 
 void DesktopNotificationsTest::cleanup()
@@ -171,7 +171,7 @@ void DesktopNotificationsTest::waitsForTheAnswer()
 
 void DesktopNotificationsTest::doesNotWaitForever()
 {
-    m_notifications = std::make_unique<DesktopNotifications>(m_client->connection(), 1s);
+    m_notifications = std::make_unique<DesktopNotifications>(m_client->bus(), 1s);
     m_daemon->holds = true;
     add("a", "one");
     add("a", "two");
@@ -369,12 +369,10 @@ void DesktopNotificationsTest::sendsNothingThatTheBusWouldRefuse()
 
 void DesktopNotificationsTest::isSilentWithoutABus()
 {
-    const auto name = QStringLiteral("nowhere");
-    DesktopNotifications nowhere(
-        QDBusConnection::connectToBus(QStringLiteral("unix:path=/nonexistent"), name));
+    BusConnection bus{QByteArray()};
+    DesktopNotifications nowhere(bus);
     nowhere.add({text("a"), text("Title"), text("<b>"), true});
     nowhere.add({text("a"), text("Title"), text("plain"), true});
-    QDBusConnection::disconnectFromBus(name);
 }
 
 QTEST_GUILESS_MAIN(DesktopNotificationsTest)

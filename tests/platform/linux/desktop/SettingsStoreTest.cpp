@@ -5,18 +5,11 @@
 #include <QFile>
 #include <QProcess>
 #include <QRandomGenerator>
-#include <QScopeGuard>
-#include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QTimer>
 
-#include <csignal>
 #include <limits>
-#include <sys/file.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 using namespace velmora;
 
@@ -25,15 +18,18 @@ namespace
 
 constexpr int patience = 20'000; // milliseconds, for a loaded machine
 
+const QString key = QStringLiteral("key");
+
 /// A fresh folder with the place of a settings file.
 struct Place {
     QTemporaryDir folder;
     QString path = folder.filePath(QStringLiteral("velmora/velmora.conf"));
 
-    void write(const QByteArray &text) const
+    Place() { QDir().mkpath(folder.filePath(QStringLiteral("velmora"))); }
+
+    void write(const QByteArray &text, const QString &suffix = {}) const
     {
-        QVERIFY(QDir().mkpath(folder.filePath(QStringLiteral("velmora"))));
-        QFile file(path);
+        QFile file(path + suffix);
         QVERIFY(file.open(QIODevice::WriteOnly) && file.write(text) == text.size());
     }
 
@@ -42,46 +38,7 @@ struct Place {
         QFile file(path + suffix);
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     }
-
-    QStringList entries() const
-    {
-        return QDir(folder.filePath(QStringLiteral("velmora")))
-            .entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
-    }
 };
-
-const QString key = QStringLiteral("key");
-
-const QList<QString> &difficultStrings()
-{
-    static const QList<QString> strings = {
-        {},
-        QStringLiteral("plain"),
-        QStringLiteral(" outer space "),
-        QStringLiteral("a,b;c=d#e[f]"),
-        QStringLiteral("\"quoted\" \\ 'and' \\n"),
-        QStringLiteral("line\nline\r\n\ttab"),
-        QStringLiteral("@home"),
-        QStringLiteral("@@"),
-        QStringLiteral("@ByteArray(no)"),
-        QStringLiteral("\u00e4\u00f6\u00fc \u65e5\u672c \U0001F600"),
-        QStringLiteral("\x01"
-                       "1\x1f"
-                       "f\x7f"
-                       "g"),
-        QString(QChar(0)) + QStringLiteral("0"),
-        QString(QChar(0xd800)) + u'a',
-    };
-    return strings;
-}
-
-QByteArray allBytes()
-{
-    QByteArray bytes;
-    for (int i = 0; i < 512; ++i)
-        bytes.append(static_cast<char>(i / 2 * (i % 2 ? 1 : 7)));
-    return bytes;
-}
 
 } // namespace
 
@@ -90,471 +47,175 @@ class SettingsStoreTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void absentKeysReadAsNothing();
     void valuesComeBack();
-    void numbersRoundTrip_data();
-    void numbersRoundTrip();
-    void writtenForms();
-    void agreesWithQSettings();
-    void garbageReadsAsNothing_data();
-    void garbageReadsAsNothing();
-    void handWrittenValues();
-    void writtenOncePerTurn();
-    void earlierTurnIsWrittenBeforeTheNext();
-    void foreignTextIsKept();
-    void editsWhileRunningAreKept();
-    void unreadableIsNeverTouched_data();
-    void unreadableIsNeverTouched();
-    void brokenFileIsKeptAside_data();
-    void brokenFileIsKeptAside();
-    void brokenFileThatCannotBeKeptIsNotTouched();
-    void unwritableStaysInMemory();
-    void fullDiskKeepsTheOldText();
-    void locksOfOthersDoNotStall();
-    void linksAndModesAreKept();
+    void writesOncePerTurn();
+    void readsWhatIsInTheFile();
+    void unreadableIsKeptAside_data();
+    void unreadableIsKeptAside();
+    void faultyLinesAreKeptAside();
+    void staysInMemoryWhereNothingCanBeWritten();
+    void abandonedLocksDoNotStall();
     void survivesBeingKilled();
 };
-
-void SettingsStoreTest::absentKeysReadAsNothing()
-{
-    const Place place;
-    {
-        const SettingsStore store(place.path);
-        QVERIFY(!store.boolean(key) && !store.number(key) && !store.string(key) &&
-                !store.data(key));
-        QCOMPARE(store.integer(key), 0);
-    }
-    // Reading alone leaves no trace.
-    QVERIFY(!QFile::exists(place.folder.filePath(QStringLiteral("velmora"))));
-}
 
 void SettingsStoreTest::valuesComeBack()
 {
     const Place place;
-    const auto numbered = [](qsizetype i) { return QStringLiteral("group %1/\u00fc/%").arg(i); };
+    QByteArray bytes;
+    for (int i = 0; i < 512; ++i)
+        bytes.append(static_cast<char>(i / 2 * (i % 2 ? 1 : 7)));
+    const QStringList strings{QString(), QStringLiteral(" a,b;c=\"d\" \\ \n@"),
+                              QStringLiteral("@ByteArray(no)"),
+                              QStringLiteral("\u00e4 \u65e5 \U0001F600")};
+    const QList<double> numbers{200.0, 0.3, 1.0 / 3.0, 5e-324};
+    const auto check = [&](const SettingsStore &store) {
+        QCOMPARE(store.boolean(QStringLiteral("yes")), true);
+        QCOMPARE(store.boolean(QStringLiteral("no")), false);
+        QCOMPARE(store.integer(QStringLiteral("least")), std::numeric_limits<qint64>::min());
+        QCOMPARE(store.data(QStringLiteral("bytes")), bytes);
+        for (qsizetype i = 0; i < strings.size(); ++i) {
+            QCOMPARE(store.string(QStringLiteral("group/%1").arg(i)), strings[i]);
+            QCOMPARE(store.number(QStringLiteral("number %1").arg(i)), numbers[i]);
+        }
+        QVERIFY(!store.boolean(key) && !store.number(key) && !store.string(key) &&
+                !store.data(key) && store.integer(key) == 0);
+    };
     {
         SettingsStore store(place.path);
         store.setBoolean(QStringLiteral("yes"), true);
         store.setBoolean(QStringLiteral("no"), false);
         store.setInteger(QStringLiteral("least"), std::numeric_limits<qint64>::min());
-        store.setData(QStringLiteral("bytes"), allBytes());
-        store.setData(QStringLiteral("none"), {});
-        store.setString(QStringLiteral("General/k"), QStringLiteral("not the root"));
-        for (qsizetype i = 0; i < difficultStrings().size(); ++i)
-            store.setString(numbered(i), difficultStrings()[i]);
-        QCOMPARE(store.data(QStringLiteral("bytes")), allBytes());
-    }
-    const SettingsStore store(place.path);
-    QCOMPARE(store.boolean(QStringLiteral("yes")), true);
-    QCOMPARE(store.boolean(QStringLiteral("no")), false);
-    QCOMPARE(store.integer(QStringLiteral("least")), std::numeric_limits<qint64>::min());
-    QCOMPARE(store.data(QStringLiteral("bytes")), allBytes());
-    QCOMPARE(store.data(QStringLiteral("none")), QByteArray());
-    QCOMPARE(store.string(QStringLiteral("General/k")), QStringLiteral("not the root"));
-    QVERIFY(!store.string(QStringLiteral("k")));
-    for (qsizetype i = 0; i < difficultStrings().size(); ++i)
-        QCOMPARE(store.string(numbered(i)), difficultStrings()[i]);
-}
-
-void SettingsStoreTest::numbersRoundTrip_data()
-{
-    QTest::addColumn<double>("number");
-    for (const double number : {200.0, 0.3, -0.0, 1e22, 1.0 / 3.0, 5e-324, 1.7976931348623157e308})
-        QTest::addRow("%g", number) << number;
-}
-
-void SettingsStoreTest::numbersRoundTrip()
-{
-    QFETCH(double, number);
-    const Place place;
-    SettingsStore(place.path).setNumber(key, number);
-    QCOMPARE(SettingsStore(place.path).number(key).value(), number);
-}
-
-void SettingsStoreTest::writtenForms()
-{
-    const Place place;
-    {
-        SettingsStore store(place.path);
-        store.setNumber(QStringLiteral("a"), 200);
-        store.setNumber(QStringLiteral("b"), 0.3);
-        store.setNumber(QStringLiteral("c"), 7);
-        store.setNumber(QStringLiteral("c"), std::numeric_limits<double>::quiet_NaN());
-        store.setNumber(QStringLiteral("c"), std::numeric_limits<double>::infinity());
-        store.setBoolean(QStringLiteral("d"), true);
-    }
-    QCOMPARE(place.text(), QByteArray("[General]\na=200\nb=0.3\nc=7\nd=true\n"));
-}
-
-/// The user's other tools know this notation by QSettings.
-void SettingsStoreTest::agreesWithQSettings()
-{
-    const Place ours;
-    const Place theirs;
-    QVERIFY(QDir().mkpath(theirs.folder.filePath(QStringLiteral("velmora"))));
-    {
-        SettingsStore store(ours.path);
-        QSettings settings(theirs.path, QSettings::IniFormat);
-        for (qsizetype i = 0; i < difficultStrings().size(); ++i) {
-            const auto name = QStringLiteral("a group/\u00fc/%1").arg(i);
-            store.setString(name, difficultStrings()[i]);
-            settings.setValue(name, difficultStrings()[i]);
+        store.setData(QStringLiteral("bytes"), bytes);
+        store.setNumber(key, std::numeric_limits<double>::quiet_NaN());
+        for (qsizetype i = 0; i < strings.size(); ++i) {
+            store.setString(QStringLiteral("group/%1").arg(i), strings[i]);
+            store.setNumber(QStringLiteral("number %1").arg(i), numbers[i]);
         }
-        store.setData(QStringLiteral("bytes"), allBytes());
-        settings.setValue(QStringLiteral("bytes"), allBytes());
-        store.setInteger(QStringLiteral("General/k"), 5);
-        settings.setValue(QStringLiteral("General/k"), 5);
+        check(store); // before anything is written
     }
-    const SettingsStore store(theirs.path);
-    const QSettings settings(ours.path, QSettings::IniFormat);
-    QCOMPARE(settings.status(), QSettings::NoError);
-    for (qsizetype i = 0; i < difficultStrings().size(); ++i) {
-        const auto name = QStringLiteral("a group/\u00fc/%1").arg(i);
-        if (difficultStrings()[i].isValidUtf16()) { // theirs loses the others
-            QCOMPARE(store.string(name), difficultStrings()[i]);
-            QCOMPARE(settings.value(name).toString(), difficultStrings()[i]);
-        }
-    }
-    QCOMPARE(store.data(QStringLiteral("bytes")), allBytes());
-    QCOMPARE(settings.value(QStringLiteral("bytes")).toByteArray(), allBytes());
-    QCOMPARE(store.integer(QStringLiteral("General/k")), 5);
-    QCOMPARE(settings.value(QStringLiteral("General/k")).toInt(), 5);
+    check(SettingsStore(place.path));
 }
 
-void SettingsStoreTest::garbageReadsAsNothing_data()
-{
-    QTest::addColumn<QByteArray>("text");
-    QTest::newRow("list") << QByteArray("1, 2");
-    QTest::newRow("object") << QByteArray("@Variant(\\0\\0\\0\\x80\\xff\\xff\\xff\\xff)");
-    QTest::newRow("point") << QByteArray("@Point(1 2)");
-    QTest::newRow("invalid") << QByteArray("@Invalid()");
-    QTest::newRow("cut") << QByteArray("@ByteArray(1");
-    QTest::newRow("bytes that are none") << QByteArray("@ByteArray(\\x20ac)");
-    QTest::newRow("no UTF-8") << QByteArray("\xff\xfe\x31");
-}
-
-void SettingsStoreTest::garbageReadsAsNothing()
-{
-    QFETCH(QByteArray, text);
-    const Place place;
-    place.write("[General]\nkey=" + text + "\nother=1\n");
-    const SettingsStore store(place.path);
-    QVERIFY(!store.boolean(key) && !store.number(key) && !store.string(key) && !store.data(key));
-    QCOMPARE(store.integer(key), 0);
-    QCOMPARE(store.integer(QStringLiteral("other")), 1);
-}
-
-void SettingsStoreTest::handWrittenValues()
+void SettingsStoreTest::writesOncePerTurn()
 {
     const Place place;
-    place.write("\xef\xbb\xbf"
-                "before=1\r\n; comment\n# comment with \" and \\\n[general]\n"
-                "nan=nan\ninf=-inf\nhuge=1e999\nword=yes\nempty=\n  spaced  =  a b  ; comment\r\n"
-                "TRUE=True\none=1\nzero=0.0\nreal=2.5\nlong=9223372036854775808\n"
-                "json={\\\"a\\\": \xc3\xa4}\ncontinued=1\\\n2\noctal=\\101\nend=\"x\" \n"
-                "twice=1\ntwice=2\nbytes=@ByteArray(12)");
+    SettingsStore store(place.path);
+    store.setInteger(key, 1);
+    store.setInteger(key, 2);
+    QVERIFY(!QFile::exists(place.path));
+    QTRY_COMPARE(place.text(), QByteArray("[General]\nkey=2\n"));
+}
+
+void SettingsStoreTest::readsWhatIsInTheFile()
+{
+    const Place place;
+    place.write("; by hand\n[General]\nnan=nan\nhuge=1e999\nword=yes\nlist=1, 2\nTRUE=True\none=1\n"
+                "real=2.5\nlong=9223372036854775808\njson={\\\"a\\\": \xc3\xa4}\n"
+                "point=@Point(1 2)\nbytes=@ByteArray(1\\x32\\0)\nnotchWidth=200\n");
     const SettingsStore store(place.path);
     const auto k = [](const char *name) { return QString::fromLatin1(name); };
-    QCOMPARE(store.integer(k("before")), 1);
-    for (const char *const name : {"nan", "inf", "huge", "word", "empty"}) {
+    for (const char *const name : {"nan", "huge", "word", "list", "point", "bytes", "json"}) {
         QVERIFY2(!store.number(k(name)), name);
         QVERIFY2(!store.boolean(k(name)), name);
+        QCOMPARE(store.integer(k(name)), 0);
     }
-    QCOMPARE(store.string(k("spaced")), k("a b"));
+    for (const char *const name : {"list", "point", "bytes"})
+        QVERIFY2(!store.string(k(name)), name);
+    QVERIFY(!store.data(k("list")) && !store.data(k("point")));
     QCOMPARE(store.boolean(k("TRUE")), true);
     QCOMPARE(store.boolean(k("one")), true);
-    QCOMPARE(store.boolean(k("zero")), false);
     QCOMPARE(store.number(k("real")), 2.5);
-    QCOMPARE(store.integer(k("real")), 0);
     QCOMPARE(store.integer(k("long")), 0);
+    QCOMPARE(store.number(k("notchWidth")), 200.0);
     QCOMPARE(store.data(k("json")), QByteArray("{\"a\": \xc3\xa4}"));
-    QCOMPARE(store.integer(k("continued")), 12);
-    QCOMPARE(store.string(k("octal")), k("A"));
-    QCOMPARE(store.string(k("end")), k("x"));
-    QCOMPARE(store.integer(k("twice")), 2);
-    QVERIFY(!store.string(k("bytes")));
-    QCOMPARE(store.data(k("bytes")), QByteArray("12"));
+    QCOMPARE(store.data(k("bytes")), QByteArray("12\0", 3));
 }
 
-void SettingsStoreTest::writtenOncePerTurn()
-{
-    const Place place;
-    SettingsStore store(place.path);
-    QTimer::singleShot(0, this, [&] {
-        store.setInteger(key, 1);
-        store.setInteger(key, 2);
-        QCOMPARE(store.integer(key), 2);
-        QVERIFY(!QFile::exists(place.path));
-    });
-    QTRY_COMPARE_WITH_TIMEOUT(place.text(), QByteArray("[General]\nkey=2\n"), patience);
-    // What is there already is not written again.
-    struct stat before = {};
-    struct stat after = {};
-    const QByteArray name = QFile::encodeName(place.path);
-    QCOMPARE(::stat(name.constData(), &before), 0);
-    store.setInteger(key, 2);
-    store.flush();
-    QCOMPARE(::stat(name.constData(), &after), 0);
-    QCOMPARE(after.st_ino, before.st_ino);
-}
-
-void SettingsStoreTest::earlierTurnIsWrittenBeforeTheNext()
-{
-    const Place place;
-    SettingsStore store(place.path);
-    QEventLoop loop;
-    QTimer timer;
-    int turn = 0;
-    QList<qint64> found;
-    connect(&timer, &QTimer::timeout, &loop, [&] {
-        if (turn > 0)
-            found.append(SettingsStore(place.path).integer(key));
-        store.setInteger(key, ++turn);
-        if (turn == 6)
-            loop.quit();
-    });
-    timer.start(0);
-    loop.exec();
-    QCOMPARE(found, (QList<qint64>{1, 2, 3, 4, 5}));
-}
-
-void SettingsStoreTest::foreignTextIsKept()
-{
-    const Place place;
-    place.write(
-        "; mine\n[General]\nkey = 1 ; old\nodd=@Variant(\\0junk)\n\n; about the group\n[other]\n"
-        "a=1, 2\n# end");
-    {
-        SettingsStore store(place.path);
-        store.setInteger(key, 2);
-        store.setInteger(QStringLiteral("new"), 3);
-        store.setInteger(QStringLiteral("other/b"), 4);
-        store.setInteger(QStringLiteral("third/c"), 5);
-    }
-    QCOMPARE(
-        place.text(),
-        QByteArray("; mine\n[General]\nkey=2\nodd=@Variant(\\0junk)\nnew=3\n\n; about the group\n"
-                   "[other]\na=1, 2\nb=4\n# end\n\n[third]\nc=5\n"));
-}
-
-void SettingsStoreTest::editsWhileRunningAreKept()
-{
-    const Place place;
-    place.write("[General]\nkey=1\nhand=1\n");
-    SettingsStore store(place.path);
-    place.write("[General]\nkey=9\nhand=2\nforeign=3\n");
-    store.setInteger(key, 4);
-    store.flush();
-    QCOMPARE(place.text(), QByteArray("[General]\nkey=4\nhand=2\nforeign=3\n"));
-    // Removed altogether: what we write next is all that there is.
-    QVERIFY(QFile::remove(place.path));
-    store.setInteger(QStringLiteral("later"), 5);
-    store.flush();
-    QCOMPARE(place.text(), QByteArray("[General]\nlater=5\n"));
-}
-
-void SettingsStoreTest::unreadableIsNeverTouched_data()
+void SettingsStoreTest::unreadableIsKeptAside_data()
 {
     QTest::addColumn<QString>("kind");
-    for (const char *const kind : {"folder", "link to nowhere", "link to itself", "pipe", "device",
-                                   "file as folder", "huge"})
+    for (const char *const kind : {"folder", "link to nowhere", "pipe", "huge", "binary"})
         QTest::newRow(kind) << QString::fromLatin1(kind);
-    if (::geteuid() != 0) // permissions do not bind root
-        QTest::newRow("no permission") << QStringLiteral("no permission");
 }
 
-void SettingsStoreTest::unreadableIsNeverTouched()
+void SettingsStoreTest::unreadableIsKeptAside()
 {
-    QFETCH(QString, kind);
+    QFETCH(const QString, kind);
     const Place place;
     const QByteArray name = QFile::encodeName(place.path);
-    place.write("[General]\nkey=1\n");
-    if (kind == QStringLiteral("no permission")) {
-        QVERIFY(QFile::setPermissions(place.path, {}));
-    } else if (kind == QStringLiteral("huge")) {
-        QVERIFY(QFile::resize(place.path, 1LL << 26));
-    } else {
-        QVERIFY(QFile::remove(place.path));
-    }
-    if (kind == QStringLiteral("folder"))
+    if (kind == u"folder")
         QVERIFY(QDir().mkdir(place.path));
-    else if (kind == QStringLiteral("link to nowhere"))
-        QVERIFY(QFile::link(QStringLiteral("nowhere"), place.path));
-    else if (kind == QStringLiteral("link to itself"))
-        QVERIFY(QFile::link(QStringLiteral("velmora.conf"), place.path));
-    else if (kind == QStringLiteral("pipe"))
+    else if (kind == u"pipe")
         QCOMPARE(::mkfifo(name.constData(), 0600), 0);
-    else if (kind == QStringLiteral("device"))
-        QVERIFY(QFile::link(QStringLiteral("/dev/zero"), place.path));
-    else if (kind == QStringLiteral("file as folder")) {
-        QVERIFY(QDir().rmdir(QFileInfo(place.path).path()));
-        QFile file(QFileInfo(place.path).path());
-        QVERIFY(file.open(QIODevice::WriteOnly));
-    }
-
+    else if (kind == u"link to nowhere")
+        QVERIFY(QFile::link(QStringLiteral("nowhere"), place.path));
+    else
+        place.write(QByteArray("\x7f"
+                               "ELF\0\xff\xfe\n",
+                               8));
+    if (kind == u"huge")
+        QVERIFY(QFile::resize(place.path, 1LL << 26));
+    place.write("of an earlier time", QStringLiteral(".unreadable-1"));
     struct stat before = {};
     struct stat after = {};
-    const int status = ::lstat(name.constData(), &before);
-    const QStringList entries = place.entries();
-    // One line, however many assignments follow.
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("cannot (open|read)")));
-    QTest::failOnWarning(QRegularExpression(QStringLiteral(".")));
+    QCOMPARE(::lstat(name.constData(), &before), 0);
+
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("cannot be read")));
     {
         SettingsStore store(place.path);
         QVERIFY(!store.string(key));
-        for (int i = 1; i <= 3; ++i) {
-            store.setInteger(key, i);
-            store.flush();
-            QCOMPARE(store.integer(key), i);
-        }
+        store.setInteger(key, 1);
     }
-    QCOMPARE(::lstat(name.constData(), &after), status);
+    QCOMPARE(place.text(), QByteArray("[General]\nkey=1\n"));
+    QCOMPARE(::lstat((name + ".unreadable-2").constData(), &after), 0);
     QCOMPARE(after.st_ino, before.st_ino);
     QCOMPARE(after.st_size, before.st_size);
-    QCOMPARE(place.entries(), entries);
 }
 
-void SettingsStoreTest::brokenFileIsKeptAside_data()
+void SettingsStoreTest::faultyLinesAreKeptAside()
 {
-    QTest::addColumn<QByteArray>("text");
-    QTest::addColumn<QByteArray>("salvaged");
-    QTest::newRow("no assignment") << QByteArray("[General]\nold=1\nwhat is this\n")
-                                   << QByteArray("[General]\nold=1\nkey=2\n");
-    QTest::newRow("open heading") << QByteArray("[General]\nold=1\n[other\na=1\n[third]\nb=1\n")
-                                  << QByteArray("[General]\nold=1\nkey=2\n[third]\nb=1\n");
-    QTest::newRow("open quote") << QByteArray("[General]\nold=\"1\nb=1\n")
-                                << QByteArray("[General]\nb=1\nkey=2\n");
-    QTest::newRow("binary") << QByteArray("\x7f"
-                                          "ELF\0\0\xff\xfe\0=\0\n\0",
-                                          14)
-                            << QByteArray("[General]\nkey=2\n");
-}
-
-void SettingsStoreTest::brokenFileIsKeptAside()
-{
-    QFETCH(QByteArray, text);
-    QFETCH(QByteArray, salvaged);
     const Place place;
+    const QByteArray text("[General]\nold=1\nwhat is this\n");
     place.write(text);
-    QFile earlier(place.path + QStringLiteral(".broken-1"));
-    QVERIFY(earlier.open(QIODevice::WriteOnly));
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("make no sense")));
-    SettingsStore store(place.path);
-    // As long as nothing is assigned, nothing is moved.
-    store.flush();
-    QCOMPARE(place.text(), text);
-    store.setInteger(key, 2);
-    store.flush();
-    QCOMPARE(place.text(), salvaged);
-    QCOMPARE(place.text(QStringLiteral(".broken-2")), text);
-    store.setInteger(key, 3);
-    store.flush();
-    QCOMPARE(SettingsStore(place.path).integer(key), 3);
-    QVERIFY(!QFile::exists(place.path + QStringLiteral(".broken-3")));
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("cannot be read")));
+    QCOMPARE(SettingsStore(place.path).integer(QStringLiteral("old")), 1);
+    QCOMPARE(place.text(QStringLiteral(".unreadable-1")), text);
+    QTest::failOnWarning(QRegularExpression(QStringLiteral(".")));
+    QCOMPARE(SettingsStore(place.path).integer(QStringLiteral("old")), 1); // and it is in order now
 }
 
-void SettingsStoreTest::brokenFileThatCannotBeKeptIsNotTouched()
+void SettingsStoreTest::staysInMemoryWhereNothingCanBeWritten()
 {
     const Place place;
-    const QByteArray text("what is this\n");
-    place.write(text);
-    for (int i = 1; i <= 100; ++i)
-        QVERIFY(QDir().mkdir(place.path + QStringLiteral(".broken-%1").arg(i)));
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("make no sense")));
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("cannot keep aside")));
-    SettingsStore store(place.path);
-    store.setInteger(key, 2);
-    store.flush();
-    QCOMPARE(store.integer(key), 2);
-    QCOMPARE(place.text(), text);
+    place.write({}); // a file in the place of the folder
+    SettingsStore store(place.path + QStringLiteral("/velmora.conf"));
+    store.setInteger(key, 1);
+    QCoreApplication::processEvents();
+    QCOMPARE(store.integer(key), 1);
 }
 
-void SettingsStoreTest::unwritableStaysInMemory()
+void SettingsStoreTest::abandonedLocksDoNotStall()
 {
     const Place place;
-    place.write("[General]\nkey=1\n");
-    // Stands in the way for root too.
-    const QString obstacle = place.path + QStringLiteral(".new");
-    QVERIFY(QDir().mkdir(obstacle));
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("cannot write")));
-    SettingsStore store(place.path);
-    store.setInteger(key, 2);
-    store.flush();
-    QCOMPARE(store.integer(key), 2);
-    QCOMPARE(place.text(), QByteArray("[General]\nkey=1\n"));
-    // The next assignment takes the earlier ones along.
-    QVERIFY(QDir().rmdir(obstacle));
-    store.setInteger(QStringLiteral("other"), 3);
-    store.flush();
-    QCOMPARE(place.text(), QByteArray("[General]\nkey=2\nother=3\n"));
-}
-
-void SettingsStoreTest::fullDiskKeepsTheOldText()
-{
-    const Place place;
-    place.write("[General]\nkey=1\n");
-    SettingsStore store(place.path);
-    store.setData(key, QByteArray(5000, 'x'));
-
-    rlimit unlimited = {};
-    QCOMPARE(::getrlimit(RLIMIT_FSIZE, &unlimited), 0);
-    const auto previous = std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit full{1000, unlimited.rlim_max};
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("cannot write")));
-    ::setrlimit(RLIMIT_FSIZE, &full);
-    store.flush();
-    ::setrlimit(RLIMIT_FSIZE, &unlimited);
-    std::signal(SIGXFSZ, previous);
-
-    QCOMPARE(place.text(), QByteArray("[General]\nkey=1\n"));
-    QCOMPARE(place.entries(), QStringList{QStringLiteral("velmora.conf")});
-    QCOMPARE(store.data(key)->size(), 5000);
-    store.flush();
-    QCOMPARE(SettingsStore(place.path).data(key)->size(), 5000);
-}
-
-void SettingsStoreTest::locksOfOthersDoNotStall()
-{
-    const Place place;
-    place.write("[General]\nkey=1\n");
-    // QSettings would wait for this file as long as process 1 lives.
-    QFile lock(place.path + QStringLiteral(".lock"));
-    QVERIFY(lock.open(QIODevice::WriteOnly) && lock.write("1\ninit\n\n") > 0);
-    QFile other(place.path + QStringLiteral(".new"));
-    QVERIFY(other.open(QIODevice::WriteOnly));
-    QCOMPARE(::flock(other.handle(), LOCK_EX), 0);
-
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("cannot lock")));
-    SettingsStore store(place.path);
-    store.setInteger(key, 2);
-    store.flush();
-    QCOMPARE(place.text(), QByteArray("[General]\nkey=1\n"));
-    other.close();
-    store.flush();
-    QCOMPARE(place.text(), QByteArray("[General]\nkey=2\n"));
-}
-
-void SettingsStoreTest::linksAndModesAreKept()
-{
-    const Place place;
-    const Place elsewhere;
-    elsewhere.write("[General]\nkey=1\n");
-    QVERIFY(QFile::setPermissions(elsewhere.path, QFile::ReadOwner | QFile::WriteOwner |
-                                                      QFile::ReadGroup | QFile::ReadOther));
-    QVERIFY(QDir().mkpath(QFileInfo(place.path).path()));
-    QVERIFY(QFile::link(elsewhere.path, place.path));
-    SettingsStore(place.path).setInteger(key, 2);
-    QVERIFY(QFileInfo(place.path).isSymLink());
-    QCOMPARE(elsewhere.text(), QByteArray("[General]\nkey=2\n"));
-    QVERIFY(QFile::permissions(elsewhere.path) & QFile::ReadOther);
+    const QByteArray ours = QByteArray::number(QCoreApplication::applicationPid());
+    for (const QByteArray &lock :
+         {QByteArray(), QByteArray("1\nsystemd\n\n"), ours + "\nx\nfar\n"}) {
+        place.write(lock, QStringLiteral(".lock"));
+        QElapsedTimer time;
+        time.start();
+        SettingsStore(place.path).setInteger(key, lock.size());
+        QVERIFY2(time.elapsed() < 5000, lock.constData()); // QSettings alone takes half a minute
+        QCOMPARE(SettingsStore(place.path).integer(key), lock.size());
+    }
 }
 
 void SettingsStoreTest::survivesBeingKilled()
 {
     const Place place;
     QRandomGenerator random(20'240'515);
-    QTest::failOnWarning(QRegularExpression(QStringLiteral("make no sense|cannot")));
-    for (int round = 0; round < 30; ++round) {
+    QTest::failOnWarning(QRegularExpression(QStringLiteral(".")));
+    const int rounds = qEnvironmentVariable("VELMORA_KILLS", QStringLiteral("20")).toInt();
+    for (int round = 0; round < rounds; ++round) {
         QProcess writer;
         writer.start(QStringLiteral(SETTINGSSTORE_WRITER), {place.path});
         // Killed after a random number of lines, that is in the middle of some later turn.
@@ -578,8 +239,6 @@ void SettingsStoreTest::survivesBeingKilled()
         const auto data = store.data(QStringLiteral("group/data"));
         QCOMPARE(data.value_or(QByteArray()).size(), turn == 0 ? 0 : 100'000 + turn);
     }
-    // Nothing piles up beside the file.
-    QVERIFY2(place.entries().size() <= 2, qPrintable(place.entries().join(u' ')));
 }
 
 QTEST_GUILESS_MAIN(SettingsStoreTest)

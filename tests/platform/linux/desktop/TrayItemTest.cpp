@@ -144,7 +144,7 @@ void TrayItemTest::init()
     QTest::failOnWarning(QRegularExpression(QStringLiteral(".*")));
     m_program = std::make_unique<BusPeer>(QStringLiteral("program"));
     m_tray = std::make_unique<FakeTray>(QStringLiteral("tray"));
-    m_item = std::make_unique<TrayItem>(m_program->connection(), QString(), drawTrayIcons());
+    m_item = std::make_unique<TrayItem>(m_program->bus(), QString(), drawTrayIcons());
     m_service = m_program->connection().baseService();
 }
 
@@ -173,7 +173,7 @@ void TrayItemTest::comesToEveryTray()
 
     m_item.reset();
     successor.items.clear();
-    m_item = std::make_unique<TrayItem>(m_program->connection(), QString(), drawTrayIcons());
+    m_item = std::make_unique<TrayItem>(m_program->bus(), QString(), drawTrayIcons());
     QTRY_COMPARE(successor.items, expected); // earlier than the item
 }
 
@@ -403,11 +403,9 @@ void TrayItemTest::answersHostileCallsWithErrors()
 
 void TrayItemTest::isSilentWithoutABus()
 {
-    const auto name = QStringLiteral("nowhere");
-    TrayItem item(QDBusConnection::connectToBus(QStringLiteral("unix:path=/nonexistent"), name),
-                  QString(), {});
+    BusConnection nowhere{QByteArray()};
+    TrayItem item(nowhere, QString(), {});
     item.setMenu({action(QStringLiteral("Quit"))});
-    QDBusConnection::disconnectFromBus(name);
 }
 
 QTEST_GUILESS_MAIN(TrayItemTest)

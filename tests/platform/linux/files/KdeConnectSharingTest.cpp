@@ -92,7 +92,8 @@ void KdeConnectSharingTest::filesGoToTheFirstDeviceInOrder()
 {
     QVERIFY(m_daemonBus.registerService(text("org.kde.kdeconnect")));
     m_daemon.answer = QStringList{text("abc_1"), text("other")};
-    KdeConnectSharing sharing(QDBusConnection::sessionBus());
+    BusConnection bus(QDBusConnection::sessionBus());
+    KdeConnectSharing sharing(bus);
     sharing.send({QUrl::fromEncoded("file:///a%FF%20b"), QUrl(text("file:///c"))});
     QVERIFY(m_device.shared.isEmpty());
     QTRY_COMPARE(m_device.shared, QStringList({text("file:///a%FF%20b"), text("file:///c")}));
@@ -111,7 +112,8 @@ void KdeConnectSharingTest::nobodyToSendTo()
 {
     QFETCH(const QVariant, answer);
     QVERIFY(m_daemonBus.registerService(text("org.kde.kdeconnect")));
-    KdeConnectSharing sharing(QDBusConnection::sessionBus());
+    BusConnection bus(QDBusConnection::sessionBus());
+    KdeConnectSharing sharing(bus);
     m_daemon.answer = answer;
     sharing.send({QUrl(text("file:///lost"))});
     QTRY_COMPARE(m_daemon.asked, 1);
@@ -122,7 +124,8 @@ void KdeConnectSharingTest::nobodyToSendTo()
 
 void KdeConnectSharingTest::aDaemonThatDoesNotRunIsNotStarted()
 {
-    KdeConnectSharing sharing(QDBusConnection::sessionBus());
+    BusConnection bus(QDBusConnection::sessionBus());
+    KdeConnectSharing sharing(bus);
     sharing.send({QUrl(text("file:///lost"))});
     QVERIFY(m_daemonBus.registerService(text("org.kde.kdeconnect")));
     m_daemon.answer = QStringList{text("abc_1")};
