@@ -10,6 +10,8 @@
 #include <QFile>
 #include <QTest>
 
+#include <cerrno>
+#include <cstring>
 #include <sys/mount.h>
 #include <sys/stat.h>
 
@@ -50,6 +52,8 @@ QString text(const char *utf8)
 {
     return QString::fromUtf8(utf8);
 }
+
+constexpr auto notAllowed = "This process may not mount file systems";
 
 /// A disk that can be taken away. Its device is one that is there on every machine; what that one
 /// really is does not matter to gvfs.
@@ -160,7 +164,8 @@ private Q_SLOTS:
     void cleanupTestCase();
     void takesTheDiskAway_data();
     void takesTheDiskAway();
-    void saysSoWhereItCannot();
+    void saysSoWhereThereIsNoDisk();
+    void saysSoWhereTheDiskIsInUse();
     void answersNobodyWhoIsGone();
 
 private:
@@ -182,6 +187,7 @@ private:
     const Disk m_fixed{QStringLiteral("fixed"), "/dev/zero", false};
     FakeUDisks m_disks;
     GioVolumes m_volumes;
+    bool m_mayMount = true; ///< containers may forbid it
 };
 
 void VolumesTest::initTestCase()
@@ -195,7 +201,8 @@ void VolumesTest::initTestCase()
         const QByteArray place = QFile::encodeName(disk.mountPoint());
         QVERIFY(QDir().mkdir(disk.mountPoint()));
         // Of a kind that is not taken for the system's own, and that needs no device.
-        QCOMPARE(mount(disk.device, place.constData(), "ramfs", 0, nullptr), 0);
+        m_mayMount = mount(disk.device, place.constData(), "ramfs", 0, nullptr) == 0;
+        QVERIFY2(m_mayMount || errno == EPERM, std::strerror(errno));
         QVERIFY(QDir(disk.mountPoint()).mkdir(QStringLiteral("folder")));
         QFile file(fileOn(disk).toLocalFile());
         QVERIFY(file.open(QIODevice::WriteOnly));
@@ -235,21 +242,29 @@ void VolumesTest::takesTheDiskAway_data()
 
 void VolumesTest::takesTheDiskAway()
 {
+    if (!m_mayMount) {
+        QSKIP(notAllowed);
+    }
     QFETCH(const QUrl, file);
 
     QCOMPARE(eject(file), text("ejected"));
     QTEST(m_disks.calls, "calls");
 }
 
-void VolumesTest::saysSoWhereItCannot()
+void VolumesTest::saysSoWhereThereIsNoDisk()
 {
     QCOMPARE(eject(QUrl::fromLocalFile(QStringLiteral("/"))), text("stays"));
     QCOMPARE(eject(QUrl(QStringLiteral("https://example.org/a"))), text("stays"));
     QCOMPARE(eject(QUrl::fromLocalFile(m_stick.mountPoint() + QStringLiteral("/gone"))),
              text("stays"));
     QCOMPARE(m_disks.calls, QStringList());
+}
 
-    // In use: nobody is asked, and it stays.
+void VolumesTest::saysSoWhereTheDiskIsInUse()
+{
+    if (!m_mayMount) {
+        QSKIP(notAllowed);
+    }
     m_disks.isBusy = true;
     for (const Disk &disk : {m_stick, m_fixed}) {
         QCOMPARE(eject(fileOn(disk)), text("stays"));
@@ -259,6 +274,9 @@ void VolumesTest::saysSoWhereItCannot()
 
 void VolumesTest::answersNobodyWhoIsGone()
 {
+    if (!m_mayMount) {
+        QSKIP(notAllowed);
+    }
     auto volumes = std::make_unique<GioVolumes>();
     bool isAnswered = false;
     volumes->ejectVolumeOf(fileOn(m_stick), [&isAnswered](bool) { isAnswered = true; });
