@@ -9,6 +9,8 @@
 #include <QFile>
 #include <QStandardPaths>
 
+#include <algorithm>
+
 namespace velmora
 {
 
@@ -82,7 +84,13 @@ void DropActionsService::setLastStatus(const QString &status)
 
 void DropActionsService::setEnabledActions(const std::vector<DropActionID> &actions)
 {
-    m_enabledActions = actions;
+    m_enabledActions.clear();
+    for (const DropActionID action : actions) {
+        if (std::find(m_enabledActions.begin(), m_enabledActions.end(), action) ==
+            m_enabledActions.end()) {
+            m_enabledActions.push_back(action);
+        }
+    }
     save();
     Q_EMIT enabledActionsChanged();
 }

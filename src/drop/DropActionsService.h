@@ -50,7 +50,8 @@ class DropActionsService : public QObject
     Q_PROPERTY(QString hoveredAction READ hoveredActionName NOTIFY hoveredActionChanged FINAL)
     Q_PROPERTY(
         QString lastStatus READ lastStatus WRITE setLastStatus NOTIFY lastStatusChanged FINAL)
-    /// Raw values, in the order of the buttons. What is not known is left out when assigned.
+    /// Raw values, in the order of the buttons. Unknown and repeated ones are left out when
+    /// assigned.
     Q_PROPERTY(QStringList enabledActions READ enabledActionNames WRITE setEnabledActionNames NOTIFY
                    enabledActionsChanged FINAL)
     Q_PROPERTY(
