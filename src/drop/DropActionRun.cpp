@@ -1,14 +1,11 @@
 #include "drop/DropActionRun.h"
 
 #include "drop/FileNaming.h"
-#include "platform/ChildProcesses.h"
 #include "platform/ImageConverter.h"
 #include "platform/LocalPath.h"
 #include "platform/Sharing.h"
 #include "platform/Volumes.h"
 
-#include <algorithm>
-#include <array>
 #include <utility>
 
 namespace velmora
@@ -17,14 +14,11 @@ namespace velmora
 namespace
 {
 
-constexpr std::array imageExtensions{"jpg", "jpeg", "png", "heic", "tiff",
-                                     "tif", "bmp",  "gif", "webp"};
-
 bool isImageName(const QByteArray &path)
 {
-    const QByteArray extension = pathExtension(path).toLower();
-    return std::any_of(imageExtensions.begin(), imageExtensions.end(),
-                       [&extension](const char *known) { return extension == known; });
+    static const QList<QByteArray> extensions{"jpg", "jpeg", "png", "heic", "tiff",
+                                              "tif", "bmp",  "gif", "webp"};
+    return extensions.contains(pathExtension(path).toLower());
 }
 
 struct TargetFormat {
@@ -35,22 +29,12 @@ struct TargetFormat {
 TargetFormat targetFormat(const QString &text)
 {
     using enum ImageEncoding::Type;
-    const QString format = text.toLower();
-    if (format == QLatin1String("jpg") || format == QLatin1String("jpeg")) {
-        return {{Jpeg, 0.9}, "jpg"};
-    }
-    if (format == QLatin1String("tiff")) {
-        return {{Tiff, {}}, "tiff"};
-    }
-    if (format == QLatin1String("bmp")) {
-        return {{Bmp, {}}, "bmp"};
-    }
-    return {{Png, {}}, "png"};
-}
-
-QString notLocal(const QUrl &url)
-{
-    return QStringLiteral("%1: not a file of this computer").arg(url.toDisplayString());
+    static const QHash<QString, TargetFormat> formats{
+        {QStringLiteral("jpg"), {{Jpeg, 0.9}, "jpg"}},
+        {QStringLiteral("jpeg"), {{Jpeg, 0.9}, "jpg"}},
+        {QStringLiteral("tiff"), {{Tiff, {}}, "tiff"}},
+        {QStringLiteral("bmp"), {{Bmp, {}}, "bmp"}}};
+    return formats.value(text.toLower(), {{Png, {}}, "png"});
 }
 
 } // namespace
@@ -80,15 +64,18 @@ void DropActionRun::start()
     case DropActionID::imageConvert:
         return convertNext();
     case DropActionID::copy:
-        return copy();
+        return m_roles.files.copyItems(m_files, m_service.copyFolder(), uniqueURL,
+                                       finished(QStringLiteral("Copied %1 file(s)")));
     case DropActionID::move:
-        return move();
+        return m_roles.files.moveItems(m_files, m_service.moveFolder(), uniqueURL,
+                                       finished(QStringLiteral("Moved %1 file(s)")));
     case DropActionID::openWith:
         return openWith();
     case DropActionID::music:
         return music();
     case DropActionID::trash:
-        return trash();
+        return m_roles.files.trashItems(m_files,
+                                        finished(QStringLiteral("Moved %1 file(s) to Trash")));
     case DropActionID::eject:
         return ejectNext();
     }
@@ -111,24 +98,51 @@ void DropActionRun::shelf()
 
 void DropActionRun::zip()
 {
-    QList<QByteArray> paths;
-    for (const QUrl &file : std::as_const(m_files)) {
-        const auto path = localPath(file);
-        if (!path) {
-            return fail(notLocal(file));
+    const auto pack = guarded([this](const Error &error, const ArchiveItems &items) {
+        if (error) {
+            return fail(*error);
         }
-        paths << *path;
-    }
-    const QByteArray &first = paths.constFirst();
-    const QByteArray target = paths.size() == 1 ? withoutPathExtension(first) + ".zip"
-                                                : parentFolder(first) + "/Archive.zip";
-    const auto pack = guarded([this, paths](const QUrl &free) {
-        const QByteArray archive = localPath(free).value_or(QByteArray());
-        runProcess("/usr/bin/zip", QList<QByteArray>{"-r", archive} + paths, [this, archive] {
-            succeed(QStringLiteral("Zipped to %1").arg(readableName(archive)));
-        });
+        const QByteArray first = localPath(m_files.constFirst()).value_or(QByteArray());
+        const QByteArray folder = parentFolder(first);
+        m_target = fileUrl(m_files.size() == 1 ? withoutPathExtension(first) + ".zip"
+                                               : folder + "/Archive.zip");
+        m_unfinished = folder + '/' + hiddenName();
+        // Only links that were dropped are followed: others may lead round in circles.
+        runZip({}, items.links,
+               [this, rest = items.rest] { runZip({"-ry"}, rest, [this] { placeArchive(); }); });
     });
-    m_roles.files.findFreeName(fileUrl(target), uniqueURL, pack);
+    m_roles.files.findLinks(m_files, pack);
+}
+
+void DropActionRun::runZip(const QList<QByteArray> &options, const QList<QUrl> &files,
+                           std::function<void()> next)
+{
+    if (files.isEmpty()) {
+        return next();
+    }
+    Command command{"/usr/bin/zip", options + QList<QByteArray>{m_unfinished, "-@"}, {}, false};
+    for (const QUrl &file : files) {
+        // A line each, of which there can be any number; two characters end a line.
+        const QByteArray path = localPath(file).value_or(QByteArray());
+        if (path.contains('\n') || path.contains('\r')) {
+            command.arguments << path;
+        } else {
+            command.input += path + '\n';
+        }
+    }
+    runProcess(command, std::move(next));
+}
+
+void DropActionRun::placeArchive()
+{
+    const auto finish = guarded([this](const Error &error, const QUrl &archive) {
+        if (error) {
+            return fail(*error);
+        }
+        const QByteArray path = localPath(archive).value_or(QByteArray());
+        succeed(QStringLiteral("Zipped to %1").arg(readableName(path)));
+    });
+    m_roles.files.placeItem(fileUrl(m_unfinished), m_target, uniqueURL, finish);
 }
 
 void DropActionRun::unzipNext()
@@ -146,7 +160,7 @@ void DropActionRun::unzip(const QByteArray &archive)
 {
     const QByteArray folder = withoutPathExtension(archive);
     const auto unpack = orFail([this, archive, folder] {
-        runProcess("/usr/bin/unzip", {"-o", unzipArgument(archive), "-d", folder},
+        runProcess({"/usr/bin/unzip", {"-o", unzipArgument(archive), "-d", folder}, {}},
                    [this] { unzipNext(); });
     });
     m_roles.files.createFolder(fileUrl(folder), unpack);
@@ -178,20 +192,6 @@ void DropActionRun::convert(const QUrl &source)
     m_roles.images.convert(source, encoding, fileUrl(stem + '.' + extension), uniqueURL, next);
 }
 
-void DropActionRun::copy()
-{
-    const auto finish =
-        orFail([this] { succeed(QStringLiteral("Copied %1 file(s)").arg(m_files.size())); });
-    m_roles.files.copyItems(m_files, m_service.copyFolder(), uniqueURL, finish);
-}
-
-void DropActionRun::move()
-{
-    const auto finish =
-        orFail([this] { succeed(QStringLiteral("Moved %1 file(s)").arg(m_files.size())); });
-    m_roles.files.moveItems(m_files, m_service.moveFolder(), uniqueURL, finish);
-}
-
 void DropActionRun::openWith()
 {
     const auto offer = guarded([this](const QList<Application> &applications) {
@@ -220,13 +220,6 @@ void DropActionRun::music()
     m_roles.applications.findByIdentifier(QStringLiteral("com.apple.Music"), play);
 }
 
-void DropActionRun::trash()
-{
-    const auto finish = orFail(
-        [this] { succeed(QStringLiteral("Moved %1 file(s) to Trash").arg(m_files.size())); });
-    m_roles.files.trashItems(m_files, finish);
-}
-
 void DropActionRun::ejectNext()
 {
     if (m_next == m_files.size()) {
@@ -240,8 +233,7 @@ void DropActionRun::ejectNext()
     m_roles.volumes.ejectVolumeOf(m_files.at(m_next++), next);
 }
 
-void DropActionRun::runProcess(const QByteArray &executable, const QList<QByteArray> &arguments,
-                               std::function<void()> next)
+void DropActionRun::runProcess(const Command &command, std::function<void()> next)
 {
     const auto ended = guarded([this, next = std::move(next)](const ProcessOutcome &outcome) {
         if (!outcome.launchError.isEmpty()) {
@@ -252,7 +244,7 @@ void DropActionRun::runProcess(const QByteArray &executable, const QList<QByteAr
         }
         next();
     });
-    m_roles.processes.run(executable, arguments, ended);
+    m_roles.processes.run(command, ended);
 }
 
 FileActions::Done DropActionRun::orFail(std::function<void()> next)
@@ -263,6 +255,11 @@ FileActions::Done DropActionRun::orFail(std::function<void()> next)
         }
         next();
     });
+}
+
+FileActions::Done DropActionRun::finished(const QString &message)
+{
+    return orFail([this, message] { succeed(message.arg(m_files.size())); });
 }
 
 void DropActionRun::succeed(const QString &message)
@@ -276,6 +273,9 @@ void DropActionRun::succeed(const QString &message)
 
 void DropActionRun::fail(const QString &error)
 {
+    if (!m_unfinished.isEmpty()) {
+        m_roles.files.discardItem(fileUrl(m_unfinished));
+    }
     m_service.setLastStatus(label(m_action) + QStringLiteral(" failed: ") + error);
     deleteLater();
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "drop/DropActionsService.h"
+#include "platform/ChildProcesses.h"
 
 #include <QPointer>
 
@@ -28,23 +29,25 @@ private:
 
     void shelf();
     void zip();
+    void runZip(const QList<QByteArray> &options, const QList<QUrl> &files,
+                std::function<void()> next);
+    void placeArchive();
     void unzipNext();
     void unzip(const QByteArray &archive);
     void convertNext();
     void convert(const QUrl &source);
-    void copy();
-    void move();
     void openWith();
     void music();
-    void trash();
     void ejectNext();
 
     /// Goes on with `next` when the program has ended well, else ends the run.
-    void runProcess(const QByteArray &executable, const QList<QByteArray> &arguments,
-                    std::function<void()> next);
+    void runProcess(const Command &command, std::function<void()> next);
 
     /// Ends the run on an error, else goes on.
     [[nodiscard]] FileActions::Done orFail(std::function<void()> next);
+
+    /// Ends the run, with this message and the number of files unless there was an error.
+    [[nodiscard]] FileActions::Done finished(const QString &message);
 
     /// An answer that is dropped once this run is gone.
     template<typename Function>
@@ -64,8 +67,10 @@ private:
     DropRoles m_roles;
     DropActionID m_action;
     QList<QUrl> m_files;
-    qsizetype m_next = 0; ///< of the files, where they are taken one by one
-    int m_count = 0;      ///< of those that were really worked on
+    QByteArray m_unfinished; ///< the archive, until it gets its name
+    QUrl m_target;           ///< what it is to be called
+    qsizetype m_next = 0;    ///< of the files, where they are taken one by one
+    int m_count = 0;         ///< of those that were really worked on
 };
 
 } // namespace velmora

@@ -86,8 +86,7 @@ void DropActionsService::setEnabledActions(const std::vector<DropActionID> &acti
 {
     m_enabledActions.clear();
     for (const DropActionID action : actions) {
-        if (std::find(m_enabledActions.begin(), m_enabledActions.end(), action) ==
-            m_enabledActions.end()) {
+        if (std::count(m_enabledActions.begin(), m_enabledActions.end(), action) == 0) {
             m_enabledActions.push_back(action);
         }
     }

@@ -17,23 +17,6 @@ const std::string &textAt(const Json &object, const char *key)
     return object.at(key).get_ref<const std::string &>();
 }
 
-std::optional<std::vector<DropActionID>> actionsFrom(const Json &array)
-{
-    if (!array.is_array()) {
-        return std::nullopt;
-    }
-    std::vector<DropActionID> actions;
-    for (const Json &element : array) {
-        const auto action =
-            dropActionFromRawValue(QString::fromStdString(element.get_ref<const std::string &>()));
-        if (!action) {
-            return std::nullopt;
-        }
-        actions.push_back(*action);
-    }
-    return actions;
-}
-
 } // namespace
 
 std::optional<QByteArray> encodeDropConfig(const DropConfig &config)
@@ -58,11 +41,15 @@ std::optional<DropConfig> decodeDropConfig(const QByteArray &data)
 {
     try {
         const Json object = Json::parse(data.begin(), data.end());
-        const auto actions = actionsFrom(object.at("enabledActions"));
-        if (!actions) {
-            return std::nullopt;
+        std::vector<DropActionID> actions;
+        for (const auto &text : object.at("enabledActions").get<std::vector<std::string>>()) {
+            const auto action = dropActionFromRawValue(QString::fromStdString(text));
+            if (!action) {
+                return std::nullopt;
+            }
+            actions.push_back(*action);
         }
-        return DropConfig{*actions, QByteArray::fromStdString(textAt(object, "shelfFolderPath")),
+        return DropConfig{actions, QByteArray::fromStdString(textAt(object, "shelfFolderPath")),
                           QByteArray::fromStdString(textAt(object, "copyFolderPath")),
                           QByteArray::fromStdString(textAt(object, "moveFolderPath")),
                           QString::fromStdString(textAt(object, "imageConvertFormat"))};

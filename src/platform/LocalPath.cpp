@@ -1,5 +1,7 @@
 #include "platform/LocalPath.h"
 
+#include <QRandomGenerator>
+
 #include <algorithm>
 
 namespace velmora
@@ -40,6 +42,11 @@ QByteArray fileName(const QByteArray &path)
 QByteArray parentFolder(const QByteArray &path)
 {
     return path.left(std::max<qsizetype>(path.lastIndexOf('/'), 1));
+}
+
+QByteArray hiddenName()
+{
+    return ".velmora-" + QByteArray::number(QRandomGenerator::system()->generate64(), 36);
 }
 
 QString readableName(const QByteArray &path)

@@ -25,6 +25,9 @@ namespace velmora
 /// What precedes the last slash; "/" for what lies at the top.
 [[nodiscard]] QByteArray parentFolder(const QByteArray &path);
 
+/// A name that nobody has, for what is not complete yet.
+[[nodiscard]] QByteArray hiddenName();
+
 /// The last component on one line, for messages. What is not text is replaced.
 [[nodiscard]] QString readableName(const QByteArray &path);
 

@@ -6,7 +6,8 @@
 #include "support/FakeDropRoles.h"
 #include "support/MemoryStore.h"
 
-#include <QImage>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QProcess>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -37,16 +38,20 @@ private Q_SLOTS:
     void zipAndUnzipBringEverythingBack();
     void archivesByOddNames_data();
     void archivesByOddNames();
+    void manyFilesAndOddLines();
+    void twoArchivesAtOnce();
+    void linksInArchives();
     void damagedArchive();
     void encryptedArchiveAsksNobody();
-    void convertingBesideTheSource();
-    void copyAndMove();
 
 private:
+    void start(DropActionID action, const QStringList &names);
     /// Waits for the summary, and returns it.
     QString perform(DropActionID action, const QStringList &names);
     void write(const QString &name, const QByteArray &content);
     [[nodiscard]] QByteArray read(const QString &name) const;
+    /// What is in an archive, without the test's own folder: contents by names.
+    [[nodiscard]] QMap<QString, QByteArray> archived(const QString &name) const;
     [[nodiscard]] QStringList list(const QString &folder = {}) const
     {
         return QDir(path(folder))
@@ -77,14 +82,19 @@ void DropActionsOnDiskTest::init()
     QTRY_COMPARE(list(text("Desktop")), QStringList(text("Velmora Shelf")));
 }
 
-QString DropActionsOnDiskTest::perform(DropActionID action, const QStringList &names)
+void DropActionsOnDiskTest::start(DropActionID action, const QStringList &names)
 {
     QList<QUrl> urls;
     for (const QString &name : names) {
         urls << QUrl::fromLocalFile(path(name));
     }
-    QSignalSpy said(m_service.get(), &DropActionsService::lastStatusChanged);
     m_service->execute(action, urls);
+}
+
+QString DropActionsOnDiskTest::perform(DropActionID action, const QStringList &names)
+{
+    QSignalSpy said(m_service.get(), &DropActionsService::lastStatusChanged);
+    start(action, names);
     return said.wait(20'000) ? m_service->lastStatus() : text("no answer");
 }
 
@@ -100,6 +110,23 @@ QByteArray DropActionsOnDiskTest::read(const QString &name) const
 {
     QFile file(path(name));
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+QMap<QString, QByteArray> DropActionsOnDiskTest::archived(const QString &name) const
+{
+    QProcess python;
+    python.start(text("python3"),
+                 {text("-c"),
+                  text("import json,sys,zipfile as z; a=z.ZipFile(sys.argv[1]); "
+                       "print(json.dumps({n: a.read(n).decode() for n in a.namelist()}))"),
+                  path(name)});
+    python.waitForFinished();
+    QMap<QString, QByteArray> contents;
+    const auto object = QJsonDocument::fromJson(python.readAllStandardOutput()).object();
+    for (auto entry = object.begin(); entry != object.end(); ++entry) {
+        contents[entry.key().mid(m_folder->path().size())] = entry.value().toString().toUtf8();
+    }
+    return contents;
 }
 
 void DropActionsOnDiskTest::theShelfIsMadeAndFilled()
@@ -154,6 +181,66 @@ void DropActionsOnDiskTest::archivesByOddNames()
     QCOMPARE(read(name + m_folder->path() + QLatin1Char('/') + name), QByteArray("content"));
 }
 
+void DropActionsOnDiskTest::manyFilesAndOddLines()
+{
+    QStringList names{text("a\nb"), text("c\rd"), text(" e ")};
+    const QString folder = (QString(250, u'x') + u'/').repeated(10);
+    for (int i = 0; i < 1000; ++i) { // more than the two megabytes that arguments may take
+        names << folder + QString::number(i);
+    }
+    for (const QString &name : names) {
+        write(name, "content");
+    }
+    QCOMPARE(perform(DropActionID::zip, names), text("Zip — done"));
+    QCOMPARE(archived(text("Archive.zip")).size(), names.size());
+    for (const QString &name : names.mid(0, 4)) {
+        QCOMPARE(archived(text("Archive.zip")).value(name), QByteArray("content"));
+    }
+}
+
+void DropActionsOnDiskTest::twoArchivesAtOnce()
+{
+    write(text("a"), "1");
+    write(text("b"), "2");
+    write(text("c"), "3");
+    const QSignalSpy said(m_service.get(), &DropActionsService::lastStatusChanged);
+    start(DropActionID::zip, {text("a"), text("b")});
+    start(DropActionID::zip, {text("a"), text("c")});
+    QTRY_COMPARE(said.size(), 4);
+    QCOMPARE(list().filter(text("rchive")).size(), 2);
+    QList<QByteArray> found;
+    for (const char *name : {"Archive.zip", "Archive 1.zip"}) {
+        const auto archive = archived(text(name));
+        QCOMPARE(archive.value(text("a")), QByteArray("1"));
+        found << archive.value(text("b")) + archive.value(text("c"));
+    }
+    std::sort(found.begin(), found.end());
+    QCOMPARE(found, (QList<QByteArray>{"2", "3"}));
+}
+
+void DropActionsOnDiskTest::linksInArchives()
+{
+    write(text("in/Docs/a"), "a");
+    for (const char *name : {"in/Docs/one", "in/Docs/two", "to folder"}) {
+        QFile::link(path(text("in/Docs")), path(text(name)));
+    }
+    QFile::link(path(text("in/Docs/a")), path(text("to file")));
+    QFile::link(text("/no/such/file"), path(text("to nothing")));
+    // What was dropped is followed; what is inside leads in circles.
+    QCOMPARE(perform(DropActionID::zip,
+                     {text("in/Docs"), text("to folder"), text("to file"), text("to nothing")}),
+             text("Zip — done"));
+    const QByteArray circle = QFile::encodeName(path(text("in/Docs")));
+    const QMap<QString, QByteArray> expected{
+        {text("in/Docs/"), {}},          {text("in/Docs/a"), "a"},
+        {text("in/Docs/one"), circle},   {text("in/Docs/two"), circle},
+        {text("to folder/"), {}},        {text("to folder/a"), "a"},
+        {text("to folder/one"), circle}, {text("to folder/two"), circle},
+        {text("to file"), "a"},          {text("to nothing"), "/no/such/file"},
+    };
+    QCOMPARE(archived(text("in/Archive.zip")), expected);
+}
+
 void DropActionsOnDiskTest::damagedArchive()
 {
     write(text("bad.zip"), "no archive at all");
@@ -165,6 +252,8 @@ void DropActionsOnDiskTest::damagedArchive()
     QVERIFY(list().contains(text("bad"))); // stays, empty
     QVERIFY(!list().contains(text("good")));
     QCOMPARE(perform(DropActionID::zip, {text("gone")}), text("Zip failed: Process exited 12"));
+    m_service->execute(DropActionID::zip, {QUrl(text("http://host/a"))});
+    QTRY_COMPARE(m_service->lastStatus(), text("Zip failed: a: Not a file of this computer"));
 }
 
 void DropActionsOnDiskTest::encryptedArchiveAsksNobody()
@@ -177,40 +266,6 @@ void DropActionsOnDiskTest::encryptedArchiveAsksNobody()
     QVERIFY(QFile::remove(path(text("secret"))));
     const QString said = perform(DropActionID::unzip, {text("secret.zip")});
     QVERIFY2(said.startsWith(text("Unzip failed: Process exited ")), qPrintable(said));
-}
-
-void DropActionsOnDiskTest::convertingBesideTheSource()
-{
-    QImage image(8, 8, QImage::Format_RGB32);
-    image.fill(Qt::red);
-    QVERIFY(image.save(path(text("a.png"))));
-    write(text("b.pdf"), "pdf");
-    write(text("c.jpg"), "damaged");
-    const QSignalSpy said(m_service.get(), &DropActionsService::lastStatusChanged);
-    QCOMPARE(perform(DropActionID::imageConvert, {text("a.png"), text("b.pdf"), text("c.jpg")}),
-             text("Convert — done"));
-    m_service->setImageConvertFormat(text("jpeg"));
-    QCOMPARE(perform(DropActionID::imageConvert, {text("a.png")}), text("Convert — done"));
-    QVERIFY(list().contains(text("a 1.png")) && list().contains(text("a.jpg")));
-    QVERIFY(!QImage(path(text("a.jpg"))).isNull());
-    QCOMPARE(said.size(), 4);
-}
-
-void DropActionsOnDiskTest::copyAndMove()
-{
-    write(text("x.app/in"), "x");
-    write(text("copies/x.app"), "in the way");
-    m_service->setCopyFolder(QUrl::fromLocalFile(path(text("copies"))));
-    m_service->setMoveFolder(QUrl::fromLocalFile(path(text("moved"))));
-    QCOMPARE(perform(DropActionID::copy, {text("x.app")}), text("Copy — done"));
-    QCOMPARE(read(text("copies/x 1.app/in")), QByteArray("x"));
-    // The folder is never made.
-    QCOMPARE(perform(DropActionID::move, {text("x.app")}),
-             text("Move failed: moved: No such file or directory"));
-    QVERIFY(QDir().mkdir(path(text("moved"))));
-    QCOMPARE(perform(DropActionID::move, {text("x.app")}), text("Move — done"));
-    QCOMPARE(read(text("moved/x.app/in")), QByteArray("x"));
-    QVERIFY(!list().contains(text("x.app")));
 }
 
 QTEST_GUILESS_MAIN(DropActionsOnDiskTest)

@@ -9,6 +9,7 @@
 #include "platform/Volumes.h"
 
 #include <QCoreApplication>
+#include <QRegularExpression>
 #include <QStringList>
 
 #include <deque>
@@ -32,7 +33,8 @@ public:
     QList<Application> applications;
     std::optional<Application> player;
     QList<bool> ejections;
-    QByteArray takenPath; ///< for which alone `findFreeName` has to count
+    QByteArray takenPath; ///< for which alone `placeItem` has to count
+    QList<QUrl> links;    ///< that are among any items that are to be archived
 
     [[nodiscard]] DropRoles roles()
     {
@@ -75,9 +77,12 @@ private:
         }
         return names.join(QLatin1Char(' '));
     }
-    static QString name(const QUrl &url)
+    static QString name(const QUrl &url) { return shown(localPath(url).value_or(url.toEncoded())); }
+    /// Names that nobody can foresee are written as HIDDEN.
+    static QString shown(const QByteArray &text)
     {
-        return QString::fromUtf8(localPath(url).value_or(url.toEncoded()));
+        static const QRegularExpression random(QStringLiteral("\\.velmora-\\w+"));
+        return QString::fromUtf8(text).replace(random, QStringLiteral("HIDDEN"));
     }
     [[nodiscard]] std::optional<QString> failure()
     {
@@ -117,12 +122,23 @@ private:
             fake.calls << QStringLiteral("trash ") + names(items);
             fake.answer(done, fake.failure());
         }
-        void findFreeName(const QUrl &wanted, NameRule rule,
-                          std::function<void(const QUrl &)> done) override
+        void findLinks(const QList<QUrl> &items, Answer<ArchiveItems> done) override
         {
+            fake.answer(done, std::nullopt, ArchiveItems{fake.links, items});
+        }
+        void placeItem(const QUrl &item, const QUrl &wanted, NameRule rule,
+                       Answer<QUrl> done) override
+        {
+            fake.calls << QStringLiteral("place ") + name(item) + QStringLiteral(" as ") +
+                              name(wanted);
             const QByteArray path = localPath(wanted).value();
             const int attempt = path == fake.takenPath ? 1 : 0;
-            fake.answer(done, fileUrl(parentFolder(path) + '/' + rule(fileName(path), attempt)));
+            fake.answer(done, fake.failure(),
+                        fileUrl(parentFolder(path) + '/' + rule(fileName(path), attempt)));
+        }
+        void discardItem(const QUrl &item) override
+        {
+            fake.calls << QStringLiteral("discard ") + name(item);
         }
         FakeDropRoles &fake;
     };
@@ -151,10 +167,10 @@ private:
             : fake(all)
         {
         }
-        void run(const QByteArray &executable, const QList<QByteArray> &arguments,
-                 Done done) override
+        void run(const Command &command, Done done) override
         {
-            fake.calls << QString::fromUtf8(executable + ' ' + arguments.join(' '));
+            fake.calls << shown(command.executable + ' ' + command.arguments.join(' ') +
+                                (command.input.isEmpty() ? QByteArray() : " < " + command.input));
             if (!fake.processesHang) {
                 fake.answer(done, fake.processes.isEmpty() ? ProcessOutcome()
                                                            : fake.processes.takeFirst());

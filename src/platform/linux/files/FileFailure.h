@@ -1,26 +1,27 @@
 #pragma once
 
-#include <QByteArray>
-#include <QString>
+#include "platform/LocalPath.h"
 
 #include <atomic>
+#include <system_error>
 
 namespace velmora
 {
 
 /// What goes wrong with a file, thrown inside a worker thread and turned into text at its border.
-class FileFailure
-{
-public:
-    /// `code` is an errno value.
-    FileFailure(const QByteArray &path, int code);
-    FileFailure(const QByteArray &path, const QString &reason);
+struct FileFailure {
+    QString text; ///< "name: reason"
+    int code = 0; ///< errno value; 0 where the reason is none of the system's
 
-    /// "name: reason"
-    [[nodiscard]] const QString &text() const { return m_text; }
-
-private:
-    QString m_text;
+    FileFailure(const QByteArray &path, const QString &reason)
+        : text(readableName(path) + QStringLiteral(": ") + reason)
+    {
+    }
+    FileFailure(const QByteArray &path, int errorCode)
+        : FileFailure(path, QString::fromStdString(std::generic_category().message(errorCode)))
+    {
+        code = errorCode;
+    }
 };
 
 /// Set when the program is about to end: whoever copies looks at it from time to time.

@@ -1,12 +1,14 @@
 #include "platform/linux/files/FileItems.h"
 
 #include "platform/LocalPath.h"
-#include "platform/linux/files/PartFiles.h"
-#include "platform/linux/files/Placement.h"
+#include "platform/linux/files/LocalFile.h"
 #include "platform/linux/files/TreeCopy.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <fcntl.h>
+#include <filesystem>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -16,85 +18,66 @@ namespace velmora
 namespace
 {
 
-UniqueFd openFolder(const QByteArray &path)
+namespace fs = std::filesystem;
+
+/// Returns 0 or an errno value, and then has done nothing.
+int renameToFree(const char *from, const char *to)
 {
-    UniqueFd folder(open(path.constData(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-    if (!folder.isOpen()) {
-        throw FileFailure(path, errno);
+    if (renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0) {
+        return 0;
     }
-    return folder;
+    if (errno != EINVAL && errno != ENOSYS) {
+        return errno;
+    }
+    // Some file systems, such as NFS, cannot rename so. A second name is as safe; where there are
+    // none, looking first has to do.
+    if (link(from, to) == 0) {
+        if (unlink(from) == 0) {
+            return 0;
+        }
+        const int code = errno;
+        unlink(to);
+        return code;
+    }
+    struct stat info = {};
+    if (errno == EEXIST || errno == EXDEV || lstat(to, &info) == 0) {
+        return errno == EXDEV ? EXDEV : EEXIST;
+    }
+    return rename(from, to) == 0 ? 0 : errno;
 }
 
-/// An item, and the folder that it is to go into.
-struct Transfer {
-    Transfer(const QByteArray &item, const QByteArray &folder)
-        : path(item)
-        , name(fileName(item))
-        , source(openFolder(parentFolder(item)))
-        , target(openFolder(folder))
-    {
-        if (name.isEmpty() || name == "." || name == "..") {
-            throw FileFailure(item, EINVAL);
-        }
-    }
-
-    QByteArray path;
-    QByteArray name;
-    UniqueFd source; ///< the folder that the item is in
-    UniqueFd target;
-};
-
-struct stat infoOf(const Transfer &transfer)
+/// Tells early what would come up late, or under the wrong name, or never.
+void checkTransfer(const QByteArray &item, const QByteArray &folder)
 {
-    struct stat info = {};
-    if (fstatat(transfer.source.get(), transfer.name.constData(), &info, AT_SYMLINK_NOFOLLOW) !=
-        0) {
-        throw FileFailure(transfer.path, errno);
+    std::error_code error;
+    const fs::path target = fs::canonical((folder + "/.").constData(), error);
+    if (error) {
+        throw FileFailure(folder, error.value());
     }
-    return info;
-}
-
-/// Whether the target is the item itself or lies somewhere in it: such a copy would never end.
-bool leadsIntoItself(const Transfer &transfer)
-{
-    const struct stat item = infoOf(transfer);
-    if (!S_ISDIR(item.st_mode)) {
-        return false;
+    const QByteArray name = fileName(item);
+    if (name.isEmpty() || name == "." || name == "..") {
+        throw FileFailure(item, EINVAL);
     }
-    UniqueFd folder(openat(transfer.target.get(), ".", O_PATH | O_DIRECTORY | O_CLOEXEC));
-    struct stat previous = {};
-    struct stat info = {};
-    while (folder.isOpen() && fstat(folder.get(), &info) == 0) {
-        if (info.st_ino == item.st_ino && info.st_dev == item.st_dev) {
-            return true;
+    if (fs::symlink_status(item.constData(), error).type() == fs::file_type::directory) {
+        const fs::path self = fs::canonical(item.constData(), error);
+        if (std::mismatch(self.begin(), self.end(), target.begin(), target.end()).first ==
+            self.end()) {
+            throw FileFailure(item, QStringLiteral("A folder cannot go into itself"));
         }
-        if (info.st_ino == previous.st_ino && info.st_dev == previous.st_dev) {
-            return false; // the root is its own parent
-        }
-        previous = info;
-        folder = UniqueFd(openat(folder.get(), "..", O_PATH | O_DIRECTORY | O_CLOEXEC));
     }
-    return false;
 }
 
 /// Under another name until it is complete, and gone again if it does not get that far.
-TreeCopy copyInto(const Transfer &transfer, const QByteArray &temporary, const QByteArray &folder,
-                  NameRule rule, FileContent &content)
+TreeCopy copyInto(const QByteArray &item, const QByteArray &folder, NameRule rule,
+                  const CancelFlag &cancelled)
 {
-    if (leadsIntoItself(transfer)) {
-        throw FileFailure(transfer.path, QStringLiteral("A folder cannot go into itself"));
-    }
-    TreeCopy tree({transfer.source.get(), transfer.name, transfer.path},
-                  {transfer.target.get(), temporary, folder + '/' + transfer.name}, content);
+    const QByteArray hidden = folder + '/' + hiddenName();
+    TreeCopy tree(item, hidden, cancelled);
     try {
         tree.copy();
-        const int result =
-            place({transfer.target.get(), temporary, transfer.target.get(), transfer.name}, rule);
-        if (result != 0) {
-            throw FileFailure(transfer.path, result);
-        }
-    } catch (const FileFailure &) {
-        discard(transfer.target.get(), temporary);
+        placeItem(hidden, folder + '/' + fileName(item), rule);
+    } catch (...) {
+        discard(hidden);
         throw;
     }
     return tree;
@@ -104,64 +87,73 @@ TreeCopy copyInto(const Transfer &transfer, const QByteArray &temporary, const Q
 
 void makeFolders(const QByteArray &path)
 {
-    if (mkdir(path.constData(), 0777) == 0) {
-        return;
+    std::error_code error;
+    fs::create_directories(path.constData(), error);
+    if (error) {
+        throw FileFailure(path, error.value());
     }
-    if (errno == ENOENT && path.size() > 1) {
-        makeFolders(parentFolder(path));
-        if (mkdir(path.constData(), 0777) == 0) {
-            return;
+}
+
+void copyItem(const QByteArray &item, const QByteArray &folder, NameRule rule,
+              const CancelFlag &cancelled)
+{
+    checkTransfer(item, folder);
+    copyInto(item, folder, rule, cancelled);
+}
+
+void moveItem(const QByteArray &item, const QByteArray &folder, NameRule rule,
+              const CancelFlag &cancelled)
+{
+    checkTransfer(item, folder);
+    try {
+        placeItem(item, folder + '/' + fileName(item), rule);
+    } catch (const FileFailure &failure) {
+        if (failure.code != EXDEV) {
+            throw;
         }
-    }
-    const int code = errno;
-    struct stat info = {};
-    if (stat(path.constData(), &info) != 0 || !S_ISDIR(info.st_mode)) {
-        throw FileFailure(path, code);
-    }
-}
-
-void tidyFolder(const QByteArray &path)
-{
-    const UniqueFd folder(open(path.constData(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-    if (folder.isOpen()) {
-        removeLeftovers(folder.get());
+        // What cannot be taken away from where it is would end up in both places.
+        if (faccessat(AT_FDCWD, parentFolder(item).constData(), W_OK, AT_EACCESS) != 0) {
+            throw FileFailure(item, errno);
+        }
+        copyInto(item, folder, rule, cancelled).removeSource();
     }
 }
 
-void copyItem(const QByteArray &item, const QByteArray &folder, NameRule rule, FileContent &content)
+QByteArray placeItem(const QByteArray &item, const QByteArray &wanted, NameRule rule)
 {
-    const Transfer transfer(item, folder);
-    (void)copyInto(transfer, temporaryName(), folder, rule, content);
-}
-
-void moveItem(const QByteArray &item, const QByteArray &folder, NameRule rule, FileContent &content)
-{
-    const Transfer transfer(item, folder);
-    const int result =
-        place({transfer.source.get(), transfer.name, transfer.target.get(), transfer.name}, rule);
-    if (result == 0) {
-        return;
-    }
-    if (result != EXDEV) {
-        throw FileFailure(item, result);
-    }
-    // What cannot be taken away from where it is would end up in both places.
-    if (faccessat(transfer.source.get(), ".", W_OK, AT_EACCESS) != 0) {
-        throw FileFailure(item, errno);
-    }
-    copyInto(transfer, temporaryName(), folder, rule, content).removeSource();
-}
-
-QByteArray freePath(const QByteArray &wanted, NameRule rule)
-{
-    const QByteArray folder = parentFolder(wanted);
-    const QByteArray prefix = folder == "/" ? folder : folder + '/';
+    const QByteArray folder = parentFolder(wanted) + '/';
     for (int attempt = 0;; ++attempt) {
-        QByteArray path = prefix + rule(fileName(wanted), attempt);
-        struct stat info = {};
-        if (lstat(path.constData(), &info) != 0) {
-            return path; // an error that is more than absence comes up again when it is written
+        const QByteArray path = folder + rule(fileName(wanted), attempt);
+        const int code = renameToFree(item.constData(), path.constData());
+        if (code == 0) {
+            return path;
         }
+        if (code != EEXIST) {
+            throw FileFailure(wanted, code);
+        }
+    }
+}
+
+void trashItem(const QByteArray &item)
+{
+    g_autoptr(GError) error = nullptr;
+    if (g_file_trash(localFile(item).get(), nullptr, &error) == 0) {
+        throw FileFailure(item, QString::fromUtf8(error->message));
+    }
+}
+
+void addArchiveItem(const QByteArray &item, ArchiveItems &items)
+{
+    std::error_code error;
+    const auto type = fs::status(item.constData(), error).type();
+    const bool isFolder = type == fs::file_type::directory;
+    if (!fs::is_symlink(item.constData(), error) || (type != fs::file_type::regular && !isFolder)) {
+        items.rest << fileUrl(item);
+        return;
+    }
+    items.links << fileUrl(item);
+    for (const QByteArray &name : isFolder ? namesIn(item) : std::vector<QByteArray>()) {
+        items.rest << fileUrl(item + '/' + name);
     }
 }
 

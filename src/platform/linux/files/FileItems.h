@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/FileActions.h"
-#include "platform/linux/files/FileContent.h"
+#include "platform/linux/files/FileFailure.h"
 
 namespace velmora
 {
@@ -10,22 +10,23 @@ namespace velmora
 
 void makeFolders(const QByteArray &path);
 
-/// Takes away what copies into this folder have left there whose process was killed.
-void tidyFolder(const QByteArray &path);
-
 /// Into an existing folder, under the first name of the rule that is free. A copy is made under
 /// another name and takes its own when it is complete.
 void copyItem(const QByteArray &item, const QByteArray &folder, NameRule rule,
-              FileContent &content);
+              const CancelFlag &cancelled);
 
 /// The same. The source goes only when all of it has arrived.
 void moveItem(const QByteArray &item, const QByteArray &folder, NameRule rule,
-              FileContent &content);
+              const CancelFlag &cancelled);
+
+/// Renames to the first name of the rule for `wanted` that is free, and returns it. Nothing is ever
+/// replaced, also if two programs do this at the same moment.
+QByteArray placeItem(const QByteArray &item, const QByteArray &wanted, NameRule rule);
 
 /// To the user's trash.
 void trashItem(const QByteArray &item);
 
-/// Where nothing is at this moment.
-[[nodiscard]] QByteArray freePath(const QByteArray &wanted, NameRule rule);
+/// Adds an item where it belongs.
+void addArchiveItem(const QByteArray &item, ArchiveItems &items);
 
 } // namespace velmora

@@ -29,12 +29,12 @@ public:
         m_pool.waitForDone();
     }
 
-    /// Runs `job` with the flag in a thread, and then hands its result to `done` on the main loop.
+    /// Runs `job` in a thread, and then hands its result to `done` on the main loop.
     template<typename Job, typename Done>
     void run(Job job, Done done)
     {
         m_pool.start([this, job = std::move(job), done = std::move(done)]() mutable {
-            auto result = job(std::as_const(m_cancelled));
+            auto result = job();
             QMetaObject::invokeMethod(
                 this,
                 [done = std::move(done), result = std::move(result)]() mutable {
@@ -43,6 +43,9 @@ public:
                 Qt::QueuedConnection);
         });
     }
+
+    /// For jobs that take long.
+    [[nodiscard]] const CancelFlag &cancelled() const { return m_cancelled; }
 
 private:
     CancelFlag m_cancelled = false;

@@ -19,8 +19,7 @@ public:
 private:
     using Done = std::function<void(bool ejected)>;
 
-    void eject(GMount *mount, Done done);
-    void refuse(Done done);
+    void eject(GMount *mount, const Done &done);
 
     GioCalls m_calls;
 };

@@ -9,6 +9,7 @@
 #include <cstring>
 #include <libheif/heif.h>
 #include <memory>
+#include <utility>
 
 namespace velmora
 {
@@ -20,32 +21,6 @@ Q_LOGGING_CATEGORY(lcHeif, "com.velmora.app.HeifReader", QtInfoMsg)
 
 /// The functions of the library, as far as they are used here.
 struct Heif {
-    Heif()
-        : library(QStringLiteral("heif"), 1)
-    {
-        load(contextAlloc, "heif_context_alloc");
-        load(contextFree, "heif_context_free");
-        load(readFile, "heif_context_read_from_file");
-        load(primaryImage, "heif_context_get_primary_image_handle");
-        load(handleRelease, "heif_image_handle_release");
-        load(handleWidth, "heif_image_handle_get_width");
-        load(handleHeight, "heif_image_handle_get_height");
-        load(hasAlpha, "heif_image_handle_has_alpha_channel");
-        load(bits, "heif_image_handle_get_luma_bits_per_pixel");
-        load(profileSize, "heif_image_handle_get_raw_color_profile_size");
-        load(profile, "heif_image_handle_get_raw_color_profile");
-        load(nclx, "heif_image_handle_get_nclx_color_profile");
-        load(nclxFree, "heif_nclx_color_profile_free");
-        load(decode, "heif_decode_image");
-        load(width, "heif_image_get_width");
-        load(height, "heif_image_get_height");
-        load(plane, "heif_image_get_plane_readonly");
-        load(imageRelease, "heif_image_release");
-        if (!isComplete) {
-            qCInfo(lcHeif) << "HEIC images cannot be read:" << library.errorString();
-        }
-    }
-
     /// Null if the library is not there or too old.
     static const Heif *instance()
     {
@@ -53,34 +28,39 @@ struct Heif {
         return heif.isComplete ? &heif : nullptr;
     }
 
-    template<typename Function>
-    void load(Function *&function, const char *name)
+    template<typename Type>
+    Type *load(const char *name)
     {
-        function = reinterpret_cast<Function *>(library.resolve(name));
-        isComplete = isComplete && function != nullptr;
+        auto *const function = reinterpret_cast<Type *>(library.resolve(name));
+        if (function == nullptr && std::exchange(isComplete, false)) {
+            qCInfo(lcHeif) << "HEIC images cannot be read:" << library.errorString();
+        }
+        return function;
     }
 
-    QLibrary library;
+    QLibrary library{QStringLiteral("heif"), 1};
     bool isComplete = true;
 
-    decltype(&heif_context_alloc) contextAlloc{};
-    decltype(&heif_context_free) contextFree{};
-    decltype(&heif_context_read_from_file) readFile{};
-    decltype(&heif_context_get_primary_image_handle) primaryImage{};
-    decltype(&heif_image_handle_release) handleRelease{};
-    decltype(&heif_image_handle_get_width) handleWidth{};
-    decltype(&heif_image_handle_get_height) handleHeight{};
-    decltype(&heif_image_handle_has_alpha_channel) hasAlpha{};
-    decltype(&heif_image_handle_get_luma_bits_per_pixel) bits{};
-    decltype(&heif_image_handle_get_raw_color_profile_size) profileSize{};
-    decltype(&heif_image_handle_get_raw_color_profile) profile{};
-    decltype(&heif_image_handle_get_nclx_color_profile) nclx{};
-    decltype(&heif_nclx_color_profile_free) nclxFree{};
-    decltype(&heif_decode_image) decode{};
-    decltype(&heif_image_get_width) width{};
-    decltype(&heif_image_get_height) height{};
-    decltype(&heif_image_get_plane_readonly) plane{};
-    decltype(&heif_image_release) imageRelease{};
+#define VELMORA_HEIF(name) decltype(&heif_##name) name = load<decltype(heif_##name)>("heif_" #name)
+    VELMORA_HEIF(context_alloc);
+    VELMORA_HEIF(context_free);
+    VELMORA_HEIF(context_read_from_file);
+    VELMORA_HEIF(context_get_primary_image_handle);
+    VELMORA_HEIF(image_handle_release);
+    VELMORA_HEIF(image_handle_get_width);
+    VELMORA_HEIF(image_handle_get_height);
+    VELMORA_HEIF(image_handle_has_alpha_channel);
+    VELMORA_HEIF(image_handle_get_luma_bits_per_pixel);
+    VELMORA_HEIF(image_handle_get_raw_color_profile_size);
+    VELMORA_HEIF(image_handle_get_raw_color_profile);
+    VELMORA_HEIF(image_handle_get_nclx_color_profile);
+    VELMORA_HEIF(nclx_color_profile_free);
+    VELMORA_HEIF(decode_image);
+    VELMORA_HEIF(image_get_width);
+    VELMORA_HEIF(image_get_height);
+    VELMORA_HEIF(image_get_plane_readonly);
+    VELMORA_HEIF(image_release);
+#undef VELMORA_HEIF
 };
 
 using Context = std::unique_ptr<heif_context, decltype(&heif_context_free)>;
@@ -94,17 +74,19 @@ bool isFine(const heif_error &error)
 
 QColorSpace colorSpace(const Heif &heif, const heif_image_handle *handle)
 {
-    QByteArray profile(static_cast<qsizetype>(heif.profileSize(handle)), '\0');
-    if (!profile.isEmpty() && isFine(heif.profile(handle, profile.data()))) {
+    QByteArray profile(static_cast<qsizetype>(heif.image_handle_get_raw_color_profile_size(handle)),
+                       '\0');
+    if (!profile.isEmpty() &&
+        isFine(heif.image_handle_get_raw_color_profile(handle, profile.data()))) {
         return QColorSpace::fromIccProfile(profile);
     }
     // Without a profile, numbers tell the primaries. Phones use these two.
     heif_color_profile_nclx *raw = nullptr;
-    if (!isFine(heif.nclx(handle, &raw))) {
+    if (!isFine(heif.image_handle_get_nclx_color_profile(handle, &raw))) {
         return {};
     }
-    const std::unique_ptr<heif_color_profile_nclx, decltype(heif.nclxFree)> nclx(raw,
-                                                                                 heif.nclxFree);
+    const std::unique_ptr<heif_color_profile_nclx, decltype(heif.nclx_color_profile_free)> nclx(
+        raw, heif.nclx_color_profile_free);
     const bool isDisplayP3 = nclx->color_primaries == heif_color_primaries_SMPTE_EG_432_1;
     return QColorSpace(isDisplayP3 ? QColorSpace::DisplayP3 : QColorSpace::SRgb);
 }
@@ -120,10 +102,11 @@ void widen(quint16 *samples, qsizetype count, int bits)
 
 QImage toImage(const Heif &heif, const heif_image *decoded, int bits, bool hasAlpha)
 {
-    const int width = heif.width(decoded, heif_channel_interleaved);
-    const int height = heif.height(decoded, heif_channel_interleaved);
+    const int width = heif.image_get_width(decoded, heif_channel_interleaved);
+    const int height = heif.image_get_height(decoded, heif_channel_interleaved);
     int stride = 0;
-    const std::uint8_t *const plane = heif.plane(decoded, heif_channel_interleaved, &stride);
+    const std::uint8_t *const plane =
+        heif.image_get_plane_readonly(decoded, heif_channel_interleaved, &stride);
     if (plane == nullptr || width <= 0 || height <= 0) {
         return {};
     }
@@ -162,30 +145,31 @@ QImage readHeif(const QByteArray &path, qint64 mostPixels)
     if (heif == nullptr) {
         return {};
     }
-    const Context context(heif->contextAlloc(), heif->contextFree);
+    const Context context(heif->context_alloc(), heif->context_free);
     heif_image_handle *rawHandle = nullptr;
-    if (!isFine(heif->readFile(context.get(), path.constData(), nullptr)) ||
-        !isFine(heif->primaryImage(context.get(), &rawHandle))) {
+    if (!isFine(heif->context_read_from_file(context.get(), path.constData(), nullptr)) ||
+        !isFine(heif->context_get_primary_image_handle(context.get(), &rawHandle))) {
         return {};
     }
-    const Handle handle(rawHandle, heif->handleRelease);
-    const int bits = heif->bits(handle.get());
-    const qint64 pixels =
-        qint64{heif->handleWidth(handle.get())} * heif->handleHeight(handle.get());
+    const Handle handle(rawHandle, heif->image_handle_release);
+    const int bits = heif->image_handle_get_luma_bits_per_pixel(handle.get());
+    const qint64 pixels = qint64{heif->image_handle_get_width(handle.get())} *
+                          heif->image_handle_get_height(handle.get());
     if (bits < 1 || bits > 16 || pixels > mostPixels) {
         return {};
     }
     // Colours that do not matter to an opaque image are filled in by the library.
     const bool isDeep = bits > 8;
     heif_image *rawImage = nullptr;
-    const heif_error error = heif->decode(
+    const heif_error error = heif->decode_image(
         handle.get(), &rawImage, heif_colorspace_RGB,
         isDeep ? heif_chroma_interleaved_RRGGBBAA_LE : heif_chroma_interleaved_RGBA, nullptr);
-    const Decoded decoded(rawImage, heif->imageRelease);
+    const Decoded decoded(rawImage, heif->image_release);
     if (!isFine(error)) {
         return {};
     }
-    QImage image = toImage(*heif, decoded.get(), bits, heif->hasAlpha(handle.get()) != 0);
+    QImage image = toImage(*heif, decoded.get(), bits,
+                           heif->image_handle_has_alpha_channel(handle.get()) != 0);
     image.setColorSpace(colorSpace(*heif, handle.get()));
     return image;
 }

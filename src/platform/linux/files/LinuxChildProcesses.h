@@ -7,13 +7,14 @@
 namespace velmora
 {
 
-/// Child processes in a session of their own, with /dev/null for input and output.
+/// Child processes in a session of their own, with /dev/null for output, and for input if there is
+/// none.
 class LinuxChildProcesses final : public QObject, public ChildProcesses
 {
     Q_OBJECT
 
 public:
-    void run(const QByteArray &executable, const QList<QByteArray> &arguments, Done done) override;
+    void run(const Command &command, Done done) override;
 };
 
 } // namespace velmora

@@ -3,7 +3,9 @@
 #include "platform/LocalPath.h"
 #include "platform/linux/files/FileItems.h"
 #include "platform/linux/files/LocalFile.h"
+#include "platform/linux/files/TreeCopy.h"
 
+#include <new>
 #include <utility>
 
 namespace velmora
@@ -35,76 +37,87 @@ LinuxFileActions::LinuxFileActions()
 
 void LinuxFileActions::createFolder(const QUrl &folder, Done done)
 {
-    run([folder](const CancelFlag & /*cancelled*/) { makeFolders(pathOf(folder)); },
-        std::move(done));
+    runForEach({folder}, makeFolders, std::move(done));
 }
 
 void LinuxFileActions::copyItems(const QList<QUrl> &items, const QUrl &folder, NameRule rule,
                                  Done done)
 {
-    run(
-        [items, folder, rule](const CancelFlag &cancelled) {
-            FileContent content(cancelled);
-            tidyFolder(pathOf(folder));
-            for (const QUrl &item : items) {
-                copyItem(pathOf(item), pathOf(folder), rule, content);
-            }
-        },
-        std::move(done));
+    const auto copy = [this, folder, rule](const QByteArray &item) {
+        copyItem(item, pathOf(folder), rule, m_worker.cancelled());
+    };
+    runForEach(items, copy, std::move(done));
 }
 
 void LinuxFileActions::moveItems(const QList<QUrl> &items, const QUrl &folder, NameRule rule,
                                  Done done)
 {
-    run(
-        [items, folder, rule](const CancelFlag &cancelled) {
-            FileContent content(cancelled);
-            tidyFolder(pathOf(folder));
-            for (const QUrl &item : items) {
-                moveItem(pathOf(item), pathOf(folder), rule, content);
-            }
-        },
-        std::move(done));
+    const auto move = [this, folder, rule](const QByteArray &item) {
+        moveItem(item, pathOf(folder), rule, m_worker.cancelled());
+    };
+    runForEach(items, move, std::move(done));
 }
 
 void LinuxFileActions::trashItems(const QList<QUrl> &items, Done done)
 {
-    run(
-        [items](const CancelFlag & /*cancelled*/) {
+    runForEach(items, trashItem, std::move(done));
+}
+
+void LinuxFileActions::findLinks(const QList<QUrl> &items, Answer<ArchiveItems> done)
+{
+    run<ArchiveItems>(
+        [items] {
+            ArchiveItems found;
             for (const QUrl &item : items) {
-                trashItem(pathOf(item));
+                addArchiveItem(pathOf(item), found);
             }
+            return found;
         },
         std::move(done));
 }
 
-void LinuxFileActions::findFreeName(const QUrl &wanted, NameRule rule,
-                                    std::function<void(const QUrl &free)> done)
+void LinuxFileActions::placeItem(const QUrl &item, const QUrl &wanted, NameRule rule,
+                                 Answer<QUrl> done)
 {
-    m_worker.run(
-        [wanted, rule](const CancelFlag & /*cancelled*/) {
-            const auto path = localPath(wanted);
-            return path ? fileUrl(freePath(*path, rule)) : wanted;
-        },
-        std::move(done));
+    const auto place = [item, wanted, rule] {
+        return fileUrl(velmora::placeItem(pathOf(item), pathOf(wanted), rule));
+    };
+    run<QUrl>(place, std::move(done));
 }
 
-/// Runs what may throw, and answers with what it threw.
-template<typename Job>
-void LinuxFileActions::run(Job job, Done done)
+void LinuxFileActions::discardItem(const QUrl &item)
 {
+    runForEach({item}, discard, [](const auto & /*error*/) {});
+}
+
+template<typename Value, typename Job>
+void LinuxFileActions::run(Job job, Answer<Value> done)
+{
+    using Result = std::pair<std::optional<QString>, Value>;
     m_worker.run(
-        [job = std::move(job)](const CancelFlag &cancelled) -> std::optional<QString> {
+        [job = std::move(job)]() -> Result {
             try {
-                job(cancelled);
-                return std::nullopt;
+                return {std::nullopt, job()};
             } catch (const FileFailure &failure) {
-                return failure.text();
+                return {failure.text, Value()};
             } catch (const std::bad_alloc &) {
-                return QStringLiteral("There is not enough memory");
+                return {QStringLiteral("There is not enough memory"), Value()};
             }
         },
-        std::move(done));
+        [done = std::move(done)](const Result &result) { done(result.first, result.second); });
+}
+
+template<typename Job>
+void LinuxFileActions::runForEach(const QList<QUrl> &items, Job job, Done done)
+{
+    run<int>(
+        [items, job = std::move(job)] {
+            for (const QUrl &item : items) {
+                job(pathOf(item));
+            }
+            return 0;
+        },
+        [done = std::move(done)](const auto &error, int /*nothing*/) { done(error); });
 }
 
 } // namespace velmora

@@ -1,13 +1,15 @@
 #include "platform/linux/files/TreeCopy.h"
 
-#include "platform/linux/files/FileAttributes.h"
-#include "platform/linux/files/FolderListing.h"
+#include "platform/linux/UniqueFd.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
-#include <climits>
+#include <cstring>
 #include <fcntl.h>
-#include <sys/stat.h>
+#include <filesystem>
+#include <limits>
+#include <sys/xattr.h>
 
 namespace velmora
 {
@@ -15,221 +17,231 @@ namespace velmora
 namespace
 {
 
-constexpr int folderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
-// A file that became a pipe behind our back must not hold us up, nor a terminal become ours.
-constexpr int sourceFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
-constexpr int targetFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-constexpr mode_t ownFile = 0600; // until it is complete
-constexpr mode_t ownFolder = 0700;
-
-QByteArray below(const QByteArray &folder, const QByteArray &name)
+void check(int result, const QByteArray &path)
 {
-    return folder.isEmpty() ? name : folder + '/' + name;
+    if (result != 0) {
+        throw FileFailure(path, errno);
+    }
 }
 
-/// `info` of an entry, itself rather than what it points to.
-struct stat entryInfo(const ItemPlace &place)
+constexpr off_t kernelChunk = off_t{16} * 1024 * 1024; // between two looks at the flag
+constexpr off_t toTheEnd = std::numeric_limits<off_t>::max();
+constexpr std::size_t bufferSize = std::size_t{64} * 1024; // holds any extended attribute
+
+/// One source and its copy, both open.
+struct Content {
+    int from;
+    int to;
+    const QByteArray &path; ///< for messages
+    const CancelFlag &cancelled;
+
+    void copyRange(off_t offset, off_t end) const;
+    [[nodiscard]] bool copyExtents(off_t size) const;
+    [[nodiscard]] ssize_t copySome(off_t offset, off_t most) const;
+};
+
+void Content::copyRange(off_t offset, off_t end) const
 {
+    ssize_t copied = 1;
+    while (offset < end && copied != 0) {
+        copied = cancelled ? -1 : copySome(offset, std::min(kernelChunk, end - offset));
+        if (copied < 0 && (cancelled || errno != EINTR)) {
+            throw FileFailure(path, cancelled ? ECANCELED : errno);
+        }
+        offset += std::max<ssize_t>(copied, 0);
+    }
+}
+
+/// False if the file system does not tell where the holes are.
+bool Content::copyExtents(off_t size) const
+{
+    off_t start = 0;
+    off_t end = 0;
+    while ((start = lseek(from, end, SEEK_DATA)) >= 0 &&
+           (end = lseek(from, start, SEEK_HOLE)) >= 0) {
+        copyRange(start, end);
+    }
+    // The last hole takes up no space but counts.
+    return errno == ENXIO && ftruncate(to, std::max(size, end)) == 0;
+}
+
+/// Returns how much it was: 0 at the end, -1 with errno on an error.
+ssize_t Content::copySome(off_t offset, off_t most) const
+{
+    off_t in = offset;
+    off_t out = offset;
+    const ssize_t copied = copy_file_range(from, &in, to, &out, static_cast<std::size_t>(most), 0);
+    if (copied > 0) {
+        return copied;
+    }
+    // Between some file systems this does not work, and in files that the kernel makes up it sees
+    // nothing. A real fault comes up again.
+    std::array<char, bufferSize> buffer; // NOLINT(*-member-init): filled before it is read
+    const auto wanted = std::min(static_cast<std::size_t>(most), buffer.size());
+    const ssize_t got = pread(from, buffer.data(), wanted, offset);
+    return got > 0 ? pwrite(to, buffer.data(), static_cast<std::size_t>(got), offset) : got;
+}
+
+/// Also what shows only on closing is a failure.
+void copyContent(const QByteArray &from, const QByteArray &to, const CancelFlag &cancelled)
+{
+    // A file that became a pipe behind our back must not hold us up, nor a terminal become ours.
+    constexpr int sourceFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+    const UniqueFd source(open(from.constData(), sourceFlags));
     struct stat info = {};
-    if (fstatat(place.parent, place.name.constData(), &info, AT_SYMLINK_NOFOLLOW) != 0) {
-        throw FileFailure(place.path, errno);
+    if (!source.isOpen() || fstat(source.get(), &info) != 0) {
+        throw FileFailure(from, errno);
     }
-    return info;
+    UniqueFd target(open(to.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+    if (!target.isOpen()) {
+        throw FileFailure(from, errno);
+    }
+    const Content content{source.get(), target.get(), from, cancelled};
+    const bool hasHoles = info.st_blocks < (info.st_size + 511) / 512;
+    if (!hasHoles || !content.copyExtents(info.st_size)) {
+        content.copyRange(0, toTheEnd);
+    }
+    // Network file systems and quotas tell only now what could not be written.
+    if (close(target.release()) != 0) {
+        throw FileFailure(from, errno);
+    }
 }
 
-QByteArray linkTarget(const ItemPlace &place)
+/// Owner where that is allowed, extended attributes (access lists among them), permissions and
+/// times. What the target's file system does not know, or does not let us set, is left out.
+void copyAttributes(const QByteArray &from, const QByteArray &to, const struct stat &info)
 {
-    std::array<char, PATH_MAX + 1> target{};
-    const ssize_t length =
-        readlinkat(place.parent, place.name.constData(), target.data(), target.size());
-    if (length < 0) {
-        throw FileFailure(place.path, errno);
+    // The order matters: a new owner takes away rights and capabilities, and permissions may forbid
+    // to write attributes.
+    const bool keepsOwner = lchown(to.constData(), info.st_uid, info.st_gid) == 0;
+    [[maybe_unused]] const bool keepsGroup =
+        keepsOwner || lchown(to.constData(), static_cast<uid_t>(-1), info.st_gid) == 0;
+    std::array<char, bufferSize> names{};
+    std::array<char, bufferSize> value; // NOLINT(*-member-init): filled before it is read
+    const ssize_t size = llistxattr(from.constData(), names.data(), names.size());
+    for (const char *name = names.data(); name < names.data() + size;
+         name += std::strlen(name) + 1) {
+        const ssize_t length = lgetxattr(from.constData(), name, value.data(), value.size());
+        if (length >= 0) {
+            lsetxattr(to.constData(), name, value.data(), static_cast<std::size_t>(length), 0);
+        }
     }
-    return {target.data(), length};
-}
-
-bool isSameTime(const timespec &a, const timespec &b)
-{
-    return a.tv_sec == b.tv_sec && a.tv_nsec == b.tv_nsec;
+    // Of a file that became somebody else's, the bits that lend its owner's rights do not survive.
+    if (!S_ISLNK(info.st_mode)) {
+        chmod(to.constData(), info.st_mode & (keepsOwner ? 07777 : 01777));
+    }
+    const std::array times{info.st_atim, info.st_mtim};
+    utimensat(AT_FDCWD, to.constData(), times.data(), AT_SYMLINK_NOFOLLOW);
 }
 
 } // namespace
 
-TreeCopy::TreeCopy(ItemPlace source, ItemPlace target, FileContent &content)
+TreeCopy::TreeCopy(QByteArray source, QByteArray target, const CancelFlag &cancelled)
     : m_source(std::move(source))
     , m_target(std::move(target))
-    , m_content(content)
+    , m_cancelled(cancelled)
 {
 }
 
 void TreeCopy::copy()
 {
-    const struct stat info = entryInfo(m_source);
-    if (!S_ISDIR(info.st_mode)) {
-        copyEntry(m_source, m_target, IFTODT(info.st_mode), {});
+    copyEntry({});
+    // Last: filling a folder changes its times, and its permissions may forbid it.
+    for (const auto &[path, info] : m_copied) {
+        if (S_ISDIR(info.st_mode)) {
+            copyAttributes(m_source + path, m_target + path, info);
+        }
+    }
+}
+
+void TreeCopy::copyEntry(const QByteArray &path)
+{
+    const QByteArray source = m_source + path;
+    struct stat info = {};
+    check(lstat(source.constData(), &info), source);
+    if (S_ISDIR(info.st_mode)) {
+        check(mkdir((m_target + path).constData(), 0700), source);
+        for (const QByteArray &name : namesIn(source)) {
+            copyEntry(path + '/' + name);
+        }
+    } else {
+        copyFile(path, info);
+    }
+    m_copied.push_back({path, info});
+}
+
+/// Anything but a folder.
+void TreeCopy::copyFile(const QByteArray &path, const struct stat &info)
+{
+    const QByteArray source = m_source + path;
+    const QByteArray target = m_target + path;
+    if (info.st_nlink > 1) {
+        const auto [first, isNew] = m_linked.try_emplace({info.st_dev, info.st_ino}, target);
+        // Where links are unknown or there are too many, a second copy has to do.
+        if (!isNew && link(first->second.constData(), target.constData()) == 0) {
+            return;
+        }
+    }
+    if (S_ISREG(info.st_mode)) {
+        copyContent(source, target, m_cancelled);
+    } else if (S_ISLNK(info.st_mode)) {
+        std::error_code error;
+        std::filesystem::copy_symlink(source.constData(), target.constData(), error);
+        if (error) {
+            throw FileFailure(source, error.value());
+        }
+    } else {
+        check(mknod(target.constData(), info.st_mode, info.st_rdev), source);
+    }
+    copyAttributes(source, target, info);
+}
+
+void TreeCopy::removeSource() const
+{
+    for (const auto &[path, before] : m_copied) {
+        const QByteArray source = m_source + path;
+        struct stat info = {};
+        check(lstat(source.constData(), &info), source);
+        const auto &[seconds, nanoseconds] = info.st_mtim;
+        const bool isSame = info.st_ino == before.st_ino && info.st_dev == before.st_dev &&
+                            info.st_size == before.st_size && seconds == before.st_mtim.tv_sec &&
+                            nanoseconds == before.st_mtim.tv_nsec;
+        if (!isSame && !S_ISDIR(before.st_mode)) {
+            throw FileFailure(source, QStringLiteral("It has changed while it was moved"));
+        }
+        check(S_ISDIR(before.st_mode) ? rmdir(source.constData()) : unlink(source.constData()),
+              source);
+    }
+}
+
+std::vector<QByteArray> namesIn(const QByteArray &folder)
+{
+    std::vector<QByteArray> names;
+    std::error_code error;
+    auto entry = std::filesystem::directory_iterator(folder.constData(), error);
+    for (; !error && entry != end(entry); entry.increment(error)) {
+        names.push_back(QByteArray::fromStdString(entry->path().filename().native()));
+    }
+    if (error) {
+        throw FileFailure(folder, error.value());
+    }
+    return names;
+}
+
+void discard(const QByteArray &path)
+{
+    // A folder may have its final permissions already. Of a link this would change the target.
+    if (unlink(path.constData()) == 0 || chmod(path.constData(), 0700) != 0) {
         return;
     }
-    m_sourceRoot = UniqueFd(openat(m_source.parent, m_source.name.constData(), folderFlags));
-    if (!m_sourceRoot.isOpen()) {
-        throw FileFailure(m_source.path, errno);
-    }
-    if (mkdirat(m_target.parent, m_target.name.constData(), ownFolder) != 0) {
-        throw FileFailure(m_target.path, errno);
-    }
-    m_targetRoot = UniqueFd(openat(m_target.parent, m_target.name.constData(), folderFlags));
-    if (!m_targetRoot.isOpen()) {
-        throw FileFailure(m_target.path, errno);
-    }
-    m_waiting.push_back({{}, info});
-    copyFolders();
-    finishFolders();
-}
-
-void TreeCopy::copyFolders()
-{
-    // A list instead of recursion: neither the depth of a tree nor the number of open files limits.
-    while (!m_waiting.empty()) {
-        m_folders.push_back(std::move(m_waiting.back()));
-        m_waiting.pop_back();
-        copyFolder(Folder(m_folders.back()));
-    }
-}
-
-void TreeCopy::copyFolder(const Folder &folder)
-{
-    UniqueFd sourceFd = openFolder(m_sourceRoot, folder.path);
-    const UniqueFd targetFd = openFolder(m_targetRoot, folder.path);
-    const QByteArray source = below(m_source.path, folder.path);
-    const QByteArray target = below(m_target.path, folder.path);
-    FolderListing listing(sourceFd.release(), source);
-    while (const auto entry = listing.next()) {
-        const QByteArray name(entry->name);
-        const ItemPlace from{listing.fd(), name, below(source, name)};
-        const ItemPlace to{targetFd.get(), name, below(target, name)};
-        unsigned char type = entry->type;
-        if (type == DT_UNKNOWN || type == DT_DIR) {
-            const struct stat info = entryInfo(from);
-            type = IFTODT(info.st_mode);
-            if (type == DT_DIR) {
-                if (mkdirat(to.parent, name.constData(), ownFolder) != 0) {
-                    throw FileFailure(to.path, errno);
-                }
-                m_waiting.push_back({below(folder.path, name), info});
-                continue;
-            }
+    try {
+        for (const QByteArray &name : namesIn(path)) {
+            discard(path + '/' + name);
         }
-        copyEntry(from, to, type, below(folder.path, name));
+    } catch (const FileFailure &) {
+        // What can be removed is.
     }
-}
-
-/// Times and permissions last: filling a folder changes the one, and the other may forbid it.
-void TreeCopy::finishFolders()
-{
-    // NOLINTNEXTLINE(modernize-loop-convert): clang 14 cannot read the library's reversed views
-    for (auto folder = m_folders.crbegin(); folder != m_folders.crend(); ++folder) {
-        const UniqueFd sourceFd = openFolder(m_sourceRoot, folder->path);
-        const UniqueFd targetFd = openFolder(m_targetRoot, folder->path);
-        copyAttributes(sourceFd.get(), targetFd.get(), folder->info);
-    }
-}
-
-void TreeCopy::copyEntry(const ItemPlace &from, const ItemPlace &to, unsigned char type,
-                         const QByteArray &path)
-{
-    struct stat info = {};
-    if (type == DT_REG) {
-        info = copyFile(from, to, path);
-    } else {
-        info = entryInfo(from);
-        copyOther(from, to, info);
-    }
-    m_files.push_back({path, info.st_ino, info.st_size, info.st_mtim});
-}
-
-/// Returns what the source was before it was read.
-struct stat TreeCopy::copyFile(const ItemPlace &from, const ItemPlace &to, const QByteArray &path)
-{
-    const UniqueFd source(openat(from.parent, from.name.constData(), sourceFlags));
-    struct stat info = {};
-    if (!source.isOpen() || fstat(source.get(), &info) != 0) {
-        throw FileFailure(from.path, errno);
-    }
-    if (!S_ISREG(info.st_mode)) {
-        throw FileFailure(from.path, EBUSY); // it was another a moment ago
-    }
-    if (info.st_nlink > 1 && linkToCopy(info, to)) {
-        return info;
-    }
-    const UniqueFd target(openat(to.parent, to.name.constData(), targetFlags, ownFile));
-    if (!target.isOpen()) {
-        throw FileFailure(to.path, errno);
-    }
-    m_content.copy(source.get(), target.get(), info, from.path);
-    copyAttributes(source.get(), target.get(), info);
-    if (info.st_nlink > 1 && m_targetRoot.isOpen()) {
-        m_linked.emplace(std::pair(info.st_dev, info.st_ino), path);
-    }
-    return info;
-}
-
-bool TreeCopy::linkToCopy(const struct stat &info, const ItemPlace &to)
-{
-    const auto found = m_linked.find({info.st_dev, info.st_ino});
-    // Where links are unknown or there are too many, a second copy has to do.
-    return found != m_linked.end() && linkat(m_targetRoot.get(), found->second.constData(),
-                                             to.parent, to.name.constData(), 0) == 0;
-}
-
-void TreeCopy::copyOther(const ItemPlace &from, const ItemPlace &to, const struct stat &info)
-{
-    const int result = S_ISLNK(info.st_mode)
-                           ? symlinkat(linkTarget(from).constData(), to.parent, to.name.constData())
-                           : mknodat(to.parent, to.name.constData(), info.st_mode, info.st_rdev);
-    if (result != 0) {
-        throw FileFailure(from.path, errno);
-    }
-    copyEntryAttributes(to.parent, to.name.constData(), info);
-}
-
-void TreeCopy::removeSource()
-{
-    for (const Copied &file : m_files) {
-        removeFile(file);
-    }
-    // NOLINTNEXTLINE(modernize-loop-convert): clang 14 cannot read the library's reversed views
-    for (auto folder = m_folders.crbegin(); folder != m_folders.crend(); ++folder) {
-        const bool isItem = folder->path.isEmpty();
-        const int parent = isItem ? m_source.parent : m_sourceRoot.get();
-        const QByteArray &path = isItem ? m_source.name : folder->path;
-        if (unlinkat(parent, path.constData(), AT_REMOVEDIR) != 0) {
-            throw FileFailure(below(m_source.path, folder->path), errno);
-        }
-    }
-}
-
-void TreeCopy::removeFile(const Copied &file)
-{
-    const bool isItem = file.path.isEmpty();
-    const ItemPlace place{isItem ? m_source.parent : m_sourceRoot.get(),
-                          isItem ? m_source.name : file.path,
-                          isItem ? m_source.path : below(m_source.path, file.path)};
-    const struct stat info = entryInfo(place);
-    if (info.st_ino != file.inode || info.st_size != file.size ||
-        !isSameTime(info.st_mtim, file.modified)) {
-        throw FileFailure(place.path, QStringLiteral("It has changed while it was moved"));
-    }
-    if (unlinkat(place.parent, place.name.constData(), 0) != 0) {
-        throw FileFailure(place.path, errno);
-    }
-}
-
-UniqueFd TreeCopy::openFolder(const UniqueFd &root, const QByteArray &path) const
-{
-    UniqueFd folder(openat(root.get(), path.isEmpty() ? "." : path.constData(), folderFlags));
-    if (!folder.isOpen()) {
-        throw FileFailure(below(m_source.path, path), errno);
-    }
-    return folder;
+    rmdir(path.constData());
 }
 
 } // namespace velmora

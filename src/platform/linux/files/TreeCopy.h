@@ -1,24 +1,16 @@
 #pragma once
 
-#include "platform/linux/UniqueFd.h"
-#include "platform/linux/files/FileContent.h"
+#include "platform/linux/files/FileFailure.h"
 
 #include <QByteArray>
 
-#include <ctime>
 #include <map>
+#include <sys/stat.h>
 #include <utility>
 #include <vector>
 
 namespace velmora
 {
-
-/// One item, a file or a whole folder, below a folder that is open.
-struct ItemPlace {
-    int parent;      ///< descriptor of the folder; has to stay open
-    QByteArray name; ///< of the item in it
-    QByteArray path; ///< of the item, for messages
-};
 
 /// Copies one item with all that is in it: permissions, times, links, extended attributes; names of
 /// one file stay names of one file. Pipes, sockets and devices are made anew and never opened.
@@ -26,53 +18,38 @@ struct ItemPlace {
 class TreeCopy
 {
 public:
-    /// The target must not exist.
-    TreeCopy(ItemPlace source, ItemPlace target, FileContent &content);
+    /// By absolute paths. The target must not exist.
+    TreeCopy(QByteArray source, QByteArray target, const CancelFlag &cancelled);
 
     /// Throws FileFailure, and leaves behind what it has made until then.
     void copy();
 
     /// Removes from the source what was copied, and only that: a file that has changed since, or
     /// has come in the meantime, stays and is a failure.
-    void removeSource();
+    void removeSource() const;
 
 private:
-    struct Folder {
-        QByteArray path; ///< below the item; empty for the item itself
+    struct Copied {
+        QByteArray path; ///< below the item, with a slash in front; empty for the item itself
         struct stat info;
     };
-    struct Copied {
-        QByteArray path; ///< below the item; empty for the item itself
-        ino_t inode;
-        off_t size;
-        timespec modified;
-    };
 
-    void copyFolders();
-    void copyFolder(const Folder &folder);
-    void finishFolders();
-    void copyEntry(const ItemPlace &from, const ItemPlace &to, unsigned char type,
-                   const QByteArray &path);
-    [[nodiscard]] struct stat copyFile(const ItemPlace &from, const ItemPlace &to,
-                                       const QByteArray &path);
-    void copyOther(const ItemPlace &from, const ItemPlace &to, const struct stat &info);
-    [[nodiscard]] bool linkToCopy(const struct stat &info, const ItemPlace &to);
-    void removeFile(const Copied &file);
-    [[nodiscard]] UniqueFd openFolder(const UniqueFd &root, const QByteArray &path) const;
+    void copyEntry(const QByteArray &path);
+    void copyFile(const QByteArray &path, const struct stat &info);
 
-    ItemPlace m_source;
-    ItemPlace m_target;
-    FileContent &m_content;
-    UniqueFd m_sourceRoot; ///< where the item is a folder
-    UniqueFd m_targetRoot;
-    std::vector<Folder> m_waiting;
-    std::vector<Folder> m_folders; ///< those above come before those below
-    std::vector<Copied> m_files;
+    QByteArray m_source;
+    QByteArray m_target;
+    const CancelFlag &m_cancelled;
+    std::vector<Copied> m_copied; ///< a folder comes after what is in it
     /// Where files with several names were copied to, by device and inode.
     std::map<std::pair<dev_t, ino_t>, QByteArray> m_linked;
 };
 
+/// What is in a folder, "." and ".." left out. Read in one go, so that the number of open files
+/// does not limit the depth of a tree. Throws FileFailure.
+[[nodiscard]] std::vector<QByteArray> namesIn(const QByteArray &folder);
+
 /// Removes an item that we have made ourselves, with all that is in it. What resists stays.
-void discard(int parent, const QByteArray &name);
+void discard(const QByteArray &path);
 
 } // namespace velmora

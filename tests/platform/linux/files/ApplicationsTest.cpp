@@ -2,10 +2,7 @@
 #include "platform/LocalPath.h"
 #include "platform/linux/files/FileItems.h"
 #include "platform/linux/files/GioApplications.h"
-#include "platform/linux/files/GioVolumes.h"
 
-#include <QAbstractEventDispatcher>
-#include <QEventLoop>
 #include <QProcess>
 #include <QTest>
 
@@ -29,8 +26,6 @@ private Q_SLOTS:
     void nobodyToOpen();
     void trash();
     void trashFails();
-    void nothingToEject();
-    void answersWithoutGlibsLoop();
 
 private:
     void addApplication(const QByteArray &id, const QByteArray &types, const QByteArray &field);
@@ -83,14 +78,8 @@ void ApplicationsTest::addApplication(const QByteArray &id, const QByteArray &ty
 
 QList<Application> ApplicationsTest::find(const QByteArray &path)
 {
-    QEventLoop loop;
-    QList<Application> found;
-    m_applications->findForFile(fileUrl(path), [&](const QList<Application> &applications) {
-        found = applications;
-        loop.quit();
-    });
-    loop.exec();
-    return found;
+    return answerOf<QList<Application>>(
+        [&](const auto &done) { m_applications->findForFile(fileUrl(path), done); });
 }
 
 QByteArray ApplicationsTest::started(const QByteArray &id)
@@ -120,15 +109,11 @@ void ApplicationsTest::whoOpensAFile()
 void ApplicationsTest::rolesOfKnownApplications()
 {
     const auto role = [this](const char *identifier) {
-        QEventLoop loop;
-        QString id;
-        m_applications->findByIdentifier(QString::fromLatin1(identifier),
-                                         [&](const std::optional<Application> &application) {
-                                             id = application ? application->id : QString();
-                                             loop.quit();
-                                         });
-        loop.exec();
-        return id;
+        return answerOf<std::optional<Application>>([&](const auto &done) {
+                   m_applications->findByIdentifier(QString::fromLatin1(identifier), done);
+               })
+            .value_or(Application())
+            .id;
     };
     QCOMPARE(role("com.apple.Music"), QStringLiteral("player.desktop"));
     QCOMPARE(role("com.example.Nobody"), QString());
@@ -196,50 +181,6 @@ void ApplicationsTest::trashFails()
         unlink((elsewhere + "/a").constData());
         rmdir(elsewhere.constData());
     }
-}
-
-void ApplicationsTest::nothingToEject()
-{
-    GioVolumes volumes;
-    QEventLoop loop;
-    int answers = 0;
-    for (const char *url : {"file:///etc/passwd", "file:///no/such/file", "http://host/"}) {
-        volumes.ejectVolumeOf(QUrl(QString::fromLatin1(url)), [&](bool ejected) {
-            QVERIFY(!ejected);
-            if (++answers == 3) {
-                loop.quit();
-            }
-        });
-    }
-    QCOMPARE(answers, 0);
-    loop.exec();
-    // One that is gone is not answered any more.
-    {
-        GioVolumes gone;
-        gone.ejectVolumeOf(QUrl(QStringLiteral("file:///etc")), [&](bool) { ++answers; });
-    }
-    volumes.ejectVolumeOf(QUrl(QStringLiteral("file:///etc")), [&](bool) { loop.quit(); });
-    loop.exec();
-    QCOMPARE(answers, 3);
-}
-
-void ApplicationsTest::answersWithoutGlibsLoop()
-{
-    if (!qEnvironmentVariableIsSet("QT_NO_GLIB")) {
-        QVERIFY(QAbstractEventDispatcher::instance()->inherits("QEventDispatcherGlib"));
-        // The rest of this is the same test, in a process that has no such loop.
-        QProcess again;
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("QT_NO_GLIB"), QStringLiteral("1"));
-        again.setProcessEnvironment(environment);
-        again.start(QCoreApplication::applicationFilePath(),
-                    {QStringLiteral("nothingToEject"), QStringLiteral("defaultsOpen"),
-                     QStringLiteral("answersWithoutGlibsLoop")});
-        QVERIFY(again.waitForFinished());
-        QVERIFY2(again.exitCode() == 0, again.readAll().constData());
-        return;
-    }
-    QVERIFY(!QAbstractEventDispatcher::instance()->inherits("QEventDispatcherGlib"));
 }
 
 QTEST_GUILESS_MAIN(ApplicationsTest)

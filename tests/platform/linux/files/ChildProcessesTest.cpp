@@ -1,11 +1,12 @@
 #include "FileSamples.h"
 #include "platform/linux/files/LinuxChildProcesses.h"
 
-#include <QEventLoop>
+#include <QCoreApplication>
+#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <signal.h>
+#include <sys/wait.h>
 
 using namespace velmora;
 
@@ -16,29 +17,21 @@ class ChildProcessesTest : public QObject
 private Q_SLOTS:
     void argumentsArriveByteForByte();
     void itHasNothingOfOurs();
+    void inputArrives();
     void outcomes_data();
     void outcomes();
+    void tooManyArguments();
     void itsWorkIsFinishedWithoutUs();
+    void unlessItWasToEnd();
 
 private:
-    static ProcessOutcome run(const QByteArray &executable, const QList<QByteArray> &arguments);
+    static ProcessOutcome run(const Command &command);
 };
 
-ProcessOutcome ChildProcessesTest::run(const QByteArray &executable,
-                                       const QList<QByteArray> &arguments)
+ProcessOutcome ChildProcessesTest::run(const Command &command)
 {
     LinuxChildProcesses processes;
-    QEventLoop loop;
-    ProcessOutcome outcome{QStringLiteral("no answer"), -1};
-    bool isCalling = true;
-    processes.run(executable, arguments, [&](const ProcessOutcome &result) {
-        outcome =
-            isCalling ? ProcessOutcome{QStringLiteral("answered inside the call"), -1} : result;
-        loop.quit();
-    });
-    isCalling = false;
-    loop.exec();
-    return outcome;
+    return answerOf<ProcessOutcome>([&](const auto &done) { processes.run(command, done); });
 }
 
 void ChildProcessesTest::argumentsArriveByteForByte()
@@ -47,7 +40,7 @@ void ChildProcessesTest::argumentsArriveByteForByte()
     const QByteArray path = QFile::encodeName(folder.filePath(QStringLiteral("arguments")));
     const QList<QByteArray> odd{"-x", "", "a b", "\xFF\xC3(", "'\"\\$(date)\n", "*"};
     const ProcessOutcome outcome =
-        run("/bin/sh", QList<QByteArray>{"-c", "printf '%s|' \"$@\" >\"$0\"", path} + odd);
+        run({"/bin/sh", QList<QByteArray>{"-c", "printf '%s|' \"$@\" >\"$0\"", path} + odd, {}});
     QCOMPARE(outcome.launchError, QString());
     QCOMPARE(outcome.status, 0);
     QCOMPARE(readFile(path), odd.join('|') + '|');
@@ -56,11 +49,22 @@ void ChildProcessesTest::argumentsArriveByteForByte()
 void ChildProcessesTest::itHasNothingOfOurs()
 {
     // Each of them /dev/null, and no terminal that a question could be asked on.
-    QCOMPARE(run("/bin/sh", {"-c", "for fd in 0 1 2; do "
-                                   "[ \"$(readlink /proc/$$/fd/$fd)\" = /dev/null ] || exit 3; "
-                                   "done; (: </dev/tty) 2>/dev/null && exit 4; exit 0"})
+    QCOMPARE(run({"/bin/sh",
+                  {"-c", "for fd in 0 1 2; do "
+                         "[ \"$(readlink /proc/$$/fd/$fd)\" = /dev/null ] || exit 3; "
+                         "done; (: </dev/tty) 2>/dev/null && exit 4; exit 0"},
+                  {}})
                  .status,
              0);
+}
+
+void ChildProcessesTest::inputArrives()
+{
+    const QByteArray input = QByteArray("line \xFF\n").repeated(100'000); // more than a pipe holds
+    QCOMPARE(
+        run({"/bin/sh", {"-c", "[ $(wc -c) = \"$0\" ]", QByteArray::number(input.size())}, input})
+            .status,
+        0);
 }
 
 void ChildProcessesTest::outcomes_data()
@@ -84,9 +88,16 @@ void ChildProcessesTest::outcomes()
     QFETCH(const QByteArray, script);
     QFETCH(const int, status);
     QFETCH(const QString, error);
-    const ProcessOutcome outcome = run(executable, {"-c", script});
+    const ProcessOutcome outcome = run({executable, {"-c", script}, {}});
     QCOMPARE(outcome.launchError, error);
     QCOMPARE(outcome.status, status);
+}
+
+void ChildProcessesTest::tooManyArguments()
+{
+    const QList<QByteArray> many(30'000, QByteArray(200, 'x'));
+    const ProcessOutcome outcome = run({"/bin/sh", QList<QByteArray>{"-c", "exit 0"} + many, {}});
+    QCOMPARE(outcome.launchError, QStringLiteral("/bin/sh: Argument list too long"));
 }
 
 void ChildProcessesTest::itsWorkIsFinishedWithoutUs()
@@ -98,14 +109,40 @@ void ChildProcessesTest::itsWorkIsFinishedWithoutUs()
     bool isAnswered = false;
     {
         LinuxChildProcesses processes;
-        processes.run(
-            "/bin/sh",
-            {"-c", "read word <\"$0\"; echo $word >\"$1.part\"; mv \"$1.part\" \"$1\"", start, end},
-            [&](const ProcessOutcome & /*outcome*/) { isAnswered = true; });
+        processes.run({"/bin/sh",
+                       {"-c", "read word <\"$0\"; echo $word >\"$1.part\"; mv \"$1.part\" \"$1\"",
+                        start, end},
+                       {}},
+                      [&](const ProcessOutcome & /*outcome*/) { isAnswered = true; });
     }
     writeFile(start, "go\n"); // waits until the other end is open
     QTRY_COMPARE(readFile(end), QByteArray("go\n"));
     QVERIFY(!isAnswered);
+}
+
+void ChildProcessesTest::unlessItWasToEnd()
+{
+    const QTemporaryDir folder;
+    const QByteArray told = QFile::encodeName(folder.filePath(QStringLiteral("told")));
+    const QByteArray ready = QFile::encodeName(folder.filePath(QStringLiteral("ready")));
+    mkfifo(ready.constData(), 0600);
+    const pid_t us = fork();
+    if (us == 0) {
+        int count = 0;
+        const QCoreApplication application(count, nullptr);
+        LinuxChildProcesses().run({"/bin/sh",
+                                   {"-c",
+                                    "trap 'echo >\"$0\"; exit' TERM; echo >\"$1\"; "
+                                    "while :; do sleep 1; done",
+                                    told, ready},
+                                   {},
+                                   false},
+                                  [](const ProcessOutcome & /*outcome*/) {});
+        readFile(ready); // waits until it listens
+        _exit(0);
+    }
+    QCOMPARE(waitpid(us, nullptr, 0), us);
+    QTRY_VERIFY(isThere(told));
 }
 
 QTEST_GUILESS_MAIN(ChildProcessesTest)

@@ -2,8 +2,7 @@
 
 #include <QByteArray>
 #include <QCryptographicHash>
-#include <QDir>
-#include <QFile>
+#include <QEventLoop>
 #include <QString>
 
 #include <algorithm>
@@ -13,8 +12,9 @@
 #include <fstream>
 #include <map>
 #include <memory>
+#include <optional>
+#include <sstream>
 #include <sys/stat.h>
-#include <sys/statvfs.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 #include <vector>
@@ -31,8 +31,9 @@ inline void writeFile(const QByteArray &path, const QByteArray &content = "conte
 
 inline QByteArray readFile(const QByteArray &path)
 {
-    std::ifstream file(path.toStdString(), std::ios::binary);
-    return QByteArray::fromStdString(std::string(std::istreambuf_iterator<char>(file), {}));
+    std::stringstream content;
+    content << std::ifstream(path.toStdString(), std::ios::binary).rdbuf();
+    return QByteArray::fromStdString(content.str());
 }
 
 inline bool isThere(const QByteArray &path)
@@ -124,6 +125,23 @@ inline void makeTree(const QByteArray &root)
     setTime(root + "/dangling", 1'000'000'001, 5);
     setTime(root + "/read only/deeper", -5, 0); // before 1970
     chmod((root + "/read only").constData(), 0555);
+}
+
+/// What a call answers later by way of the callback that it is given.
+template<typename Result, typename Call>
+Result answerOf(Call call)
+{
+    QEventLoop loop;
+    std::optional<Result> answer;
+    call([&](const Result &result) {
+        answer = result;
+        loop.quit();
+    });
+    if (answer) {
+        qFatal("answered inside the call");
+    }
+    loop.exec();
+    return *answer;
 }
 
 /// A folder of its own on another file system than the given path; empty if there is none.
