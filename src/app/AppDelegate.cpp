@@ -15,14 +15,8 @@ Q_LOGGING_CATEGORY(lcAppDelegate, "com.velmora.app.AppDelegate", QtInfoMsg)
 constexpr std::chrono::milliseconds loginPromptDelay(500);
 constexpr std::chrono::milliseconds permissionDelay(2000);
 
-QString hasPromptedLoginItemKey()
-{
-    return QStringLiteral("hasPromptedLoginItem");
-}
-QString hasRequestedPermissionsKey()
-{
-    return QStringLiteral("hasRequestedPermissions");
-}
+const QString hasPromptedLoginItemKey = QStringLiteral("hasPromptedLoginItem");
+const QString hasRequestedPermissionsKey = QStringLiteral("hasRequestedPermissions");
 
 MenuItem separator()
 {
@@ -70,16 +64,16 @@ void AppDelegate::applicationDidFinishLaunching()
     requestPermissions();
 }
 
+/// The menu follows the manager, whoever changes it.
 void AppDelegate::setupStatusItem()
 {
+    connect(m_notchManager.get(), &NotchManager::isEnabledChanged, this, &AppDelegate::rebuildMenu);
+    connect(m_notchManager.get(), &NotchManager::profilesChanged, this, &AppDelegate::rebuildMenu);
     rebuildMenu();
 }
 
 void AppDelegate::rebuildMenu()
 {
-    if (!m_notchManager) {
-        return;
-    }
     const Menu menu = statusMenu();
     for (StatusItem *item : m_menus) {
         item->setMenu(menu);
@@ -114,6 +108,7 @@ Menu AppDelegate::profileMenu()
         MenuItem item = actionItem(profile.name, [this, index] { switchProfile(index); });
         item.tag = index;
         item.mark = mark(index == m_notchManager->activeProfileIndex());
+        item.isChoice = true;
         menu.push_back(std::move(item));
     }
     return menu;
@@ -124,14 +119,12 @@ void AppDelegate::toggleNotch()
     const bool wasEnabled = m_notchManager->isEnabled();
     qCInfo(lcAppDelegate, "toggleNotch \u2192 %s", wasEnabled ? "disabled" : "enabled");
     m_notchManager->setEnabled(!wasEnabled);
-    rebuildMenu();
 }
 
 void AppDelegate::switchProfile(int tag)
 {
     qCInfo(lcAppDelegate, "switchProfile \u2192 index %d", tag);
     m_notchManager->switchProfile(tag);
-    rebuildMenu();
 }
 
 void AppDelegate::openPreferences()
@@ -154,11 +147,11 @@ void AppDelegate::screensDidChange()
 void AppDelegate::promptForLoginItem()
 {
     KeyValueStore &store = *m_platform.store;
-    if (store.boolean(hasPromptedLoginItemKey()).value_or(false)) {
+    if (store.boolean(hasPromptedLoginItemKey).value_or(false)) {
         return;
     }
     // Before anything is shown: the question is put once, even to somebody who quits before it.
-    store.setBoolean(hasPromptedLoginItemKey(), true);
+    store.setBoolean(hasPromptedLoginItemKey, true);
     m_loginPrompt = m_platform.clock->after(
         loginPromptDelay, [this] { m_actions.askForLoginItem([this] { registerLoginItem(); }); });
 }
@@ -175,10 +168,10 @@ void AppDelegate::registerLoginItem()
 void AppDelegate::requestPermissions()
 {
     KeyValueStore &store = *m_platform.store;
-    if (store.boolean(hasRequestedPermissionsKey()).value_or(false)) {
+    if (store.boolean(hasRequestedPermissionsKey).value_or(false)) {
         return;
     }
-    store.setBoolean(hasRequestedPermissionsKey(), true);
+    store.setBoolean(hasRequestedPermissionsKey, true);
     m_permissionPrompt = m_platform.clock->after(permissionDelay, [this] {
         for (const auto &request : m_actions.permissionRequests) {
             request();

@@ -23,16 +23,6 @@ void keepLargeBlocksApart()
     mallopt(M_MMAP_THRESHOLD, 128 * 1024);
 }
 
-/// Whoever reads what we print may leave. A handler that does nothing, since children would inherit
-/// that the signal is ignored.
-void surviveBrokenPipes()
-{
-    struct sigaction action = {};
-    action.sa_handler = [](int) {};
-    action.sa_flags = SA_RESTART;
-    sigaction(SIGPIPE, &action, nullptr);
-}
-
 /// Qt's ways of telling that there is no display are many lines and a core dump. While one of these
 /// lives it is one line, and what else Qt has to say comes afterwards.
 class DisplayFailure
@@ -92,7 +82,7 @@ private:
 int main(int argc, char *argv[])
 {
     keepLargeBlocksApart();
-    surviveBrokenPipes();
+    std::signal(SIGPIPE, SIG_IGN); // whoever reads what we print may leave
     velmora::BusConnection bus(velmora::BusConnection::sessionAddress());
     // What is drawn with, and where, is decided before the application object looks for itself.
     velmora::chooseWindowSystem();

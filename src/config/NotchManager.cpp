@@ -35,34 +35,9 @@ QString zoneWidthKey(Zone zone)
     return QString::fromLatin1(zoneNames.at(indexOf(zone))) + QStringLiteral("ZoneWidth");
 }
 
-QString isEnabledKey()
-{
-    return QStringLiteral("isEnabled");
-}
-QString notchWidthKey()
-{
-    return QStringLiteral("notchWidth");
-}
-QString notchHeightKey()
-{
-    return QStringLiteral("notchHeight");
-}
-QString cornerRadiusKey()
-{
-    return QStringLiteral("cornerRadius");
-}
-QString expandedTopPaddingKey()
-{
-    return QStringLiteral("expandedTopPadding");
-}
-QString profilesKey()
-{
-    return QStringLiteral("notchProfiles");
-}
-QString activeProfileIndexKey()
-{
-    return QStringLiteral("activeProfileIndex");
-}
+const QString isEnabledKey = QStringLiteral("isEnabled");
+const QString activeProfileIndexKey = QStringLiteral("activeProfileIndex");
+const QString profilesKey = QStringLiteral("notchProfiles");
 
 std::array<NotchWidgetType, 5> widgetsOf(const NotchProfile &profile)
 {
@@ -92,11 +67,11 @@ void NotchManager::readSettings()
     const auto number = [this](const QString &key, double &setting) {
         setting = m_store.number(key).value_or(setting);
     };
-    m_isEnabled = m_store.boolean(isEnabledKey()).value_or(true);
-    number(notchWidthKey(), m_settings.notchWidth);
-    number(notchHeightKey(), m_settings.notchHeight);
-    number(cornerRadiusKey(), m_settings.cornerRadius);
-    number(expandedTopPaddingKey(), m_settings.expandedTopPadding);
+    m_isEnabled = m_store.boolean(isEnabledKey).value_or(true);
+    number(QStringLiteral("notchWidth"), m_settings.notchWidth);
+    number(QStringLiteral("notchHeight"), m_settings.notchHeight);
+    number(QStringLiteral("cornerRadius"), m_settings.cornerRadius);
+    number(QStringLiteral("expandedTopPadding"), m_settings.expandedTopPadding);
     for (const Zone zone : zones) {
         number(zoneWidthKey(zone), m_settings.zoneWidths.at(indexOf(zone)));
     }
@@ -109,59 +84,37 @@ void NotchManager::readSettings()
 
 void NotchManager::readProfiles()
 {
-    const auto data = m_store.data(profilesKey());
-    auto profiles = data ? decodeProfiles(*data) : std::nullopt;
+    const auto data = m_store.data(profilesKey);
+    const auto profiles = data ? decodeProfiles(*data) : std::nullopt;
     // An empty list cannot come from us, and would leave the user nothing to choose from.
-    if (profiles && !profiles->empty()) {
-        m_profiles = *std::move(profiles);
-    } else {
-        m_profiles = NotchProfile::builtIn();
-        m_settings.widgets = widgetsOf(m_profiles.front());
+    const bool hasProfiles = profiles && !profiles->empty();
+    for (const NotchProfile &profile : hasProfiles ? *profiles : NotchProfile::builtIn()) {
+        m_profiles.append(profile);
+    }
+    if (!hasProfiles) {
+        m_settings.widgets = widgetsOf(m_profiles.all().front());
         for (const Zone zone : zones) {
             m_store.setString(widgetKey(zone), rawValue(widget(zone)));
         }
     }
-    const qint64 stored = m_store.integer(activeProfileIndexKey());
-    const auto count = static_cast<qint64>(m_profiles.size());
-    m_activeProfileIndex = stored >= 0 && stored < count ? static_cast<int>(stored) : 0;
+    const qint64 stored = m_store.integer(activeProfileIndexKey);
+    const bool isIndex = stored >= 0 && stored < m_profiles.rowCount();
+    m_profiles.activate(isIndex ? static_cast<int>(stored) : 0);
 }
 
 void NotchManager::setEnabled(bool enabled)
 {
     m_isEnabled = enabled;
-    m_store.setBoolean(isEnabledKey(), enabled);
+    m_store.setBoolean(isEnabledKey, enabled);
     Q_EMIT isEnabledChanged();
     apply();
 }
 
-void NotchManager::assign(double &setting, double value, const QString &key)
+void NotchManager::assignSize(double &setting, double points, const char *key)
 {
-    setting = value;
-    m_store.setNumber(key, value);
+    setting = points;
+    m_store.setNumber(QString::fromLatin1(key), points);
     Q_EMIT settingsChanged();
-}
-
-void NotchManager::setNotchWidth(double points)
-{
-    assign(m_settings.notchWidth, points, notchWidthKey());
-    apply();
-}
-
-void NotchManager::setNotchHeight(double points)
-{
-    assign(m_settings.notchHeight, points, notchHeightKey());
-    apply();
-}
-
-void NotchManager::setCornerRadius(double points)
-{
-    assign(m_settings.cornerRadius, points, cornerRadiusKey());
-    apply();
-}
-
-void NotchManager::setExpandedTopPadding(double points)
-{
-    assign(m_settings.expandedTopPadding, points, expandedTopPaddingKey());
     apply();
 }
 
@@ -170,15 +123,38 @@ double NotchManager::zoneWidth(Zone zone) const
     return m_settings.zoneWidths.at(indexOf(zone));
 }
 
+QList<double> NotchManager::zoneWidths() const
+{
+    return {m_settings.zoneWidths.begin(), m_settings.zoneWidths.end()};
+}
+
 void NotchManager::setZoneWidth(Zone zone, double weight)
 {
-    assign(m_settings.zoneWidths.at(indexOf(zone)), weight, zoneWidthKey(zone));
+    m_settings.zoneWidths.at(indexOf(zone)) = weight;
+    m_store.setNumber(zoneWidthKey(zone), weight);
+    Q_EMIT settingsChanged();
     applyUnlessSuppressed();
 }
 
 NotchWidgetType NotchManager::widget(Zone zone) const
 {
     return m_settings.widgets.at(indexOf(zone));
+}
+
+QStringList NotchManager::widgets() const
+{
+    QStringList texts;
+    for (const NotchWidgetType type : m_settings.widgets) {
+        texts << rawValue(type);
+    }
+    return texts;
+}
+
+void NotchManager::setWidget(Zone zone, const QString &rawValue)
+{
+    if (const auto type = widgetTypeFromRawValue(rawValue)) {
+        setWidget(zone, *type);
+    }
 }
 
 void NotchManager::setWidget(Zone zone, NotchWidgetType type)
@@ -221,20 +197,15 @@ void NotchManager::tearDown()
     m_controllers.clear();
 }
 
-bool NotchManager::isProfileIndex(int index) const
-{
-    return index >= 0 && static_cast<std::size_t>(index) < m_profiles.size();
-}
-
 void NotchManager::switchProfile(int index)
 {
-    if (!isProfileIndex(index)) {
+    if (!m_profiles.contains(index)) {
         return;
     }
-    m_activeProfileIndex = index;
-    m_store.setInteger(activeProfileIndexKey(), index);
+    m_profiles.activate(index);
+    m_store.setInteger(activeProfileIndexKey, index);
     Q_EMIT profilesChanged();
-    const auto widgets = widgetsOf(m_profiles.at(static_cast<std::size_t>(index)));
+    const auto widgets = widgetsOf(profiles().at(static_cast<std::size_t>(index)));
     m_suppressApply = true;
     for (const Zone zone : zones) {
         setWidget(zone, widgets.at(indexOf(zone)));
@@ -245,38 +216,37 @@ void NotchManager::switchProfile(int index)
 
 void NotchManager::addProfile(const QString &name)
 {
-    m_profiles.push_back({QUuid::createUuid(), name, widget(Zone::farLeft), widget(Zone::left),
-                          widget(Zone::center), widget(Zone::right), widget(Zone::farRight)});
-    m_activeProfileIndex = static_cast<int>(m_profiles.size()) - 1;
+    m_profiles.append({QUuid::createUuid(), name, widget(Zone::farLeft), widget(Zone::left),
+                       widget(Zone::center), widget(Zone::right), widget(Zone::farRight)});
+    m_profiles.activate(m_profiles.rowCount() - 1);
     saveProfiles();
 }
 
 void NotchManager::removeProfile(int index)
 {
-    if (!isProfileIndex(index) || m_profiles.size() < 2) {
+    if (!m_profiles.contains(index) || m_profiles.rowCount() < 2) {
         return;
     }
-    m_profiles.erase(m_profiles.begin() + index);
-    m_activeProfileIndex =
-        std::clamp(m_activeProfileIndex, 0, static_cast<int>(m_profiles.size()) - 1);
+    m_profiles.remove(index);
+    m_profiles.activate(std::min(activeProfileIndex(), m_profiles.rowCount() - 1));
     saveProfiles();
 }
 
 void NotchManager::renameProfile(int index, const QString &name)
 {
-    if (!isProfileIndex(index)) {
+    if (!m_profiles.contains(index)) {
         return;
     }
-    m_profiles.at(static_cast<std::size_t>(index)).name = name;
+    m_profiles.rename(index, name);
     saveProfiles();
 }
 
 void NotchManager::saveProfiles()
 {
-    if (const auto data = encodeProfiles(m_profiles)) {
-        m_store.setData(profilesKey(), *data);
+    if (const auto data = encodeProfiles(profiles())) {
+        m_store.setData(profilesKey, *data);
     }
-    m_store.setInteger(activeProfileIndexKey(), m_activeProfileIndex);
+    m_store.setInteger(activeProfileIndexKey, activeProfileIndex());
     Q_EMIT profilesChanged();
 }
 

@@ -1,12 +1,15 @@
 #pragma once
 
-#include "config/NotchProfile.h"
+#include "config/NotchProfileList.h"
 #include "config/NotchServices.h"
 #include "config/NotchSettings.h"
 #include "config/OverlayController.h"
 #include "platform/Platform.h"
 
+#include <QList>
 #include <QObject>
+#include <QStringList>
+#include <QtQml/qqml.h>
 
 #include <memory>
 #include <vector>
@@ -22,16 +25,25 @@ namespace velmora
 class NotchManager : public QObject
 {
     Q_OBJECT
-    Q_PROPERTY(bool isEnabled READ isEnabled WRITE setEnabled NOTIFY isEnabledChanged)
-    Q_PROPERTY(double notchWidth READ notchWidth WRITE setNotchWidth NOTIFY settingsChanged)
-    Q_PROPERTY(double notchHeight READ notchHeight WRITE setNotchHeight NOTIFY settingsChanged)
-    Q_PROPERTY(double cornerRadius READ cornerRadius WRITE setCornerRadius NOTIFY settingsChanged)
+    QML_ELEMENT
+    QML_UNCREATABLE("Handed down to the views")
+    Q_PROPERTY(bool isEnabled READ isEnabled WRITE setEnabled NOTIFY isEnabledChanged FINAL)
+    Q_PROPERTY(double notchWidth READ notchWidth WRITE setNotchWidth NOTIFY settingsChanged FINAL)
+    Q_PROPERTY(
+        double notchHeight READ notchHeight WRITE setNotchHeight NOTIFY settingsChanged FINAL)
+    Q_PROPERTY(
+        double cornerRadius READ cornerRadius WRITE setCornerRadius NOTIFY settingsChanged FINAL)
     Q_PROPERTY(double expandedTopPadding READ expandedTopPadding WRITE setExpandedTopPadding NOTIFY
-                   settingsChanged)
-    Q_PROPERTY(int activeProfileIndex READ activeProfileIndex NOTIFY profilesChanged)
+                   settingsChanged FINAL)
+    // Of the zones, in their order.
+    Q_PROPERTY(QList<double> zoneWidths READ zoneWidths NOTIFY settingsChanged FINAL)
+    Q_PROPERTY(QStringList widgets READ widgets NOTIFY settingsChanged FINAL)
+    Q_PROPERTY(velmora::NotchProfileList *profiles READ profileList CONSTANT FINAL)
+    Q_PROPERTY(int activeProfileIndex READ activeProfileIndex NOTIFY profilesChanged FINAL)
 
 public:
     enum class Zone { farLeft, left, center, right, farRight };
+    Q_ENUM(Zone)
 
     NotchManager(const Platform &platform, OverlayControllerFactory makeController);
     ~NotchManager() override;
@@ -41,21 +53,36 @@ public:
 
     [[nodiscard]] const NotchSettings &settings() const { return m_settings; }
     [[nodiscard]] double notchWidth() const { return m_settings.notchWidth; }
-    void setNotchWidth(double points);
+    void setNotchWidth(double points) { assignSize(m_settings.notchWidth, points, "notchWidth"); }
     [[nodiscard]] double notchHeight() const { return m_settings.notchHeight; }
-    void setNotchHeight(double points);
+    void setNotchHeight(double points)
+    {
+        assignSize(m_settings.notchHeight, points, "notchHeight");
+    }
     [[nodiscard]] double cornerRadius() const { return m_settings.cornerRadius; }
-    void setCornerRadius(double points);
+    void setCornerRadius(double points)
+    {
+        assignSize(m_settings.cornerRadius, points, "cornerRadius");
+    }
     [[nodiscard]] double expandedTopPadding() const { return m_settings.expandedTopPadding; }
-    void setExpandedTopPadding(double points);
+    void setExpandedTopPadding(double points)
+    {
+        assignSize(m_settings.expandedTopPadding, points, "expandedTopPadding");
+    }
 
     [[nodiscard]] double zoneWidth(Zone zone) const;
-    void setZoneWidth(Zone zone, double weight);
+    [[nodiscard]] QList<double> zoneWidths() const;
+    Q_INVOKABLE void setZoneWidth(velmora::NotchManager::Zone zone, double weight);
     [[nodiscard]] NotchWidgetType widget(Zone zone) const;
+    /// The stored texts.
+    [[nodiscard]] QStringList widgets() const;
     void setWidget(Zone zone, NotchWidgetType type);
+    /// A text that stands for no widget is ignored.
+    Q_INVOKABLE void setWidget(velmora::NotchManager::Zone zone, const QString &rawValue);
 
-    [[nodiscard]] const std::vector<NotchProfile> &profiles() const { return m_profiles; }
-    [[nodiscard]] int activeProfileIndex() const { return m_activeProfileIndex; }
+    [[nodiscard]] NotchProfileList *profileList() { return &m_profiles; }
+    [[nodiscard]] const std::vector<NotchProfile> &profiles() const { return m_profiles.all(); }
+    [[nodiscard]] int activeProfileIndex() const { return m_profiles.activeIndex(); }
 
     [[nodiscard]] NotchServices &services() { return m_services; }
     [[nodiscard]] const std::vector<std::unique_ptr<OverlayController>> &controllers() const
@@ -71,15 +98,15 @@ public:
 
     /// Takes over the widgets of a profile and makes it the active one. An index out of range is
     /// ignored.
-    void switchProfile(int index);
+    Q_INVOKABLE void switchProfile(int index);
 
     /// Keeps the present five widgets as a new profile at the end, which becomes the active one.
-    void addProfile(const QString &name);
+    Q_INVOKABLE void addProfile(const QString &name);
 
     /// Deletes a profile, never the last one that is left. The widgets on screen stay.
-    void removeProfile(int index);
+    Q_INVOKABLE void removeProfile(int index);
 
-    void renameProfile(int index, const QString &name);
+    Q_INVOKABLE void renameProfile(int index, const QString &name);
 
     /// Writes the list and the active index.
     void saveProfiles();
@@ -92,9 +119,8 @@ Q_SIGNALS:
 private:
     void readSettings();
     void readProfiles();
-    void assign(double &setting, double value, const QString &key);
+    void assignSize(double &setting, double points, const char *key);
     void applyUnlessSuppressed();
-    [[nodiscard]] bool isProfileIndex(int index) const;
 
     KeyValueStore &m_store;
     Screens &m_screens;
@@ -102,8 +128,7 @@ private:
     NotchServices m_services;
     bool m_isEnabled = true;
     NotchSettings m_settings;
-    std::vector<NotchProfile> m_profiles;
-    int m_activeProfileIndex = 0;
+    NotchProfileList m_profiles;
     std::vector<std::unique_ptr<OverlayController>> m_controllers;
     bool m_suppressApply = false; ///< while a profile is taken over: one rebuild instead of five
 };

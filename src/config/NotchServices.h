@@ -38,8 +38,8 @@ public:
     explicit NotchServices(const Platform &platform)
         : m_clock(*platform.clock)
         , m_screenCount(*platform.clock, *platform.screens)
-        , m_systemMonitor(*platform.clock, *platform.statistics, *platform.sound)
         , m_mediaService(*platform.clock, *platform.media, platform.coverSearchHost)
+        , m_systemMonitor(*platform.clock, *platform.statistics, *platform.sound)
         , m_pomodoroService(*platform.clock, *platform.store, *platform.notifications)
         , m_dropService(*platform.store,
                         {*platform.files, *platform.images, *platform.processes,
@@ -57,8 +57,8 @@ public:
 private:
     Clock &m_clock;
     ScreenCount m_screenCount;
-    SystemMonitorService m_systemMonitor;
     MediaRemoteService m_mediaService;
+    SystemMonitorService m_systemMonitor;
     PomodoroService m_pomodoroService;
     DropActionsService m_dropService;
 };

@@ -20,6 +20,7 @@ struct MenuItem {
     QString keyEquivalent; ///< one character, pressed with Control; empty for none
     std::function<void()> action;
     std::vector<MenuItem> submenu;
+    bool isChoice = false; ///< marked as one of several, of which one is on
 };
 
 using Menu = std::vector<MenuItem>;

@@ -60,10 +60,11 @@ QStringList described(const Menu &menu)
     for (const MenuItem &item : menu) {
         const char *const kinds[] = {"action", "separator", "submenu"};
         const char *const marks[] = {"none", "off", "on"};
-        lines << QStringLiteral("%1|%2|%3|%4|%5")
+        lines << QStringLiteral("%1|%2|%3|%4%5|%6")
                      .arg(text(kinds[static_cast<int>(item.kind)]), item.title)
                      .arg(item.tag)
-                     .arg(text(marks[static_cast<int>(item.mark)]), item.keyEquivalent);
+                     .arg(text(marks[static_cast<int>(item.mark)]),
+                          item.isChoice ? text(" of several") : QString(), item.keyEquivalent);
     }
     return lines;
 }
@@ -101,15 +102,13 @@ private Q_SLOTS:
     void menuOfAFirstLaunch();
     void toggling();
     void switchingProfiles();
-    void menuDoesNotWatchTheManager();
+    void menuFollowsTheManager();
     void quitting();
     void screenChanges();
 
-    void loginQuestionIsPutOnce();
+    void questionsArePutOnce();
     void loginItem_data();
     void loginItem();
-    void permissionsAreRequestedOnce();
-    void secondLaunchAsksNothing();
     void quittingBeforeTheQuestions();
 
 private:
@@ -185,8 +184,8 @@ void AppDelegateTest::menuOfAFirstLaunch()
                               QStringLiteral("separator||0|none|"),
                               QStringLiteral("action|Quit Velmora|0|none|q")}));
         QCOMPARE(described(item->profiles()),
-                 list("action|Default|0|on|,action|Focus|1|off|,action|System|2|off|,"
-                      "action|Minimal|3|off|"));
+                 list("action|Default|0|on of several|,action|Focus|1|off of several|,"
+                      "action|System|2|off of several|,action|Minimal|3|off of several|"));
         for (const int position : {0, 4, 6}) {
             QVERIFY(item->menu.at(static_cast<std::size_t>(position)).action);
         }
@@ -203,14 +202,14 @@ void AppDelegateTest::toggling()
     m_overlays.events.clear();
     QTest::ignoreMessage(QtInfoMsg, "toggleNotch \u2192 disabled");
     m_tray.choose(0);
-    QCOMPARE(m_overlays.takeEvents(), list("close A,free A,menu,menu"));
+    QCOMPARE(m_overlays.takeEvents(), list("menu,menu,close A,free A"));
     QCOMPARE(m_platform->store.boolean(text("isEnabled")), std::optional(false));
     QCOMPARE(m_tray.menu.front().mark, MenuItem::Mark::Off);
     QCOMPARE(m_overlayMenu.menu.front().mark, MenuItem::Mark::Off);
 
     QTest::ignoreMessage(QtInfoMsg, "toggleNotch \u2192 enabled");
     m_overlayMenu.choose(0);
-    QCOMPARE(m_overlays.takeEvents(), list("make A,show A,menu,menu"));
+    QCOMPARE(m_overlays.takeEvents(), list("menu,menu,make A,show A"));
     QCOMPARE(m_platform->store.boolean(text("isEnabled")), std::optional(true));
     QCOMPARE(m_tray.menu.front().mark, MenuItem::Mark::On);
     QVERIFY(m_delegate->notchManager()->isEnabled());
@@ -223,31 +222,37 @@ void AppDelegateTest::switchingProfiles()
     for (int i = 0; i < 2; ++i) { // the active one rebuilds as well
         QTest::ignoreMessage(QtInfoMsg, "switchProfile \u2192 index 2");
         m_tray.chooseProfile(2);
-        QCOMPARE(m_overlays.takeEvents(), list("close A,free A,make A,show A,menu,menu"));
+        QCOMPARE(m_overlays.takeEvents(), list("menu,menu,close A,free A,make A,show A"));
         QCOMPARE(marks(m_overlayMenu.profiles()), text("--+-"));
     }
     QCOMPARE(m_platform->store.integer(text("activeProfileIndex")), 2);
 
     // An item of a profile that is gone by now.
+    const std::function<void()> gone = m_tray.profiles().at(3).action;
     m_delegate->notchManager()->removeProfile(3);
     m_overlays.events.clear();
-    m_tray.chooseProfile(3);
-    QCOMPARE(m_overlays.takeEvents(), list("menu,menu"));
+    gone();
+    QVERIFY(m_overlays.events.isEmpty());
     QCOMPARE(marks(m_tray.profiles()), text("--+"));
 }
 
-void AppDelegateTest::menuDoesNotWatchTheManager()
+void AppDelegateTest::menuFollowsTheManager()
 {
     launch();
     NotchManager &manager = *m_delegate->notchManager();
-    manager.addProfile(text("Mine"));
-    manager.setEnabled(false);
-    QCOMPARE(marks(m_tray.profiles()), text("+---"));
-    QCOMPARE(m_tray.menu.front().mark, MenuItem::Mark::On);
-    m_tray.choose(0); // off in truth, whatever the menu shows
-    QVERIFY(manager.isEnabled());
-    QCOMPARE(marks(m_tray.profiles()), text("----+"));
-    QCOMPARE(m_tray.profiles().back().title, text("Mine"));
+    for (const FakeStatusItem *item : {&m_tray, &m_overlayMenu}) {
+        manager.addProfile(text("Mine"));
+        QCOMPARE(item->profiles().back().title, text("Mine"));
+        QCOMPARE(item->profiles().back().mark, MenuItem::Mark::On);
+        manager.renameProfile(1, text("Work"));
+        QCOMPARE(item->profiles().at(1).title, text("Work"));
+        manager.removeProfile(0);
+        QCOMPARE(item->profiles().front().title, text("Work"));
+        manager.setEnabled(false);
+        QCOMPARE(item->menu.front().mark, MenuItem::Mark::Off);
+        manager.setEnabled(true);
+        manager.renameProfile(1, text("another"));
+    }
 }
 
 void AppDelegateTest::quitting()
@@ -278,17 +283,30 @@ void AppDelegateTest::screenChanges()
     QVERIFY(!m_overlays.events.contains(text("make Fake")));
 }
 
-void AppDelegateTest::loginQuestionIsPutOnce()
+void AppDelegateTest::questionsArePutOnce()
 {
     launch();
     QCOMPARE(m_platform->store.boolean(loginKey()), std::optional(true));
+    QCOMPARE(m_platform->store.boolean(permissionKey()), std::optional(true));
     m_platform->clock.advance(499ms);
     QCOMPARE(m_questions, 0);
     m_platform->clock.advance(1ms);
     QCOMPARE(m_questions, 1);
+    m_platform->clock.advance(1499ms);
+    QCOMPARE(m_requests, 0);
+    m_platform->clock.advance(1ms);
+    QCOMPARE(m_requests, 101); // each of them, once
+    m_platform->clock.advance(1h);
+    QCOMPARE(m_loginItem->registrations, 0); // asked, and not answered
+
+    m_delegate.reset();
+    m_platform->store.written.clear();
+    launch();
     m_platform->clock.advance(1h);
     QCOMPARE(m_questions, 1);
-    QCOMPARE(m_loginItem->registrations, 0); // asked, and not answered
+    QCOMPARE(m_requests, 101);
+    QVERIFY(!m_platform->store.written.contains(loginKey()));
+    QVERIFY(!m_platform->store.written.contains(permissionKey()));
 }
 
 void AppDelegateTest::loginItem_data()
@@ -314,36 +332,6 @@ void AppDelegateTest::loginItem()
     }
     m_accept();
     QCOMPARE(m_loginItem->registrations, 1);
-}
-
-void AppDelegateTest::permissionsAreRequestedOnce()
-{
-    launch();
-    QCOMPARE(m_platform->store.boolean(permissionKey()), std::optional(true));
-    m_platform->clock.advance(1999ms);
-    QCOMPARE(m_requests, 0);
-    m_platform->clock.advance(1ms);
-    QCOMPARE(m_requests, 101); // each of them, once
-    m_platform->clock.advance(1h);
-    QCOMPARE(m_requests, 101);
-}
-
-void AppDelegateTest::secondLaunchAsksNothing()
-{
-    launch();
-    m_platform->clock.advance(1min);
-    const int timers = m_platform->clock.runningTimers();
-    m_delegate.reset();
-    m_platform->store.written.clear();
-    launch();
-    m_platform->clock.advance(1999ms);
-    QCOMPARE(m_platform->clock.runningTimers(), timers + 1); // those of the services only
-    m_platform->clock.advance(1min);
-    QCOMPARE(m_platform->clock.runningTimers(), timers);
-    QCOMPARE(m_questions, 1);
-    QCOMPARE(m_requests, 101);
-    QVERIFY(!m_platform->store.written.contains(loginKey()));
-    QVERIFY(!m_platform->store.written.contains(permissionKey()));
 }
 
 void AppDelegateTest::quittingBeforeTheQuestions()

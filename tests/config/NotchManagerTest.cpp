@@ -3,6 +3,8 @@
 #include "support/FakeOverlays.h"
 #include "support/FakePlatform.h"
 
+#include <QAbstractItemModelTester>
+#include <QJSEngine>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -60,6 +62,7 @@ private Q_SLOTS:
     void init();
     void cleanup();
 
+    void servicesAreMadeInOrder();
     void firstLaunch();
     void storedProfilesLeaveTheWidgetsAlone();
     void storedSettingsAreRead();
@@ -84,6 +87,7 @@ private Q_SLOTS:
     void removing();
     void theLastProfileStays();
     void renaming();
+    void viewsFollow();
 
 private:
     NotchManager &launch();
@@ -119,6 +123,30 @@ NotchManager &NotchManagerTest::launch()
     m_overlays.built.clear();
     m_platform->store.written.clear();
     return *m_manager;
+}
+
+void NotchManagerTest::servicesAreMadeInOrder()
+{
+    static QStringList asked;
+    struct Media final : MediaRemote {
+        std::optional<Functions> load(QString &) override
+        {
+            asked << text("media");
+            return std::nullopt;
+        }
+    };
+    struct Sound final : SoundOutput {
+        std::optional<int> volumePercent() const override
+        {
+            asked << text("system");
+            return std::nullopt;
+        }
+        void setVolumePercent(int) override {}
+    };
+    m_platform->roles.media = std::make_unique<Media>();
+    m_platform->roles.sound = std::make_unique<Sound>();
+    const NotchManager manager(m_platform->roles, m_overlays.factory());
+    QCOMPARE(asked.mid(0, 2), list("media,system"));
 }
 
 void NotchManagerTest::firstLaunch()
@@ -490,6 +518,46 @@ void NotchManagerTest::renaming()
     QVERIFY(decodeProfiles(m_platform->store.data(text("notchProfiles")).value()) == expected);
     QCOMPARE(changed.size(), 1);
     QVERIFY(m_overlays.events.isEmpty());
+}
+
+/// As a view sees it, and changes it.
+void NotchManagerTest::viewsFollow()
+{
+    NotchManager &manager = launch();
+    QJSEngine engine;
+    engine.globalObject().setProperty(text("manager"), engine.newQObject(&manager));
+    QJSEngine::setObjectOwnership(&manager, QJSEngine::CppOwnership);
+    const auto run = [&engine](const char *script) {
+        return engine.evaluate(text(script)).toString();
+    };
+    QSignalSpy changed(&manager, &NotchManager::settingsChanged);
+    run("manager.setZoneWidth(1, 2.5); manager.setWidget(4, 'todo'); manager.setWidget(0, 'none!');"
+        "manager.cornerRadius = 7");
+    QCOMPARE(changed.size(), 3);
+    QCOMPARE(run("manager.zoneWidths.join()"), text("1,2.5,1,1,1"));
+    QCOMPARE(run("manager.widgets.join()"), text("media,pomodoro,weather,systemMonitor,todo"));
+    QCOMPARE(manager.widget(Zone::farRight), todo);
+    QCOMPARE(m_overlays.built.size(), 3U);
+
+    NotchProfileList &profiles = *manager.profileList();
+    const QAbstractItemModelTester tester(&profiles);
+    const auto shown = [&profiles] {
+        QStringList names;
+        for (int row = 0; row < profiles.rowCount(); ++row) {
+            const QModelIndex index = profiles.index(row);
+            const bool isActive = index.data(NotchProfileList::IsActiveRole).toBool();
+            names << index.data(NotchProfileList::NameRole).toString() + text(isActive ? "*" : "");
+        }
+        return names;
+    };
+    QSignalSpy renamed(&profiles, &NotchProfileList::dataChanged);
+    QSignalSpy inserted(&profiles, &NotchProfileList::rowsInserted);
+    QSignalSpy removed(&profiles, &NotchProfileList::rowsRemoved);
+    run("manager.renameProfile(1, 'Work')");
+    QCOMPARE(renamed.size(), 1);
+    run("manager.addProfile('Mine'); manager.removeProfile(0); manager.switchProfile(0)");
+    QCOMPARE(inserted.size() + removed.size(), 2);
+    QCOMPARE(shown(), list("Work*,System,Minimal,Mine"));
 }
 
 QTEST_GUILESS_MAIN(NotchManagerTest)

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <QDBusArgument>
+#include "platform/linux/desktop/BusStructure.h"
+
 #include <QDBusVariant>
 #include <QList>
 #include <QMetaType>
@@ -17,12 +18,16 @@ struct DBusMenuLayout {
     int id = 0;
     QVariantMap properties;
     QList<QDBusVariant> children;
+
+    static auto members(auto &self) { return std::tie(self.id, self.properties, self.children); }
 };
 
 /// Signature (ia{sv}).
 struct DBusMenuProperties {
     int id = 0;
     QVariantMap properties;
+
+    static auto members(auto &self) { return std::tie(self.id, self.properties); }
 };
 
 /// Signature (isvu).
@@ -31,17 +36,15 @@ struct DBusMenuEvent {
     QString name;
     QDBusVariant data;
     uint timestamp = 0;
+
+    static auto members(auto &self)
+    {
+        return std::tie(self.id, self.name, self.data, self.timestamp);
+    }
 };
 
 /// Signature aas: key presses, each the modifiers and then the key.
 using DBusMenuShortcut = QList<QStringList>;
-
-QDBusArgument &operator<<(QDBusArgument &argument, const DBusMenuLayout &value);
-const QDBusArgument &operator>>(const QDBusArgument &argument, DBusMenuLayout &value);
-QDBusArgument &operator<<(QDBusArgument &argument, const DBusMenuProperties &value);
-const QDBusArgument &operator>>(const QDBusArgument &argument, DBusMenuProperties &value);
-QDBusArgument &operator<<(QDBusArgument &argument, const DBusMenuEvent &value);
-const QDBusArgument &operator>>(const QDBusArgument &argument, DBusMenuEvent &value);
 
 /// Makes the types known to Qt's D-Bus layer. Cheap, and harmless more than once.
 void registerDBusMenuTypes();

@@ -2,8 +2,6 @@
 
 #include "platform/linux/desktop/DBusMenuTypes.h"
 
-#include <QHash>
-
 #include <utility>
 
 namespace velmora
@@ -18,25 +16,10 @@ QString labelFor(QString title)
     return title.replace(u'_', QLatin1String("__"));
 }
 
-// Keys are told by their X keysym names; letters and digits are their own names.
+// Keys are told by their X keysym names; letters are their own names.
 QString keyName(const QString &keyEquivalent)
 {
-    static const QHash<QString, QString> names{
-        {QStringLiteral(" "), QStringLiteral("space")},
-        {QStringLiteral(","), QStringLiteral("comma")},
-        {QStringLiteral("."), QStringLiteral("period")},
-        {QStringLiteral("-"), QStringLiteral("minus")},
-        {QStringLiteral("+"), QStringLiteral("plus")},
-        {QStringLiteral("="), QStringLiteral("equal")},
-        {QStringLiteral("/"), QStringLiteral("slash")},
-        {QStringLiteral("\\"), QStringLiteral("backslash")},
-        {QStringLiteral(";"), QStringLiteral("semicolon")},
-        {QStringLiteral("'"), QStringLiteral("apostrophe")},
-        {QStringLiteral("["), QStringLiteral("bracketleft")},
-        {QStringLiteral("]"), QStringLiteral("bracketright")},
-        {QStringLiteral("?"), QStringLiteral("question")},
-    };
-    return names.value(keyEquivalent, keyEquivalent);
+    return keyEquivalent == u"," ? QStringLiteral("comma") : keyEquivalent;
 }
 
 QVariantMap propertiesOf(const MenuItem &item)
@@ -51,7 +34,8 @@ QVariantMap propertiesOf(const MenuItem &item)
                            {QStringLiteral("visible"), true},
                            {QStringLiteral("x-velmora-tag"), item.tag}};
     if (item.mark != MenuItem::Mark::None) {
-        properties.insert(QStringLiteral("toggle-type"), QStringLiteral("checkmark"));
+        properties.insert(QStringLiteral("toggle-type"),
+                          item.isChoice ? QStringLiteral("radio") : QStringLiteral("checkmark"));
         properties.insert(QStringLiteral("toggle-state"), item.mark == MenuItem::Mark::On ? 1 : 0);
     }
     if (!item.keyEquivalent.isEmpty()) {

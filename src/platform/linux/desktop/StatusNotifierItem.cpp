@@ -8,38 +8,6 @@
 namespace velmora
 {
 
-QDBusArgument &operator<<(QDBusArgument &argument, const StatusNotifierPixmap &value)
-{
-    argument.beginStructure();
-    argument << value.width << value.height << value.pixels;
-    argument.endStructure();
-    return argument;
-}
-
-const QDBusArgument &operator>>(const QDBusArgument &argument, StatusNotifierPixmap &value)
-{
-    argument.beginStructure();
-    argument >> value.width >> value.height >> value.pixels;
-    argument.endStructure();
-    return argument;
-}
-
-QDBusArgument &operator<<(QDBusArgument &argument, const StatusNotifierToolTip &value)
-{
-    argument.beginStructure();
-    argument << value.iconName << value.iconPixmap << value.title << value.text;
-    argument.endStructure();
-    return argument;
-}
-
-const QDBusArgument &operator>>(const QDBusArgument &argument, StatusNotifierToolTip &value)
-{
-    argument.beginStructure();
-    argument >> value.iconName >> value.iconPixmap >> value.title >> value.text;
-    argument.endStructure();
-    return argument;
-}
-
 StatusNotifierPixmap toStatusNotifierPixmap(const QImage &image)
 {
     const QImage source = image.convertToFormat(QImage::Format_ARGB32);
@@ -64,15 +32,5 @@ StatusNotifierItem::StatusNotifierItem(QString menuPath, QString iconName,
     for (const QImage &icon : icons)
         m_iconPixmap.append(toStatusNotifierPixmap(icon));
 }
-
-void StatusNotifierItem::Activate(int /*x*/, int /*y*/) {}
-
-void StatusNotifierItem::SecondaryActivate(int /*x*/, int /*y*/) {}
-
-void StatusNotifierItem::ContextMenu(int /*x*/, int /*y*/) {}
-
-void StatusNotifierItem::Scroll(int /*delta*/, const QString & /*orientation*/) {}
-
-void StatusNotifierItem::ProvideXdgActivationToken(const QString & /*token*/) {}
 
 } // namespace velmora

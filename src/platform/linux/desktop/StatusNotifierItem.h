@@ -1,6 +1,7 @@
 #pragma once
 
-#include <QDBusArgument>
+#include "platform/linux/desktop/BusStructure.h"
+
 #include <QDBusObjectPath>
 #include <QImage>
 #include <QList>
@@ -16,6 +17,8 @@ struct StatusNotifierPixmap {
     int width = 0;
     int height = 0;
     QByteArray pixels;
+
+    static auto members(auto &self) { return std::tie(self.width, self.height, self.pixels); }
 };
 using StatusNotifierPixmapList = QList<StatusNotifierPixmap>;
 
@@ -25,12 +28,12 @@ struct StatusNotifierToolTip {
     StatusNotifierPixmapList iconPixmap;
     QString title;
     QString text;
-};
 
-QDBusArgument &operator<<(QDBusArgument &argument, const StatusNotifierPixmap &value);
-const QDBusArgument &operator>>(const QDBusArgument &argument, StatusNotifierPixmap &value);
-QDBusArgument &operator<<(QDBusArgument &argument, const StatusNotifierToolTip &value);
-const QDBusArgument &operator>>(const QDBusArgument &argument, StatusNotifierToolTip &value);
+    static auto members(auto &self)
+    {
+        return std::tie(self.iconName, self.iconPixmap, self.title, self.text);
+    }
+};
 
 [[nodiscard]] StatusNotifierPixmap toStatusNotifierPixmap(const QImage &image);
 
@@ -80,11 +83,11 @@ public:
     [[nodiscard]] StatusNotifierPixmapList noPixmap() const { return {}; }
 
 public Q_SLOTS:
-    Q_SCRIPTABLE void Activate(int x, int y);
-    Q_SCRIPTABLE void SecondaryActivate(int x, int y);
-    Q_SCRIPTABLE void ContextMenu(int x, int y);
-    Q_SCRIPTABLE void Scroll(int delta, const QString &orientation);
-    Q_SCRIPTABLE void ProvideXdgActivationToken(const QString &token);
+    Q_SCRIPTABLE void Activate(int /*x*/, int /*y*/) {}
+    Q_SCRIPTABLE void SecondaryActivate(int /*x*/, int /*y*/) {}
+    Q_SCRIPTABLE void ContextMenu(int /*x*/, int /*y*/) {}
+    Q_SCRIPTABLE void Scroll(int /*delta*/, const QString & /*orientation*/) {}
+    Q_SCRIPTABLE void ProvideXdgActivationToken(const QString & /*token*/) {}
 
 private:
     QString m_menuPath;

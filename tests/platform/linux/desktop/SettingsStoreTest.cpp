@@ -48,7 +48,6 @@ class SettingsStoreTest : public QObject
 
 private Q_SLOTS:
     void valuesComeBack();
-    void writesOncePerTurn();
     void readsWhatIsInTheFile();
     void unreadableIsKeptAside_data();
     void unreadableIsKeptAside();
@@ -96,39 +95,24 @@ void SettingsStoreTest::valuesComeBack()
     check(SettingsStore(place.path));
 }
 
-void SettingsStoreTest::writesOncePerTurn()
-{
-    const Place place;
-    SettingsStore store(place.path);
-    store.setInteger(key, 1);
-    store.setInteger(key, 2);
-    QVERIFY(!QFile::exists(place.path));
-    QTRY_COMPARE(place.text(), QByteArray("[General]\nkey=2\n"));
-}
-
 void SettingsStoreTest::readsWhatIsInTheFile()
 {
     const Place place;
-    place.write("; by hand\n[General]\nnan=nan\nhuge=1e999\nword=yes\nlist=1, 2\nTRUE=True\none=1\n"
-                "real=2.5\nlong=9223372036854775808\njson={\\\"a\\\": \xc3\xa4}\n"
-                "point=@Point(1 2)\nbytes=@ByteArray(1\\x32\\0)\nnotchWidth=200\n");
+    place.write(
+        "; by hand\n[General]\nnan=nan\nhuge=1e999\nword=yes\nlist=1, 2\npoint=@Point(1 2)\n"
+        "bytes=@ByteArray(1\\x32\\0)\nTRUE=True\nreal=2.5\nlong=9223372036854775808\n");
     const SettingsStore store(place.path);
     const auto k = [](const char *name) { return QString::fromLatin1(name); };
-    for (const char *const name : {"nan", "huge", "word", "list", "point", "bytes", "json"}) {
-        QVERIFY2(!store.number(k(name)), name);
-        QVERIFY2(!store.boolean(k(name)), name);
-        QCOMPARE(store.integer(k(name)), 0);
-    }
+    for (const char *const name : {"nan", "huge", "word", "list", "point", "bytes"})
+        QVERIFY2(!store.number(k(name)) && !store.boolean(k(name)) && store.integer(k(name)) == 0,
+                 name);
     for (const char *const name : {"list", "point", "bytes"})
         QVERIFY2(!store.string(k(name)), name);
     QVERIFY(!store.data(k("list")) && !store.data(k("point")));
+    QCOMPARE(store.data(k("bytes")), QByteArray("12\0", 3));
     QCOMPARE(store.boolean(k("TRUE")), true);
-    QCOMPARE(store.boolean(k("one")), true);
     QCOMPARE(store.number(k("real")), 2.5);
     QCOMPARE(store.integer(k("long")), 0);
-    QCOMPARE(store.number(k("notchWidth")), 200.0);
-    QCOMPARE(store.data(k("json")), QByteArray("{\"a\": \xc3\xa4}"));
-    QCOMPARE(store.data(k("bytes")), QByteArray("12\0", 3));
 }
 
 void SettingsStoreTest::unreadableIsKeptAside_data()
@@ -227,9 +211,7 @@ void SettingsStoreTest::survivesBeingKilled()
         }
         writer.kill();
         QVERIFY(writer.waitForFinished(patience));
-        lines += writer.readAllStandardOutput();
-        const QByteArray complete = lines.left(lines.lastIndexOf('\n'));
-        const qint64 reported = complete.mid(complete.lastIndexOf('\n') + 1).toLongLong();
+        const qint64 reported = lines.split('\n').value(wanted - 1).toLongLong();
 
         const SettingsStore store(place.path);
         const qint64 turn = store.integer(QStringLiteral("turn"));

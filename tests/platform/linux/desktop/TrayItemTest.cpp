@@ -23,9 +23,10 @@ const auto menuInterface = QStringLiteral("com.canonical.dbusmenu");
 const auto propertiesInterface = QStringLiteral("org.freedesktop.DBus.Properties");
 
 MenuItem action(const QString &title, int tag = 0, std::function<void()> run = {},
-                MenuItem::Mark mark = MenuItem::Mark::None, const QString &key = {})
+                MenuItem::Mark mark = MenuItem::Mark::None, const QString &key = {},
+                bool isChoice = false)
 {
-    return {MenuItem::Kind::Action, title, tag, mark, key, std::move(run), {}};
+    return {MenuItem::Kind::Action, title, tag, mark, key, std::move(run), {}, isChoice};
 }
 
 MenuItem separator()
@@ -61,9 +62,10 @@ QStringList describe(const DBusMenuLayout &layout, int depth = 0)
             line += QLatin1String("---");
         else
             line += properties.value(QStringLiteral("label")).toString();
-        if (properties.value(QStringLiteral("toggle-type")) == QLatin1String("checkmark")) {
+        const QString toggle = properties.value(QStringLiteral("toggle-type")).toString();
+        if (!toggle.isEmpty()) {
             const bool on = properties.value(QStringLiteral("toggle-state")).toInt() == 1;
-            line += on ? QLatin1String(" [x]") : QLatin1String(" [ ]");
+            line += u' ' + toggle + (on ? QLatin1String(" on") : QLatin1String(" off"));
         }
         line += keysOf(properties);
         if (const int tag = properties.value(QStringLiteral("x-velmora-tag")).toInt())
@@ -255,21 +257,21 @@ void TrayItemTest::laysOutTheMenu()
                          SLOT(exitLoop())));
     QCOMPARE(describe(layout()), QStringList());
 
-    m_item->setMenu({action(QStringLiteral("Disable")), separator(),
+    m_item->setMenu({action(QStringLiteral("Enable"), 0, {}, MenuItem::Mark::On), separator(),
                      submenu(QStringLiteral("Profile"),
-                             {action(QStringLiteral("a_b"), 0, {}, MenuItem::Mark::Off),
-                              action(QStringLiteral("B"), 1, {}, MenuItem::Mark::On)}),
+                             {action(QStringLiteral("a_b"), 0, {}, MenuItem::Mark::Off, {}, true),
+                              action(QStringLiteral("B"), 1, {}, MenuItem::Mark::On, {}, true)}),
                      submenu(QStringLiteral("Nothing"), {}),
                      action(QStringLiteral("Preferences…"), 0, {}, {}, QStringLiteral(",")),
                      action(QStringLiteral("Quit"), 0, {}, {}, QStringLiteral("q"))});
     QTestEventLoop::instance().enterLoop(5);
     QVERIFY(!QTestEventLoop::instance().timeout());
-    QCOMPARE(
-        describe(layout()),
-        (QStringList{QStringLiteral("Disable"), QStringLiteral("---"), QStringLiteral("Profile >"),
-                     QStringLiteral("  a__b [ ]"), QStringLiteral("  B [x] #1"),
-                     QStringLiteral("Nothing >"), QStringLiteral("Preferences… Control+comma"),
-                     QStringLiteral("Quit Control+q")}));
+    QCOMPARE(describe(layout()),
+             (QStringList{QStringLiteral("Enable checkmark on"), QStringLiteral("---"),
+                          QStringLiteral("Profile >"), QStringLiteral("  a__b radio off"),
+                          QStringLiteral("  B radio on #1"), QStringLiteral("Nothing >"),
+                          QStringLiteral("Preferences… Control+comma"),
+                          QStringLiteral("Quit Control+q")}));
 
     const auto revision = [this] {
         return menuCall(QStringLiteral("GetLayout"), {0, 0, QStringList()})

@@ -1,0 +1,164 @@
+#include "platform/linux/dbus/BusConnection.h"
+#include "support/BusDaemon.h"
+
+#include <QDBusConnectionInterface>
+#include <QProcess>
+#include <QTest>
+
+using velmora::BusConnection;
+using velmora::test::BusDaemon;
+
+namespace
+{
+
+constexpr int patience = 30'000; // milliseconds, for a loaded machine
+
+/// The program itself, on a desktop without a screen to look at.
+struct Program : QProcess {
+    explicit Program(const QMap<QString, QString> &variables = {},
+                     const QString &program = QStringLiteral(VELMORA_PROGRAM),
+                     const QStringList &arguments = {})
+    {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        for (auto it = variables.begin(); it != variables.end(); ++it)
+            it.value().isNull() ? environment.remove(it.key())
+                                : environment.insert(it.key(), it.value());
+        setProcessEnvironment(environment);
+        setProcessChannelMode(MergedChannels);
+        start(program, arguments);
+    }
+    ~Program() override
+    {
+        kill();
+        waitForFinished();
+    }
+
+    bool says(const char *text)
+    {
+        while (!m_output.contains(text) && waitForReadyRead(patience))
+            m_output += readAll();
+        return m_output.contains(text);
+    }
+
+    bool ends(int status)
+    {
+        return (state() == NotRunning || waitForFinished(patience)) && exitStatus() == NormalExit &&
+               exitCode() == status;
+    }
+
+    bool endsBySignal()
+    {
+        terminate();
+        return ends(0);
+    }
+
+private:
+    QByteArray m_output;
+};
+
+/// Waits until the program is up: the next start only tells it to come forward.
+bool isUpOn(const QByteArray &address)
+{
+    BusConnection bus(address);
+    return QTest::qWaitFor(
+        [&bus] {
+            return bus.isConnected() && bus.connection().interface()->isServiceRegistered(
+                                            QStringLiteral("com.velmora.app"));
+        },
+        patience);
+}
+
+QMap<QString, QString> onBus(const BusDaemon &bus)
+{
+    return {{QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), QString::fromUtf8(bus.address())}};
+}
+
+} // namespace
+
+class ProgramTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void tellsThatThereIsNoDisplay_data();
+    void tellsThatThereIsNoDisplay();
+    void outlivesTheReaderOfItsOutput();
+    void runsWithoutABus();
+    void usesABusThatAnswersLater();
+};
+
+void ProgramTest::tellsThatThereIsNoDisplay_data()
+{
+    QTest::addColumn<QString>("platform");
+    QTest::addColumn<QString>("x11");
+    QTest::addColumn<QString>("wayland");
+    const QString none;
+    QTest::newRow("none at all") << none << none << none;
+    QTest::newRow("X server out of reach") << none << ":4711" << none;
+    QTest::newRow("compositor out of reach") << none << none << "nowhere";
+    QTest::newRow("X11 asked for") << "xcb"
+                                   << ":4711" << none;
+    QTest::newRow("Wayland asked for") << "wayland" << none << "nowhere";
+    QTest::newRow("unknown platform") << "abacus" << none << none;
+}
+
+void ProgramTest::tellsThatThereIsNoDisplay()
+{
+    QFETCH(const QString, platform);
+    QFETCH(const QString, x11);
+    QFETCH(const QString, wayland);
+    Program program({{QStringLiteral("QT_QPA_PLATFORM"), platform},
+                     {QStringLiteral("DISPLAY"), x11},
+                     {QStringLiteral("WAYLAND_DISPLAY"), wayland}});
+    QVERIFY(program.ends(EXIT_FAILURE));
+    const QByteArray output = program.readAll();
+    QVERIFY2(output.startsWith("velmora: there is no display: "), output.constData());
+    QCOMPARE(output.count('\n'), 1);
+}
+
+void ProgramTest::outlivesTheReaderOfItsOutput()
+{
+    const QString reader = QStringLiteral("exec \"$0\" > >(head --lines=1 >/dev/null) 2>&1");
+    Program program({}, QStringLiteral("bash"),
+                    {QStringLiteral("-c"), reader, QStringLiteral(VELMORA_PROGRAM)});
+    QVERIFY(isUpOn(BusConnection::sessionAddress()));
+    for (int i = 0; i < 2; ++i) { // each is told of, to nobody
+        Program another;
+        QVERIFY(another.ends(0));
+    }
+    QCOMPARE(program.state(), QProcess::Running);
+    QVERIFY(program.endsBySignal());
+}
+
+void ProgramTest::runsWithoutABus()
+{
+    const BusDaemon nowhere;
+    Program program(onBus(nowhere));
+    QVERIFY(program.says("created for screen"));
+    QVERIFY(program.endsBySignal());
+}
+
+void ProgramTest::usesABusThatAnswersLater()
+{
+    BusDaemon bus;
+    bus.hang();
+    {
+        Program program(onBus(bus));
+        QVERIFY(program.says("created for screen"));
+        QVERIFY(program.endsBySignal());
+    }
+    Program program(onBus(bus));
+    QVERIFY(program.says("created for screen"));
+    for (int i = 0; i < 2; ++i) { // and one that comes back
+        bus.kill();
+        bus.start();
+        QVERIFY(isUpOn(bus.address()));
+        Program another(onBus(bus));
+        QVERIFY(another.ends(0));
+    }
+    QVERIFY(program.says("openPreferences"));
+    QVERIFY(program.endsBySignal());
+}
+
+QTEST_GUILESS_MAIN(ProgramTest)
+#include "ProgramTest.moc"
