@@ -36,7 +36,6 @@ NotchWindowController::NotchWindowController(const std::shared_ptr<Screen> &scre
     setupWindow(content);
     connect(&environment.pointer, &Pointer::movedElsewhere, this,
             &NotchWindowController::hoverProbe);
-    connect(&environment.screens, &Screens::changed, this, &NotchWindowController::screensChanged);
     setupDragMonitors();
     observeDropState();
 }
@@ -181,20 +180,6 @@ void NotchWindowController::collapse()
            m_settings.notchHeight);
     m_notchState.setExpanded(false);
     animateWindow(NotchGeometry::collapsed(m_screen.lock()->frame(), m_settings), collapseDuration);
-}
-
-void NotchWindowController::screensChanged()
-{
-    qCInfo(lcWindowController, "screens changed \u2014 repositioning window");
-    const auto screen = m_screen.lock();
-    if (!screen || !m_window) {
-        return;
-    }
-    m_frameTimer.reset();
-    m_windowBounds = NotchGeometry::window(screen->frame(), m_settings);
-    m_surface->setBounds(m_windowBounds);
-    setFrame(m_notchState.isExpanded() ? NotchGeometry::expanded(screen->frame(), m_settings)
-                                       : NotchGeometry::collapsed(screen->frame(), m_settings));
 }
 
 void NotchWindowController::animateWindow(const QRectF &target, Milliseconds duration)

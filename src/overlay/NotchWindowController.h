@@ -27,7 +27,6 @@ struct OverlayEnvironment {
     Clock &clock;
     Pointer &pointer;
     FileDrags &drags;
-    Screens &screens;
     OverlayShell &shell;
 };
 
@@ -121,7 +120,6 @@ private:
     void collapse();
     void scheduleCollapse();
     void collapseWorkFired();
-    void screensChanged();
     void animateWindow(const QRectF &target, Milliseconds duration);
     void animationStep();
     void setFrame(const QRectF &frame);
@@ -159,7 +157,7 @@ private:
     QRectF m_frame;
     QRectF m_menuFrame;
     QRectF m_submenuFrame;
-    QRect m_windowBounds; ///< global
+    const QRect m_windowBounds; ///< global
     FrameAnimation m_animation;
     TimerHandle m_frameTimer;
     std::unique_ptr<NotchWindow> m_window;

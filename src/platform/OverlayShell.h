@@ -29,10 +29,6 @@ public:
     /// pointer. Everything outside lets clicks through. An empty region hides all of it.
     virtual void setShape(const QRegion &region) = 0;
 
-    /// Moves the window: global rectangle in points, touching the top edge of its screen and
-    /// centred on it.
-    virtual void setBounds(const QRect &bounds) = 0;
-
     /// Whether the window has to hear of every move of the pointer over it, as it does at first, or
     /// of its coming and going only. Thousands of moves a second cost a good part of a core.
     virtual void setMotionWanted([[maybe_unused]] bool wanted) {}
@@ -48,7 +44,8 @@ public:
     virtual ~OverlayShell() = default;
 
     /// Makes `window`, not yet created, an overlay of `screen`: above full-screen windows, on all
-    /// work spaces, without focus, without reserved space. Nothing is shown before `orderFront`.
+    /// work spaces, without focus, without reserved space. `bounds`, global and in points, touches
+    /// the top edge of the screen and is centred on it. Nothing is shown before `orderFront`.
     [[nodiscard]] virtual std::unique_ptr<OverlaySurface>
     adopt(QWindow &window, const Screen &screen, const QRect &bounds) = 0;
 };

@@ -37,7 +37,6 @@ private:
         }
         void orderFront() override { m_window.show(); }
         void setShape(const QRegion &) override {}
-        void setBounds(const QRect &bounds) override { m_window.setGeometry(bounds); }
 
     private:
         QWindow &m_window;

@@ -73,7 +73,6 @@ private:
 
         void orderFront() override { ++m_shell.shown; }
         void setShape(const QRegion &region) override { m_shell.shape = region; }
-        void setBounds(const QRect &bounds) override { m_shell.bounds = bounds; }
 
     private:
         FakeShell &m_shell;

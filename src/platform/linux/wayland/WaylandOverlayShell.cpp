@@ -1,6 +1,5 @@
 #include "platform/linux/wayland/WaylandOverlayShell.h"
 
-#include "platform/linux/wayland/CompositorProxy.h"
 #include "platform/linux/wayland/LayerShell.h"
 
 #include <QGuiApplication>
@@ -27,12 +26,11 @@ class LayerSurface final : public OverlaySurface
 {
 public:
     LayerSurface(QWindow &window, QScreen *screen, const QRect &bounds,
-                 std::shared_ptr<LayerShell> shell, std::shared_ptr<CompositorProxy> proxy)
+                 std::shared_ptr<LayerShell> shell)
         : m_window(&window)
         , m_screen(screen)
         , m_size(bounds.size())
         , m_shell(std::move(shell))
-        , m_proxy(std::move(proxy))
     {
     }
 
@@ -56,28 +54,7 @@ public:
         m_window->requestUpdate();
     }
 
-    void setBounds(const QRect &bounds) override
-    {
-        if (!m_window)
-            return;
-        m_size = bounds.size();
-        m_window->setGeometry(bounds);
-        if (m_layerSurface) {
-            zwlr_layer_surface_v1_set_size(m_layerSurface, width(), height());
-            m_window->requestUpdate();
-        }
-    }
-
-    void setMotionWanted(bool wanted) override
-    {
-        m_isMotionWanted = wanted;
-        tellProxy();
-    }
-
 private:
-    [[nodiscard]] std::uint32_t width() const { return std::uint32_t(qMax(1, m_size.width())); }
-    [[nodiscard]] std::uint32_t height() const { return std::uint32_t(qMax(1, m_size.height())); }
-
     void open()
     {
         m_window->create();
@@ -91,13 +68,12 @@ private:
             qCWarning(lcWayland, "no surface or no output for an overlay");
             return;
         }
-        m_surfaceId = wl_proxy_get_id(reinterpret_cast<wl_proxy *>(surface));
-        tellProxy();
         m_layerSurface = zwlr_layer_shell_v1_get_layer_surface(
             m_shell->get(), surface, output, ZWLR_LAYER_SHELL_V1_LAYER_OVERLAY, "velmora");
         static constexpr zwlr_layer_surface_v1_listener listener{handleConfigure, handleClosed};
         zwlr_layer_surface_v1_add_listener(m_layerSurface, &listener, this);
-        zwlr_layer_surface_v1_set_size(m_layerSurface, width(), height());
+        zwlr_layer_surface_v1_set_size(m_layerSurface, std::uint32_t(qMax(1, m_size.width())),
+                                       std::uint32_t(qMax(1, m_size.height())));
         // Anchored to one edge alone, it is centred on that edge.
         zwlr_layer_surface_v1_set_anchor(m_layerSurface, ZWLR_LAYER_SURFACE_V1_ANCHOR_TOP);
         // Reserves nothing, and is not pushed aside by what panels have reserved.
@@ -106,17 +82,8 @@ private:
         wl_surface_commit(surface);
     }
 
-    void tellProxy()
-    {
-        if (m_proxy && m_surfaceId != 0)
-            m_proxy->setMotionWanted(m_surfaceId, m_isMotionWanted);
-    }
-
     void close()
     {
-        // The number may come to stand for another surface.
-        if (m_proxy && m_surfaceId != 0)
-            m_proxy->setMotionWanted(std::exchange(m_surfaceId, 0), true);
         if (m_layerSurface)
             zwlr_layer_surface_v1_destroy(m_layerSurface);
         m_layerSurface = nullptr;
@@ -147,14 +114,11 @@ private:
     std::shared_ptr<LayerShell> m_shell;
     zwlr_layer_surface_v1 *m_layerSurface = nullptr;
     bool m_closed = false;
-    std::shared_ptr<CompositorProxy> m_proxy;
-    std::uint32_t m_surfaceId = 0; ///< 0 while there is none
-    bool m_isMotionWanted = true;
 };
 
 } // namespace
 
-std::unique_ptr<OverlayShell> WaylandOverlayShell::create(std::shared_ptr<CompositorProxy> proxy)
+std::unique_ptr<OverlayShell> WaylandOverlayShell::create()
 {
     auto *native = QGuiApplication::platformNativeInterface();
     auto *display =
@@ -163,14 +127,11 @@ std::unique_ptr<OverlayShell> WaylandOverlayShell::create(std::shared_ptr<Compos
     auto shell = LayerShell::bind(display);
     if (!shell)
         return nullptr;
-    return std::unique_ptr<OverlayShell>(
-        new WaylandOverlayShell(std::move(shell), std::move(proxy)));
+    return std::unique_ptr<OverlayShell>(new WaylandOverlayShell(std::move(shell)));
 }
 
-WaylandOverlayShell::WaylandOverlayShell(std::shared_ptr<LayerShell> shell,
-                                         std::shared_ptr<CompositorProxy> proxy)
+WaylandOverlayShell::WaylandOverlayShell(std::shared_ptr<LayerShell> shell)
     : m_shell(std::move(shell))
-    , m_proxy(std::move(proxy))
 {
 }
 
@@ -184,7 +145,7 @@ std::unique_ptr<OverlaySurface> WaylandOverlayShell::adopt(QWindow &window, cons
                     Qt::WindowStaysOnTopHint | Qt::WindowDoesNotAcceptFocus);
     window.setScreen(screen.handle());
     window.setGeometry(bounds);
-    return std::make_unique<LayerSurface>(window, screen.handle(), bounds, m_shell, m_proxy);
+    return std::make_unique<LayerSurface>(window, screen.handle(), bounds, m_shell);
 }
 
 } // namespace velmora

@@ -37,12 +37,6 @@ public:
             m_window->setMask(region.isEmpty() ? QRegion(-1, -1, 1, 1) : region);
     }
 
-    void setBounds(const QRect &bounds) override
-    {
-        if (m_window)
-            m_window->setGeometry(bounds);
-    }
-
 private:
     QPointer<QWindow> m_window;
 };

@@ -10,12 +10,10 @@
 
 #include <QGuiApplication>
 
-#include <utility>
-
 namespace velmora
 {
 
-Windowing makeWindowing(std::shared_ptr<CompositorProxy> proxy)
+Windowing makeWindowing()
 {
     Windowing windowing;
     windowing.screens = std::make_unique<LinuxScreens>();
@@ -33,7 +31,7 @@ Windowing makeWindowing(std::shared_ptr<CompositorProxy> proxy)
 
     windowing.pointer = std::make_unique<WaylandPointer>();
     if (platform.startsWith(u"wayland"))
-        windowing.shell = WaylandOverlayShell::create(std::move(proxy));
+        windowing.shell = WaylandOverlayShell::create();
     if (!windowing.shell)
         windowing.shell = std::make_unique<PlainOverlayShell>();
     return windowing;

@@ -91,14 +91,6 @@ public:
         flush();
     }
 
-    void setBounds(const QRect &bounds) override
-    {
-        if (!m_window)
-            return;
-        m_window->setGeometry(bounds);
-        flush();
-    }
-
     void setMotionWanted(bool wanted) override
     {
         m_motionWanted = wanted;
