@@ -141,6 +141,7 @@ private:
     void endDrag();
     void setDropPosition(const std::optional<QPointF> &position);
     [[nodiscard]] bool isPointerInside() const;
+    [[nodiscard]] bool isInside(const QPointF &location) const;
 
     std::weak_ptr<Screen> m_screen;
     NotchSettings m_settings;
@@ -148,7 +149,7 @@ private:
     OverlayEnvironment m_environment;
     NotchState m_notchState;
     TrackingView m_trackingView;
-    bool m_pointerOverWindow = false;   ///< the window's own last word
+    bool m_pointerOverWindow = false;   ///< by the last that was heard of it
     bool m_proactivelyExpanded = false; ///< for a drag that has not reached the notch
     bool m_isDragInside = false;
     std::optional<QPointF> m_dropPosition; ///< of the last drop, if it was here

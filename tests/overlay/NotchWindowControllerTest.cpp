@@ -296,6 +296,29 @@ void NotchWindowControllerTest::probeWhileAnotherProgramHoldsThePointer()
     desk.pointer.position = outside;
     desk.clock.advance(300ms);
     QVERIFY(!desk.isExpanded());
+
+    // No window is told that the drag has gone on.
+    for (const bool isTold : {true, false}) {
+        desk.pointer.dragTo(insideCollapsed);
+        desk.clock.advance(300ms);
+        desk.pointer.dragTo(insidePanel);
+        if (!isTold) {
+            desk.pointer.position.reset();
+        }
+        desk.clock.advance(1s);
+        QVERIFY(desk.isExpanded());
+        desk.pointer.dragTo(outside);
+        if (!isTold) {
+            desk.pointer.position.reset();
+        }
+        desk.clock.advance(300ms);
+        QVERIFY(!desk.isExpanded());
+    }
+    // What is dragged are files: the panel stays for them.
+    desk.drags.begin({QUrl(QStringLiteral("file:///tmp/a"))});
+    desk.pointer.dragTo(outside);
+    desk.clock.advance(1s);
+    QVERIFY(desk.isExpanded());
 }
 
 void NotchWindowControllerTest::screenGone()

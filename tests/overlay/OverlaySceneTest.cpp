@@ -36,7 +36,7 @@ private:
         {
         }
         void orderFront() override { m_window.show(); }
-        void setShape(const QRegion &) override {}
+        void setShape(const OverlayShape &) override {}
 
     private:
         QWindow &m_window;

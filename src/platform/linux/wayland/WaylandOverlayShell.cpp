@@ -44,23 +44,43 @@ public:
             open();
     }
 
-    void setShape(const QRegion &region) override
+    void setShape(const OverlayShape &shape) override
     {
         if (!m_window)
             return;
+        const QRegion region = shape(1, true);
         // An empty mask means no mask to Qt; a spot outside of the window lets everything through.
         m_window->setMask(region.isEmpty() ? QRegion(-1, -1, 1, 1) : region);
         // The region takes effect with the next frame that is committed.
         m_window->requestUpdate();
     }
 
+    void setKeyboardWanted(bool wanted) override
+    {
+        if (!m_layerSurface)
+            return;
+        // The user cannot take what is exclusive, but older shells know nothing else.
+        using Mode = zwlr_layer_surface_v1_keyboard_interactivity;
+        const Mode mode = !wanted ? ZWLR_LAYER_SURFACE_V1_KEYBOARD_INTERACTIVITY_NONE
+                          : zwlr_layer_surface_v1_get_version(m_layerSurface) < 4
+                              ? ZWLR_LAYER_SURFACE_V1_KEYBOARD_INTERACTIVITY_EXCLUSIVE
+                              : ZWLR_LAYER_SURFACE_V1_KEYBOARD_INTERACTIVITY_ON_DEMAND;
+        zwlr_layer_surface_v1_set_keyboard_interactivity(m_layerSurface, mode);
+        wl_surface_commit(surface());
+    }
+
 private:
+    [[nodiscard]] wl_surface *surface() const
+    {
+        auto *native = QGuiApplication::platformNativeInterface();
+        return static_cast<wl_surface *>(native->nativeResourceForWindow("surface", m_window));
+    }
+
     void open()
     {
         m_window->create();
         auto *native = QGuiApplication::platformNativeInterface();
-        auto *surface =
-            static_cast<wl_surface *>(native->nativeResourceForWindow("surface", m_window));
+        auto *surface = this->surface();
         auto *output =
             m_screen ? static_cast<wl_output *>(native->nativeResourceForScreen("output", m_screen))
                      : nullptr;
@@ -78,7 +98,8 @@ private:
         zwlr_layer_surface_v1_set_anchor(m_layerSurface, ZWLR_LAYER_SURFACE_V1_ANCHOR_TOP);
         // Reserves nothing, and is not pushed aside by what panels have reserved.
         zwlr_layer_surface_v1_set_exclusive_zone(m_layerSurface, -1);
-        zwlr_layer_surface_v1_set_keyboard_interactivity(m_layerSurface, 0);
+        zwlr_layer_surface_v1_set_keyboard_interactivity(
+            m_layerSurface, ZWLR_LAYER_SURFACE_V1_KEYBOARD_INTERACTIVITY_NONE);
         wl_surface_commit(surface);
     }
 

@@ -22,10 +22,11 @@ Windowing makeWindowing()
     const QString platform = QGuiApplication::platformName();
     if (platform == u"xcb") {
         const auto connection = X11Connection::open();
-        windowing.pointer = std::make_unique<X11Pointer>(connection);
-        windowing.shell = std::make_unique<X11OverlayShell>(connection);
+        auto pointer = std::make_unique<X11Pointer>(connection);
         if (connection)
-            windowing.drags = std::make_unique<X11FileDrags>(connection);
+            windowing.drags = std::make_unique<X11FileDrags>(connection, *pointer);
+        windowing.pointer = std::move(pointer);
+        windowing.shell = std::make_unique<X11OverlayShell>(connection);
         return windowing;
     }
 

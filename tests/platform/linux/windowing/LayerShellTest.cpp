@@ -26,7 +26,10 @@ public:
         setFormat(format);
     }
 
+    QString typed;
+
 protected:
+    void keyPressEvent(QKeyEvent *event) override { typed += event->text(); }
     void paintEvent(QPaintEvent *) override
     {
         QPainter painter(this);
@@ -99,6 +102,30 @@ private Q_SLOTS:
         QTRY_VERIFY(picture(name).pixel(left, 0) != red);
     }
 
+    void keyboardOnWishOnly()
+    {
+        const auto screen = m_windowing.screens->all().front();
+        Window ordinary(Qt::gray);
+        ordinary.resize(300, 200);
+        ordinary.show();
+        QTRY_COMPARE(QGuiApplication::focusWindow(), &ordinary);
+        Window window(Qt::blue);
+        auto surface = m_windowing.shell->adopt(window, *screen, boundsOn(*screen, {200, 40}));
+        surface->orderFront();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        XPeer host(qgetenv("VELMORA_HOST_DISPLAY").constData());
+        host.move({400, 20});
+        for (int round = 1; round <= 2; ++round) {
+            surface->setKeyboardWanted(true);
+            QTRY_COMPARE(QGuiApplication::focusWindow(), &window);
+            host.type(38);
+            QTRY_COMPARE(window.typed, QStringLiteral("a").repeated(round));
+            surface->setKeyboardWanted(false);
+            QTRY_COMPARE(QGuiApplication::focusWindow(), &ordinary);
+        }
+        QVERIFY(ordinary.typed.isEmpty());
+    }
+
     void animationsGoWithTheFrames()
     {
         const auto screen = m_windowing.screens->all().front();
@@ -137,7 +164,7 @@ private Q_SLOTS:
         QVERIFY(host.close("wlroots - " + screen->localizedName().toUtf8()));
         QTRY_COMPARE(m_windowing.screens->all().size(), 1U);
         QTRY_VERIFY(!window.handle());
-        surface->setShape(QRect(0, 0, 10, 10));
+        surface->setShape([](double, bool) { return QRect(0, 0, 10, 10); });
         surface->orderFront();
         QVERIFY(!window.isVisible());
         QVERIFY(screen->frame().isNull());
