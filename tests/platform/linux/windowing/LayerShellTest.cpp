@@ -114,7 +114,6 @@ private Q_SLOTS:
         surface->orderFront();
         QVERIFY(QTest::qWaitForWindowExposed(&window));
         XPeer host(qgetenv("VELMORA_HOST_DISPLAY").constData());
-        host.move({400, 20});
         for (int round = 1; round <= 2; ++round) {
             surface->setKeyboardWanted(true);
             QTRY_COMPARE(QGuiApplication::focusWindow(), &window);
