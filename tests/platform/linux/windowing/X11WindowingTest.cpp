@@ -61,6 +61,13 @@ struct Overlay {
     bool shown = false;
 };
 
+/// Until it has done what Qt has sent. No event is handled here meanwhile.
+void waitForServer()
+{
+    auto *xcb = qGuiApp->nativeInterface<QNativeInterface::QX11Application>()->connection();
+    std::free(xcb_get_input_focus_reply(xcb, xcb_get_input_focus(xcb), nullptr)); // NOLINT
+}
+
 int xrandr(const QStringList &arguments)
 {
     return QProcess::execute(QStringLiteral("xrandr"), arguments);
@@ -94,8 +101,10 @@ private Q_SLOTS:
 
         // It grows before anything can be drawn there, and shrinks after it has been drawn without.
         overlay.surface->setShape(shapeOf(QRect(QPoint(), overlaySize)));
+        waitForServer();
         QCOMPARE(m_peer.windowAt(corner + QPoint(49, 99)), id);
         overlay.surface->setShape(shapeOf({}));
+        waitForServer();
         QCOMPARE(m_peer.windowAt(corner + QPoint(49, 99)), id);
         QTRY_VERIFY(m_peer.windowAt(corner + QPoint(100, 10)) != id);
 
@@ -106,7 +115,8 @@ private Q_SLOTS:
 
     void neverTakesTheFocus()
     {
-        const xcb_window_t before = m_peer.focus();
+        const xcb_window_t before = m_peer.openWindow({100, 300, 300, 200});
+        QTRY_COMPARE(m_peer.focus(), before);
         Overlay overlay(m_windowing);
         QVERIFY(overlay.shown);
         m_peer.move(overlay.bounds.center());
@@ -117,6 +127,7 @@ private Q_SLOTS:
         QTRY_COMPARE(overlay.window.leaves, 1);
         QCOMPARE(m_peer.focus(), before);
         QVERIFY(!overlay.window.isActive());
+        m_peer.remove(before);
     }
 
     void keyboardOnWishOnly()
