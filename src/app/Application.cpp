@@ -36,12 +36,12 @@ namespace velmora
 namespace
 {
 
-Platform makePlatform(BusConnection &bus, const std::shared_ptr<CompositorProxy> &proxy)
+Platform makePlatform(BusConnection &bus)
 {
     Platform platform;
     platform.clock = std::make_unique<SystemClock>();
     platform.store = std::make_unique<SettingsStore>();
-    Windowing windowing = makeWindowing(proxy);
+    Windowing windowing = makeWindowing();
     platform.screens = std::move(windowing.screens);
     platform.pointer = std::move(windowing.pointer);
     platform.drags = std::move(windowing.drags);
@@ -85,7 +85,7 @@ bool mayStart(const SingleInstance &instance, const UnixSignals &signals)
 
 } // namespace
 
-int runApplication(BusConnection &bus, const std::shared_ptr<CompositorProxy> &proxy)
+int runApplication(BusConnection &bus)
 {
     const UnixSignals signals;
     SingleInstance instance(bus);
@@ -99,13 +99,13 @@ int runApplication(BusConnection &bus, const std::shared_ptr<CompositorProxy> &p
         }
     });
 
-    const Platform platform = makePlatform(bus, proxy);
+    const Platform platform = makePlatform(bus);
     StatusMenu sceneMenu(*platform.clock);
     OverlayScene scene(sceneMenu);
     OverlayWarmUp warmUp(scene.engine(), *platform.clock);
     LoginPrompt loginPrompt(scene.engine());
     const OverlayEnvironment environment{*platform.clock, *platform.pointer, *platform.drags,
-                                         *platform.screens, *platform.shell};
+                                         *platform.shell};
     const auto makeController = [&](const std::shared_ptr<Screen> &screen,
                                     const NotchSettings &settings, NotchServices &services) {
         return std::make_unique<NotchWindowController>(

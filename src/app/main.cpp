@@ -86,7 +86,6 @@ int main(int argc, char *argv[])
     velmora::BusConnection bus(velmora::BusConnection::sessionAddress());
     // What is drawn with, and where, is decided before the application object looks for itself.
     velmora::chooseWindowSystem();
-    const auto proxy = velmora::sparePointerMotion();
     QCoreApplication::setApplicationName(QStringLiteral("velmora"));
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Velmora"));
     QGuiApplication::setDesktopFileName(QStringLiteral("com.velmora.app"));
@@ -100,5 +99,5 @@ int main(int argc, char *argv[])
     displayFailure.reset();
     noBus.reset();
     QGuiApplication::setQuitOnLastWindowClosed(false);
-    return velmora::runApplication(bus, proxy);
+    return velmora::runApplication(bus);
 }

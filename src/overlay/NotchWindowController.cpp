@@ -36,7 +36,6 @@ NotchWindowController::NotchWindowController(const std::shared_ptr<Screen> &scre
     setupWindow(content);
     connect(&environment.pointer, &Pointer::movedElsewhere, this,
             &NotchWindowController::hoverProbe);
-    connect(&environment.screens, &Screens::changed, this, &NotchWindowController::screensChanged);
     setupDragMonitors();
     observeDropState();
 }
@@ -123,13 +122,18 @@ void NotchWindowController::mouseExited()
 void NotchWindowController::hoverProbe(const QPointF &location)
 {
     const auto screen = m_screen.lock();
-    if (!m_window || !screen ||
-        !NotchGeometry::collapsed(screen->frame(), m_settings).contains(location)) {
+    if (!m_window || !screen) {
         return;
     }
-    m_collapseWork.reset();
-    if (!m_notchState.isExpanded()) {
-        expand();
+    // No window is told of this move, or of where it ends.
+    m_pointerOverWindow = isInside(location);
+    if (NotchGeometry::collapsed(screen->frame(), m_settings).contains(location)) {
+        m_collapseWork.reset();
+        if (!m_notchState.isExpanded()) {
+            expand();
+        }
+    } else if (!m_pointerOverWindow && m_notchState.isExpanded() && !dropService().isDragging()) {
+        scheduleCollapse();
     }
 }
 
@@ -167,11 +171,13 @@ void NotchWindowController::collapseWorkFired()
 bool NotchWindowController::isPointerInside() const
 {
     const auto location = m_environment.pointer.location();
-    if (!location) {
-        return m_pointerOverWindow;
-    }
-    const QPointF inWindow = *location - m_windowBounds.topLeft();
-    return m_frame.contains(*location) || m_menuFrame.contains(inWindow) ||
+    return location ? isInside(*location) : m_pointerOverWindow;
+}
+
+bool NotchWindowController::isInside(const QPointF &location) const
+{
+    const QPointF inWindow = location - m_windowBounds.topLeft();
+    return m_frame.contains(location) || m_menuFrame.contains(inWindow) ||
            m_submenuFrame.contains(inWindow);
 }
 
@@ -181,20 +187,6 @@ void NotchWindowController::collapse()
            m_settings.notchHeight);
     m_notchState.setExpanded(false);
     animateWindow(NotchGeometry::collapsed(m_screen.lock()->frame(), m_settings), collapseDuration);
-}
-
-void NotchWindowController::screensChanged()
-{
-    qCInfo(lcWindowController, "screens changed \u2014 repositioning window");
-    const auto screen = m_screen.lock();
-    if (!screen || !m_window) {
-        return;
-    }
-    m_frameTimer.reset();
-    m_windowBounds = NotchGeometry::window(screen->frame(), m_settings);
-    m_surface->setBounds(m_windowBounds);
-    setFrame(m_notchState.isExpanded() ? NotchGeometry::expanded(screen->frame(), m_settings)
-                                       : NotchGeometry::collapsed(screen->frame(), m_settings));
 }
 
 void NotchWindowController::animateWindow(const QRectF &target, Milliseconds duration)
@@ -263,11 +255,18 @@ void NotchWindowController::updateShape()
 {
     const double radius =
         m_notchState.isExpanded() ? NotchGeometry::panelCornerRadius : cornerRadius();
-    QRegion region = bottomRoundedRegion(frameInWindow(), radius);
-    for (const QRectF &card : {m_menuFrame, m_submenuFrame}) {
-        region += roundedRegion(card, NotchGeometry::menuCornerRadius);
-    }
-    m_surface->setShape(region);
+    m_surface->setShape([=, notch = frameInWindow(), menu = m_menuFrame,
+                         submenu = m_submenuFrame](double scale, bool isBlended) {
+        const auto inPixels = [scale](const QRectF &rect) {
+            return QRectF(rect.topLeft() * scale, rect.size() * scale);
+        };
+        QRegion region = bottomRoundedRegion(inPixels(notch), radius * scale,
+                                             isBlended ? PixelRule::Touched : PixelRule::Centre);
+        for (const QRectF &card : {menu, submenu}) {
+            region += roundedRegion(inPixels(card), NotchGeometry::menuCornerRadius * scale);
+        }
+        return region;
+    });
 }
 
 } // namespace velmora

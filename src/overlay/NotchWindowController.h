@@ -27,7 +27,6 @@ struct OverlayEnvironment {
     Clock &clock;
     Pointer &pointer;
     FileDrags &drags;
-    Screens &screens;
     OverlayShell &shell;
 };
 
@@ -121,7 +120,6 @@ private:
     void collapse();
     void scheduleCollapse();
     void collapseWorkFired();
-    void screensChanged();
     void animateWindow(const QRectF &target, Milliseconds duration);
     void animationStep();
     void setFrame(const QRectF &frame);
@@ -143,6 +141,7 @@ private:
     void endDrag();
     void setDropPosition(const std::optional<QPointF> &position);
     [[nodiscard]] bool isPointerInside() const;
+    [[nodiscard]] bool isInside(const QPointF &location) const;
 
     std::weak_ptr<Screen> m_screen;
     NotchSettings m_settings;
@@ -150,7 +149,7 @@ private:
     OverlayEnvironment m_environment;
     NotchState m_notchState;
     TrackingView m_trackingView;
-    bool m_pointerOverWindow = false;   ///< the window's own last word
+    bool m_pointerOverWindow = false;   ///< by the last that was heard of it
     bool m_proactivelyExpanded = false; ///< for a drag that has not reached the notch
     bool m_isDragInside = false;
     std::optional<QPointF> m_dropPosition; ///< of the last drop, if it was here
@@ -159,7 +158,7 @@ private:
     QRectF m_frame;
     QRectF m_menuFrame;
     QRectF m_submenuFrame;
-    QRect m_windowBounds; ///< global
+    const QRect m_windowBounds; ///< global
     FrameAnimation m_animation;
     TimerHandle m_frameTimer;
     std::unique_ptr<NotchWindow> m_window;

@@ -24,7 +24,7 @@ Q_SIGNALS:
     void began(const QList<QUrl> &files);
     /// And then these are all of them.
     void completed(const QList<QUrl> &files);
-    /// The left button was released, anywhere.
+    /// All buttons of the pointer are up again: the drag, if there was one, is over.
     void released();
 };
 

@@ -5,12 +5,18 @@
 #include <QRect>
 #include <QRegion>
 
+#include <functional>
 #include <memory>
 
 class QWindow;
 
 namespace velmora
 {
+
+/// The part of a window that is visible and takes the pointer: its pixels where a point has `scale`
+/// of them. Those at the edge count as soon as they are touched if the window is blended with what
+/// lies below it, and else if their centre is inside.
+using OverlayShape = std::function<QRegion(double scale, bool isBlended)>;
 
 /// The window-system side of one overlay window. Destroying it takes the window off the screen;
 /// the window itself belongs to the caller and has to outlive it.
@@ -25,13 +31,12 @@ public:
     /// Shows the window above everything else, without taking the keyboard or activating.
     virtual void orderFront() = 0;
 
-    /// The part of the window, in its own coordinates (points), that is visible and takes the
-    /// pointer. Everything outside lets clicks through. An empty region hides all of it.
-    virtual void setShape(const QRegion &region) = 0;
+    /// Everything outside of the shape lets clicks through; an empty one hides all of the window.
+    virtual void setShape(const OverlayShape &shape) = 0;
 
-    /// Moves the window: global rectangle in points, touching the top edge of its screen and
-    /// centred on it.
-    virtual void setBounds(const QRect &bounds) = 0;
+    /// Takes the keyboard, for as long as something in the window is typed into, and gives it back
+    /// to the window that had it. The user may take it away meanwhile. Nothing before `orderFront`.
+    virtual void setKeyboardWanted([[maybe_unused]] bool wanted) {}
 
     /// Whether the window has to hear of every move of the pointer over it, as it does at first, or
     /// of its coming and going only. Thousands of moves a second cost a good part of a core.
@@ -48,7 +53,8 @@ public:
     virtual ~OverlayShell() = default;
 
     /// Makes `window`, not yet created, an overlay of `screen`: above full-screen windows, on all
-    /// work spaces, without focus, without reserved space. Nothing is shown before `orderFront`.
+    /// work spaces, without focus, without reserved space. `bounds`, global and in points, touches
+    /// the top edge of the screen and is centred on it. Nothing is shown before `orderFront`.
     [[nodiscard]] virtual std::unique_ptr<OverlaySurface>
     adopt(QWindow &window, const Screen &screen, const QRect &bounds) = 0;
 };

@@ -38,12 +38,21 @@ QPainterPath bottomRoundedPath(const QRectF &rect, double radius)
     return path;
 }
 
-QRegion bottomRoundedRegion(const QRectF &rect, double radius)
+QRegion bottomRoundedRegion(const QRectF &rect, double radius, PixelRule rule)
 {
-    const QRect outer = rect.toAlignedRect();
     if (rect.isEmpty()) {
         return {};
     }
+    // The first pixel from a coordinate on, and the one before which the last lies.
+    const bool isTouched = rule == PixelRule::Touched;
+    const auto first = [isTouched](double x) {
+        return static_cast<int>(isTouched ? std::floor(x) : std::ceil(x - 0.5));
+    };
+    const auto end = [isTouched](double x) {
+        return static_cast<int>(std::ceil(isTouched ? x : x - 0.5));
+    };
+    const QRect outer(QPoint(first(rect.left()), first(rect.top())),
+                      QPoint(end(rect.right()) - 1, end(rect.bottom()) - 1));
     // Where the two curves overlap, the outline crosses itself: show all of the rectangle.
     if (radius > std::min(rect.width() / 2, rect.height())) {
         return outer;
@@ -53,10 +62,9 @@ QRegion bottomRoundedRegion(const QRectF &rect, double radius)
     for (int row = 0; row < rows; ++row) {
         const int y = outer.bottom() - row;
         // The upper edge of a row is where the shape is widest.
-        const double inset = cornerInset(rect.bottom() - y, radius);
-        const int left = static_cast<int>(std::floor(rect.left() + inset));
-        const int right = static_cast<int>(std::ceil(rect.right() - inset));
-        region += QRect(left, y, right - left, 1);
+        const double inset = cornerInset(rect.bottom() - y - (isTouched ? 0 : 0.5), radius);
+        const int left = first(rect.left() + inset);
+        region += QRect(left, y, end(rect.right() - inset) - left, 1);
     }
     return region;
 }

@@ -13,8 +13,12 @@ namespace velmora
 /// curves (not arcs) at the bottom corners. The radius is not limited to half the rectangle.
 [[nodiscard]] QPainterPath bottomRoundedPath(const QRectF &rect, double radius);
 
-/// All pixels that the outline touches, row by row: what a window that holds the shape has to show.
-[[nodiscard]] QRegion bottomRoundedRegion(const QRectF &rect, double radius);
+/// Which pixels belong to an outline: all that it touches, or those whose centre is inside.
+enum class PixelRule { Touched, Centre };
+
+/// The pixels of the outline: what a window that holds the shape has to show.
+[[nodiscard]] QRegion bottomRoundedRegion(const QRectF &rect, double radius,
+                                          PixelRule rule = PixelRule::Touched);
 
 /// The pixels of a rectangle with all four corners rounded; empty for an empty rectangle.
 [[nodiscard]] QRegion roundedRegion(const QRectF &rect, double radius);

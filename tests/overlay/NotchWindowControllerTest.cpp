@@ -67,7 +67,6 @@ private Q_SLOTS:
     void openMenuKeepsThePanel();
     void interruptedAnimation();
     void probeWhileAnotherProgramHoldsThePointer();
-    void screenChanges();
     void screenGone();
     void closedControllerIsQuiet();
     void fileDrags();
@@ -297,23 +296,29 @@ void NotchWindowControllerTest::probeWhileAnotherProgramHoldsThePointer()
     desk.pointer.position = outside;
     desk.clock.advance(300ms);
     QVERIFY(!desk.isExpanded());
-}
 
-void NotchWindowControllerTest::screenChanges()
-{
-    Desk desk;
-    QSignalSpy frames(desk.controller.get(), &NotchWindowController::frameChanged);
-    desk.screens.setFrame(*desk.screen, QRectF(1000, 0, 1000, 700));
-    QCOMPARE(desk.frame(), QRectF(1400, 0, 200, 36));
-    QCOMPARE(frames.count(), 1); // at once, without animation
-    QVERIFY(QRectF(desk.shell.bounds).contains(desk.frame()));
-
-    desk.enter(QPointF(1500, 10));
-    desk.clock.advance(100ms);
-    desk.screens.setFrame(*desk.screen, QRectF(0, 0, 1600, 900));
-    QCOMPARE(desk.frame(), expandedFrame);
+    // No window is told that the drag has gone on.
+    for (const bool isTold : {true, false}) {
+        desk.pointer.dragTo(insideCollapsed);
+        desk.clock.advance(300ms);
+        desk.pointer.dragTo(insidePanel);
+        if (!isTold) {
+            desk.pointer.position.reset();
+        }
+        desk.clock.advance(1s);
+        QVERIFY(desk.isExpanded());
+        desk.pointer.dragTo(outside);
+        if (!isTold) {
+            desk.pointer.position.reset();
+        }
+        desk.clock.advance(300ms);
+        QVERIFY(!desk.isExpanded());
+    }
+    // What is dragged are files: the panel stays for them.
+    desk.drags.begin({QUrl(QStringLiteral("file:///tmp/a"))});
+    desk.pointer.dragTo(outside);
     desk.clock.advance(1s);
-    QCOMPARE(desk.frame(), expandedFrame); // the old animation is over
+    QVERIFY(desk.isExpanded());
 }
 
 void NotchWindowControllerTest::screenGone()

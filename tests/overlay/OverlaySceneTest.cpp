@@ -36,8 +36,7 @@ private:
         {
         }
         void orderFront() override { m_window.show(); }
-        void setShape(const QRegion &) override {}
-        void setBounds(const QRect &bounds) override { m_window.setGeometry(bounds); }
+        void setShape(const OverlayShape &) override {}
 
     private:
         QWindow &m_window;

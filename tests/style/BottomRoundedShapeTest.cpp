@@ -61,6 +61,7 @@ private Q_SLOTS:
     void outline();
     void regionIsWhatTheOutlineTouches_data();
     void regionIsWhatTheOutlineTouches();
+    void hardEdgesGoByTheCentresOfPixels();
     void emptyRectanglesHaveNoPixels_data();
     void emptyRectanglesHaveNoPixels();
 };
@@ -122,6 +123,29 @@ void BottomRoundedShapeTest::regionIsWhatTheOutlineTouches()
     QVERIFY2(pixels(tooMuch) <= 2, qPrintable(QString::asprintf(
                                        "%d pixels too many, the first at %d, %d", pixels(tooMuch),
                                        tooMuch.boundingRect().x(), tooMuch.boundingRect().y())));
+}
+
+void BottomRoundedShapeTest::hardEdgesGoByTheCentresOfPixels()
+{
+    for (const double scale : {1.0, 1.25, 2.0}) {
+        for (const QRectF &notch : {QRectF(860, 0, 200, 36), QRectF(300.3, 0, 641.7, 70.45)}) {
+            const QRectF rect(notch.topLeft() * scale, notch.size() * scale);
+            const QPainterPath path = bottomRoundedPath(rect, 10 * scale);
+            const QRegion region = bottomRoundedRegion(rect, 10 * scale, PixelRule::Centre);
+            const int corner = int(12 * scale);
+            for (int i = 0; i < 2 * corner; ++i) {
+                const int x =
+                    i < corner ? int(rect.left()) - 2 + i : int(rect.right()) + 2 - i + corner;
+                for (int y = 0; y < rect.bottom() + 2; ++y) {
+                    const QPointF centre(x + 0.5, y + 0.5);
+                    const QPointF slack(0.01, 0); // the test's outline is made of lines
+                    if (path.contains(centre - slack) == path.contains(centre + slack)) {
+                        QCOMPARE(region.contains(QPoint(x, y)), path.contains(centre));
+                    }
+                }
+            }
+        }
+    }
 }
 
 void BottomRoundedShapeTest::emptyRectanglesHaveNoPixels_data()

@@ -72,8 +72,7 @@ private:
         ~Surface() override { --m_shell.surfaces; }
 
         void orderFront() override { ++m_shell.shown; }
-        void setShape(const QRegion &region) override { m_shell.shape = region; }
-        void setBounds(const QRect &bounds) override { m_shell.bounds = bounds; }
+        void setShape(const OverlayShape &shape) override { m_shell.shape = shape(1, true); }
 
     private:
         FakeShell &m_shell;

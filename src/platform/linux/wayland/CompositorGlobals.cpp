@@ -1,7 +1,5 @@
 #include "platform/linux/wayland/CompositorGlobals.h"
 
-#include "platform/linux/wayland/CompositorSocket.h"
-
 #include <memory>
 #include <poll.h>
 #include <wayland-client.h>
@@ -58,10 +56,7 @@ bool dispatchUntil(wl_display *display, const bool &done, SteadyClock::time_poin
 std::optional<std::vector<std::string>> compositorGlobals(std::chrono::milliseconds limit)
 {
     const auto deadline = SteadyClock::now() + limit;
-    UniqueFd descriptor = connectToCompositor();
-    if (!descriptor.isOpen())
-        return std::nullopt;
-    const DisplayPtr display(wl_display_connect_to_fd(descriptor.release()));
+    const DisplayPtr display(wl_display_connect(nullptr));
     if (!display)
         return std::nullopt;
 

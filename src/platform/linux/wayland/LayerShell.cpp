@@ -1,5 +1,6 @@
 #include "platform/linux/wayland/LayerShell.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <wayland-client.h>
@@ -10,12 +11,15 @@ namespace velmora
 namespace
 {
 
+constexpr std::uint32_t newestVersion = 4;
+
 void takeGlobal(void *shell, wl_registry *registry, std::uint32_t name, const char *interface,
-                std::uint32_t)
+                std::uint32_t version)
 {
     if (std::strcmp(interface, zwlr_layer_shell_v1_interface.name) == 0) {
-        *static_cast<zwlr_layer_shell_v1 **>(shell) = static_cast<zwlr_layer_shell_v1 *>(
-            wl_registry_bind(registry, name, &zwlr_layer_shell_v1_interface, 1));
+        *static_cast<zwlr_layer_shell_v1 **>(shell) =
+            static_cast<zwlr_layer_shell_v1 *>(wl_registry_bind(
+                registry, name, &zwlr_layer_shell_v1_interface, std::min(version, newestVersion)));
     }
 }
 

@@ -1,6 +1,5 @@
 #include "platform/linux/wayland/WaylandOverlayShell.h"
 
-#include "platform/linux/wayland/CompositorProxy.h"
 #include "platform/linux/wayland/LayerShell.h"
 
 #include <QGuiApplication>
@@ -27,12 +26,11 @@ class LayerSurface final : public OverlaySurface
 {
 public:
     LayerSurface(QWindow &window, QScreen *screen, const QRect &bounds,
-                 std::shared_ptr<LayerShell> shell, std::shared_ptr<CompositorProxy> proxy)
+                 std::shared_ptr<LayerShell> shell)
         : m_window(&window)
         , m_screen(screen)
         , m_size(bounds.size())
         , m_shell(std::move(shell))
-        , m_proxy(std::move(proxy))
     {
     }
 
@@ -46,44 +44,43 @@ public:
             open();
     }
 
-    void setShape(const QRegion &region) override
+    void setShape(const OverlayShape &shape) override
     {
         if (!m_window)
             return;
+        const QRegion region = shape(1, true);
         // An empty mask means no mask to Qt; a spot outside of the window lets everything through.
         m_window->setMask(region.isEmpty() ? QRegion(-1, -1, 1, 1) : region);
         // The region takes effect with the next frame that is committed.
         m_window->requestUpdate();
     }
 
-    void setBounds(const QRect &bounds) override
+    void setKeyboardWanted(bool wanted) override
     {
-        if (!m_window)
+        if (!m_layerSurface)
             return;
-        m_size = bounds.size();
-        m_window->setGeometry(bounds);
-        if (m_layerSurface) {
-            zwlr_layer_surface_v1_set_size(m_layerSurface, width(), height());
-            m_window->requestUpdate();
-        }
-    }
-
-    void setMotionWanted(bool wanted) override
-    {
-        m_isMotionWanted = wanted;
-        tellProxy();
+        // The user cannot take what is exclusive, but older shells know nothing else.
+        using Mode = zwlr_layer_surface_v1_keyboard_interactivity;
+        const Mode mode = !wanted ? ZWLR_LAYER_SURFACE_V1_KEYBOARD_INTERACTIVITY_NONE
+                          : zwlr_layer_surface_v1_get_version(m_layerSurface) < 4
+                              ? ZWLR_LAYER_SURFACE_V1_KEYBOARD_INTERACTIVITY_EXCLUSIVE
+                              : ZWLR_LAYER_SURFACE_V1_KEYBOARD_INTERACTIVITY_ON_DEMAND;
+        zwlr_layer_surface_v1_set_keyboard_interactivity(m_layerSurface, mode);
+        wl_surface_commit(surface());
     }
 
 private:
-    [[nodiscard]] std::uint32_t width() const { return std::uint32_t(qMax(1, m_size.width())); }
-    [[nodiscard]] std::uint32_t height() const { return std::uint32_t(qMax(1, m_size.height())); }
+    [[nodiscard]] wl_surface *surface() const
+    {
+        auto *native = QGuiApplication::platformNativeInterface();
+        return static_cast<wl_surface *>(native->nativeResourceForWindow("surface", m_window));
+    }
 
     void open()
     {
         m_window->create();
         auto *native = QGuiApplication::platformNativeInterface();
-        auto *surface =
-            static_cast<wl_surface *>(native->nativeResourceForWindow("surface", m_window));
+        auto *surface = this->surface();
         auto *output =
             m_screen ? static_cast<wl_output *>(native->nativeResourceForScreen("output", m_screen))
                      : nullptr;
@@ -91,32 +88,23 @@ private:
             qCWarning(lcWayland, "no surface or no output for an overlay");
             return;
         }
-        m_surfaceId = wl_proxy_get_id(reinterpret_cast<wl_proxy *>(surface));
-        tellProxy();
         m_layerSurface = zwlr_layer_shell_v1_get_layer_surface(
             m_shell->get(), surface, output, ZWLR_LAYER_SHELL_V1_LAYER_OVERLAY, "velmora");
         static constexpr zwlr_layer_surface_v1_listener listener{handleConfigure, handleClosed};
         zwlr_layer_surface_v1_add_listener(m_layerSurface, &listener, this);
-        zwlr_layer_surface_v1_set_size(m_layerSurface, width(), height());
+        zwlr_layer_surface_v1_set_size(m_layerSurface, std::uint32_t(qMax(1, m_size.width())),
+                                       std::uint32_t(qMax(1, m_size.height())));
         // Anchored to one edge alone, it is centred on that edge.
         zwlr_layer_surface_v1_set_anchor(m_layerSurface, ZWLR_LAYER_SURFACE_V1_ANCHOR_TOP);
         // Reserves nothing, and is not pushed aside by what panels have reserved.
         zwlr_layer_surface_v1_set_exclusive_zone(m_layerSurface, -1);
-        zwlr_layer_surface_v1_set_keyboard_interactivity(m_layerSurface, 0);
+        zwlr_layer_surface_v1_set_keyboard_interactivity(
+            m_layerSurface, ZWLR_LAYER_SURFACE_V1_KEYBOARD_INTERACTIVITY_NONE);
         wl_surface_commit(surface);
-    }
-
-    void tellProxy()
-    {
-        if (m_proxy && m_surfaceId != 0)
-            m_proxy->setMotionWanted(m_surfaceId, m_isMotionWanted);
     }
 
     void close()
     {
-        // The number may come to stand for another surface.
-        if (m_proxy && m_surfaceId != 0)
-            m_proxy->setMotionWanted(std::exchange(m_surfaceId, 0), true);
         if (m_layerSurface)
             zwlr_layer_surface_v1_destroy(m_layerSurface);
         m_layerSurface = nullptr;
@@ -147,14 +135,11 @@ private:
     std::shared_ptr<LayerShell> m_shell;
     zwlr_layer_surface_v1 *m_layerSurface = nullptr;
     bool m_closed = false;
-    std::shared_ptr<CompositorProxy> m_proxy;
-    std::uint32_t m_surfaceId = 0; ///< 0 while there is none
-    bool m_isMotionWanted = true;
 };
 
 } // namespace
 
-std::unique_ptr<OverlayShell> WaylandOverlayShell::create(std::shared_ptr<CompositorProxy> proxy)
+std::unique_ptr<OverlayShell> WaylandOverlayShell::create()
 {
     auto *native = QGuiApplication::platformNativeInterface();
     auto *display =
@@ -163,14 +148,11 @@ std::unique_ptr<OverlayShell> WaylandOverlayShell::create(std::shared_ptr<Compos
     auto shell = LayerShell::bind(display);
     if (!shell)
         return nullptr;
-    return std::unique_ptr<OverlayShell>(
-        new WaylandOverlayShell(std::move(shell), std::move(proxy)));
+    return std::unique_ptr<OverlayShell>(new WaylandOverlayShell(std::move(shell)));
 }
 
-WaylandOverlayShell::WaylandOverlayShell(std::shared_ptr<LayerShell> shell,
-                                         std::shared_ptr<CompositorProxy> proxy)
+WaylandOverlayShell::WaylandOverlayShell(std::shared_ptr<LayerShell> shell)
     : m_shell(std::move(shell))
-    , m_proxy(std::move(proxy))
 {
 }
 
@@ -184,7 +166,7 @@ std::unique_ptr<OverlaySurface> WaylandOverlayShell::adopt(QWindow &window, cons
                     Qt::WindowStaysOnTopHint | Qt::WindowDoesNotAcceptFocus);
     window.setScreen(screen.handle());
     window.setGeometry(bounds);
-    return std::make_unique<LayerSurface>(window, screen.handle(), bounds, m_shell, m_proxy);
+    return std::make_unique<LayerSurface>(window, screen.handle(), bounds, m_shell);
 }
 
 } // namespace velmora

@@ -8,17 +8,14 @@
 namespace velmora
 {
 
-class CompositorProxy;
 class LayerShell;
 
 /// Overlays on Wayland: surfaces of the compositor's layer shell, in its overlay layer.
 class WaylandOverlayShell final : public OverlayShell
 {
 public:
-    /// Null where the compositor has no layer shell. Waits for one answer of the compositor. The
-    /// proxy, if there is one, is told when the pointer's moves are of no interest.
-    [[nodiscard]] static std::unique_ptr<OverlayShell>
-    create(std::shared_ptr<CompositorProxy> proxy);
+    /// Null where the compositor has no layer shell. Waits for one answer of the compositor.
+    [[nodiscard]] static std::unique_ptr<OverlayShell> create();
     ~WaylandOverlayShell() override;
     Q_DISABLE_COPY_MOVE(WaylandOverlayShell)
 
@@ -26,10 +23,9 @@ public:
                                                         const QRect &bounds) override;
 
 private:
-    WaylandOverlayShell(std::shared_ptr<LayerShell> shell, std::shared_ptr<CompositorProxy> proxy);
+    explicit WaylandOverlayShell(std::shared_ptr<LayerShell> shell);
 
     std::shared_ptr<LayerShell> m_shell;
-    std::shared_ptr<CompositorProxy> m_proxy;
     FrameDriver m_frameDriver;
 };
 

@@ -30,17 +30,21 @@ public:
         m_window->raise();
     }
 
-    void setShape(const QRegion &region) override
+    void setShape(const OverlayShape &shape) override
     {
+        const QRegion region = shape(1, true);
         // An empty mask means no mask to Qt; a spot outside of the window hides all of it.
         if (m_window)
             m_window->setMask(region.isEmpty() ? QRegion(-1, -1, 1, 1) : region);
     }
 
-    void setBounds(const QRect &bounds) override
+    void setKeyboardWanted(bool wanted) override
     {
-        if (m_window)
-            m_window->setGeometry(bounds);
+        if (!m_window)
+            return;
+        m_window->setFlag(Qt::WindowDoesNotAcceptFocus, !wanted);
+        if (wanted)
+            m_window->requestActivate();
     }
 
 private:

@@ -1,5 +1,4 @@
 #include "platform/linux/wayland/CompositorGlobals.h"
-#include "platform/linux/wayland/CompositorProxy.h"
 #include "platform/linux/windowing/Windowing.h"
 
 #include <QtGlobal>
@@ -85,18 +84,6 @@ void chooseWindowSystem()
     chooseRendering();
     choosePlatform();
     prepareWayland();
-}
-
-std::shared_ptr<CompositorProxy> sparePointerMotion()
-{
-    // An inherited socket is Qt's to take.
-    if (!qgetenv("QT_QPA_PLATFORM").startsWith("wayland") ||
-        qEnvironmentVariableIsSet("WAYLAND_SOCKET"))
-        return nullptr;
-    auto proxy = CompositorProxy::interpose();
-    if (proxy)
-        ownVariables().emplace_back("WAYLAND_SOCKET"); // should Qt not take it
-    return proxy;
 }
 
 const std::vector<QByteArray> &ownEnvironment()

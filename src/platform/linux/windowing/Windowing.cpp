@@ -10,12 +10,10 @@
 
 #include <QGuiApplication>
 
-#include <utility>
-
 namespace velmora
 {
 
-Windowing makeWindowing(std::shared_ptr<CompositorProxy> proxy)
+Windowing makeWindowing()
 {
     Windowing windowing;
     windowing.screens = std::make_unique<LinuxScreens>();
@@ -24,16 +22,17 @@ Windowing makeWindowing(std::shared_ptr<CompositorProxy> proxy)
     const QString platform = QGuiApplication::platformName();
     if (platform == u"xcb") {
         const auto connection = X11Connection::open();
-        windowing.pointer = std::make_unique<X11Pointer>(connection);
-        windowing.shell = std::make_unique<X11OverlayShell>(connection);
+        auto pointer = std::make_unique<X11Pointer>(connection);
         if (connection)
-            windowing.drags = std::make_unique<X11FileDrags>(connection);
+            windowing.drags = std::make_unique<X11FileDrags>(connection, *pointer);
+        windowing.pointer = std::move(pointer);
+        windowing.shell = std::make_unique<X11OverlayShell>(connection);
         return windowing;
     }
 
     windowing.pointer = std::make_unique<WaylandPointer>();
     if (platform.startsWith(u"wayland"))
-        windowing.shell = WaylandOverlayShell::create(std::move(proxy));
+        windowing.shell = WaylandOverlayShell::create();
     if (!windowing.shell)
         windowing.shell = std::make_unique<PlainOverlayShell>();
     return windowing;

@@ -13,8 +13,6 @@
 namespace velmora
 {
 
-class CompositorProxy;
-
 /// The window-system side of the program.
 struct Windowing {
     std::unique_ptr<Screens> screens;
@@ -28,18 +26,12 @@ struct Windowing {
 /// Takes half a second at most, against a compositor that does not answer.
 void chooseWindowSystem();
 
-/// Has the pointer's motion over our own windows cost little where the window system reports every
-/// move. Call it between `chooseWindowSystem` and QGuiApplication, and keep what it returns until
-/// that is gone; null where there is nothing to be spared.
-[[nodiscard]] std::shared_ptr<CompositorProxy> sparePointerMotion();
-
-/// The names of the variables that the functions above have set. They are meant for this process:
-/// a program that is started from here should not inherit them.
+/// The names of the variables that it has set. They are meant for this process: a program that is
+/// started from here should not inherit them.
 [[nodiscard]] const std::vector<QByteArray> &ownEnvironment();
 
 /// The implementations for the platform that QGuiApplication runs on. Call it once, after the
-/// application object; the result has to go before that object does. `proxy` is what
-/// `sparePointerMotion` gave.
-[[nodiscard]] Windowing makeWindowing(std::shared_ptr<CompositorProxy> proxy = nullptr);
+/// application object; the result has to go before that object does.
+[[nodiscard]] Windowing makeWindowing();
 
 } // namespace velmora

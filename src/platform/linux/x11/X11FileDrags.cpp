@@ -6,7 +6,6 @@
 
 #include <utility>
 #include <xcb/xfixes.h>
-#include <xcb/xinput.h>
 
 namespace velmora
 {
@@ -28,7 +27,7 @@ void discard(QList<QUrl> files)
 
 } // namespace
 
-X11FileDrags::X11FileDrags(std::shared_ptr<X11Connection> connection)
+X11FileDrags::X11FileDrags(std::shared_ptr<X11Connection> connection, const X11Pointer &pointer)
     : m_connection(std::move(connection))
     , m_reader(m_connection)
     , m_selection(m_connection->atom("XdndSelection"))
@@ -48,33 +47,23 @@ X11FileDrags::X11FileDrags(std::shared_ptr<X11Connection> connection)
     xcb_xfixes_select_selection_input(xcb, m_connection->root(), m_selection,
                                       XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER);
     xcb_flush(xcb);
-    const auto *input = xcb_get_extension_data(xcb, &xcb_input_id);
-    m_inputOpcode = input && input->present ? input->major_opcode : 0;
-
     connect(m_connection.get(), &X11Connection::eventArrived, this, &X11FileDrags::handleEvent);
     connect(&m_reader, &SelectionReader::arrived, this, &X11FileDrags::take);
+    // The drop comes a little later, and wants to know the files still.
+    connect(&pointer, &X11Pointer::released, this, &FileDrags::released);
 }
 
 X11FileDrags::~X11FileDrags() = default;
 
 void X11FileDrags::handleEvent(const xcb_generic_event_t *event)
 {
-    const int type = event->response_type & 0x7f;
-    if (type == m_selectionEvent) {
-        const auto *change = reinterpret_cast<const xcb_xfixes_selection_notify_event_t *>(event);
-        if (change->selection == m_selection && change->owner != XCB_NONE) {
-            ++m_drag;
-            discard(std::exchange(m_files, {}));
-            m_reader.read(m_selection, m_uriList, change->selection_timestamp);
-        }
-    } else if (type == XCB_GE_GENERIC) {
-        const auto *generic = reinterpret_cast<const xcb_ge_generic_event_t *>(event);
-        if (generic->extension != m_inputOpcode ||
-            generic->event_type != XCB_INPUT_RAW_BUTTON_RELEASE)
-            return;
-        if (reinterpret_cast<const xcb_input_raw_button_release_event_t *>(event)->detail ==
-            XCB_BUTTON_INDEX_1)
-            Q_EMIT released(); // the drop comes a little later, and wants to know the files still
+    if ((event->response_type & 0x7f) != m_selectionEvent)
+        return;
+    const auto *change = reinterpret_cast<const xcb_xfixes_selection_notify_event_t *>(event);
+    if (change->selection == m_selection && change->owner != XCB_NONE) {
+        ++m_drag;
+        discard(std::exchange(m_files, {}));
+        m_reader.read(m_selection, m_uriList, change->selection_timestamp);
     }
 }
 
@@ -86,10 +75,11 @@ void X11FileDrags::take(const QByteArray &uriList)
             Q_EMIT began(m_files);
         return;
     }
-    const auto first = localFilesOf(uriList.left(uriList.indexOf('\n', readAtOnce) + 1));
+    const auto first = localFilesOf(uriList.left(uriList.lastIndexOf('\n', readAtOnce) + 1));
+    m_isAnnounced = !first.isEmpty();
     QtConcurrent::run(localFilesOf, uriList)
         .then(this, [this, drag = m_drag](const QList<QUrl> &all) { takeAll(drag, all); });
-    if (!first.isEmpty())
+    if (m_isAnnounced)
         Q_EMIT began(first);
 }
 
@@ -98,8 +88,12 @@ void X11FileDrags::takeAll(int drag, const QList<QUrl> &files)
     if (drag != m_drag)
         return;
     m_files = files;
-    if (!m_files.isEmpty())
+    if (m_files.isEmpty())
+        return;
+    if (m_isAnnounced)
         Q_EMIT completed(m_files);
+    else
+        Q_EMIT began(m_files);
 }
 
 } // namespace velmora

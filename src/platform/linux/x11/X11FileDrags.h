@@ -3,6 +3,7 @@
 #include "platform/FileDrags.h"
 #include "platform/linux/x11/SelectionReader.h"
 #include "platform/linux/x11/X11Connection.h"
+#include "platform/linux/x11/X11Pointer.h"
 
 #include <memory>
 
@@ -11,14 +12,14 @@ namespace velmora
 
 /// A drag announces itself by taking the drag selection. Its list of files is read at once, with
 /// the time stamp of that, and once: later on, sources of some toolkits do not answer others any
-/// more. The release of the button is told in spite of the source's grab; X11Pointer has asked for
-/// that on the same connection.
+/// more.
 class X11FileDrags final : public FileDrags
 {
     Q_OBJECT
 
 public:
-    explicit X11FileDrags(std::shared_ptr<X11Connection> connection);
+    /// `pointer` tells when a drag is over.
+    X11FileDrags(std::shared_ptr<X11Connection> connection, const X11Pointer &pointer);
     ~X11FileDrags() override;
     Q_DISABLE_COPY_MOVE(X11FileDrags)
 
@@ -34,8 +35,8 @@ private:
     xcb_atom_t m_selection;
     xcb_atom_t m_uriList;
     std::uint8_t m_selectionEvent = 0; ///< 0 if the server does not tell of owners
-    std::uint8_t m_inputOpcode = 0;
-    int m_drag = 0; ///< counts them
+    int m_drag = 0;                    ///< counts them
+    bool m_isAnnounced = false;
     QList<QUrl> m_files;
 };
 

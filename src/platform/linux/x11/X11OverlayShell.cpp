@@ -6,9 +6,12 @@
 #include <QPointer>
 #include <QWindow>
 #include <QtGui/qguiapplication_platform.h>
+#include <qpa/qplatformnativeinterface.h>
+#include <qpa/qplatformwindow.h>
 
 #include <cstring>
 #include <optional>
+#include <utility>
 #include <xcb/xcb.h>
 
 namespace velmora
@@ -51,7 +54,26 @@ void flush()
         xcb_flush(xcb);
 }
 
-class X11OverlaySurface final : public OverlaySurface
+xcb_window_t focusedWindow(xcb_connection_t *xcb)
+{
+    const XcbPtr<xcb_get_input_focus_reply_t> reply(
+        xcb_get_input_focus_reply(xcb, xcb_get_input_focus(xcb), nullptr));
+    return reply ? reply->focus : xcb_window_t(XCB_INPUT_FOCUS_POINTER_ROOT);
+}
+
+/// To whichever window the pointer is in if that one is gone; window managers then choose another.
+void setFocus(xcb_connection_t *xcb, xcb_window_t window)
+{
+    const XcbPtr<xcb_get_window_attributes_reply_t> attributes(
+        xcb_get_window_attributes_reply(xcb, xcb_get_window_attributes(xcb, window), nullptr));
+    const bool isThere = attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE;
+    xcb_set_input_focus(xcb, XCB_INPUT_FOCUS_POINTER_ROOT,
+                        isThere ? window : xcb_window_t(XCB_INPUT_FOCUS_POINTER_ROOT),
+                        XCB_CURRENT_TIME);
+    xcb_flush(xcb);
+}
+
+class X11OverlaySurface final : public QObject, public OverlaySurface
 {
 public:
     X11OverlaySurface(QWindow &window, std::shared_ptr<X11Stacking> stacking)
@@ -64,6 +86,7 @@ public:
     {
         if (m_stacking && m_id != XCB_NONE)
             m_stacking->unwatch(m_id);
+        X11OverlaySurface::setKeyboardWanted(false);
         if (!m_window)
             return;
         m_window->destroy();
@@ -82,21 +105,17 @@ public:
         flush();
     }
 
-    void setShape(const QRegion &region) override
-    {
-        // An empty mask means no mask to Qt; a spot outside of the window hides all of it.
-        if (!m_window)
-            return;
-        m_window->setMask(region.isEmpty() ? QRegion(-1, -1, 1, 1) : region);
-        flush();
-    }
-
-    void setBounds(const QRect &bounds) override
+    /// What has grown is to be there before it is drawn, and what has shrunk only goes when the
+    /// frame without it has been sent: never does the desktop show where the notch still is.
+    void setShape(const OverlayShape &shape) override
     {
         if (!m_window)
             return;
-        m_window->setGeometry(bounds);
-        flush();
+        m_shape = shape(m_window->devicePixelRatio(), isBlended());
+        if (m_id == XCB_NONE)
+            return;
+        cutTo(m_cut + m_shape);
+        m_window->requestUpdate();
     }
 
     void setMotionWanted(bool wanted) override
@@ -106,12 +125,57 @@ public:
             m_motion->setSelected(wanted);
     }
 
+    void setKeyboardWanted(bool wanted) override
+    {
+        xcb_connection_t *xcb = qtConnection();
+        if (wanted == m_focusBefore.has_value() || m_id == XCB_NONE || !xcb)
+            return;
+        const xcb_window_t focus = focusedWindow(xcb);
+        if (wanted) {
+            m_focusBefore = focus;
+            setFocus(xcb, m_id);
+        } else {
+            const xcb_window_t before = *std::exchange(m_focusBefore, std::nullopt);
+            if (focus == m_id)
+                setFocus(xcb, before);
+        }
+    }
+
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() == QEvent::UpdateRequest && m_cut != m_shape) {
+            // Once the window has drawn.
+            QMetaObject::invokeMethod(
+                this, [this] { cutTo(m_shape); }, Qt::QueuedConnection);
+        }
+        return false;
+    }
+
 private:
+    /// By a compositor, of which there may be none.
+    [[nodiscard]] bool isBlended() const
+    {
+        return QGuiApplication::platformNativeInterface()->nativeResourceForScreen(
+                   "compositingenabled", m_window->screen()) != nullptr;
+    }
+
+    void cutTo(const QRegion &pixels)
+    {
+        if (!m_window || m_cut == pixels)
+            return;
+        m_cut = pixels;
+        // An empty mask means no mask to Qt; a spot outside of the window hides all of it.
+        m_window->handle()->setMask(pixels.isEmpty() ? QRegion(-1, -1, 1, 1) : pixels);
+        flush();
+    }
+
     /// Creates the X window and tells pagers and compositors what it is.
     void prepare()
     {
         m_window->create();
         m_id = static_cast<xcb_window_t>(m_window->winId());
+        m_window->installEventFilter(this);
+        cutTo(m_shape);
         xcb_connection_t *xcb = qtConnection();
         if (!xcb)
             return;
@@ -131,6 +195,9 @@ private:
     QPointer<QWindow> m_window;
     std::shared_ptr<X11Stacking> m_stacking;
     xcb_window_t m_id = XCB_NONE;
+    std::optional<xcb_window_t> m_focusBefore; ///< while the keyboard is wanted
+    QRegion m_shape;                           ///< as it is wanted, in pixels
+    QRegion m_cut = QRect(-1, -1, 1, 1);       ///< as the server has it
     std::optional<MotionSelection> m_motion;
     bool m_motionWanted = true;
 };

@@ -27,6 +27,18 @@ bool canDrag(std::uint32_t button)
     return button >= XCB_BUTTON_INDEX_1 && button <= XCB_BUTTON_INDEX_3;
 }
 
+/// By its extension, or by what older ones call their outputs.
+bool isXWayland(const X11Connection &connection)
+{
+    const auto *screen = QGuiApplication::primaryScreen();
+    if (screen && screen->name().startsWith(u"XWAYLAND"))
+        return true;
+    const auto cookie = xcb_query_extension(connection.xcb(), 8, "XWAYLAND");
+    const XcbPtr<xcb_query_extension_reply_t> extension(
+        xcb_query_extension_reply(connection.xcb(), cookie, nullptr));
+    return extension && extension->present != 0;
+}
+
 /// Qt keeps every screen at its place in pixels and scales what is inside of it.
 std::optional<QPointF> toPoints(const QPoint &pixels)
 {
@@ -42,6 +54,7 @@ std::optional<QPointF> toPoints(const QPoint &pixels)
 
 X11Pointer::X11Pointer(std::shared_ptr<X11Connection> connection)
     : m_connection(std::move(connection))
+    , m_isXWayland(m_connection && isXWayland(*m_connection))
 {
     m_timer.setInterval(pollInterval);
     connect(&m_timer, &QTimer::timeout, this, &X11Pointer::ask);
@@ -53,7 +66,7 @@ X11Pointer::~X11Pointer() = default;
 
 std::optional<QPointF> X11Pointer::location() const
 {
-    if (!QGuiApplication::primaryScreen())
+    if (m_isXWayland || !QGuiApplication::primaryScreen())
         return std::nullopt;
     return QPointF(QCursor::pos());
 }
@@ -76,7 +89,8 @@ void X11Pointer::selectRawPresses()
     struct {
         xcb_input_event_mask_t header{XCB_INPUT_DEVICE_ALL_MASTER, 1};
         std::uint32_t events =
-            XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_PRESS | XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_RELEASE;
+            XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_PRESS | XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_RELEASE |
+            XCB_INPUT_XI_EVENT_MASK_RAW_TOUCH_BEGIN | XCB_INPUT_XI_EVENT_MASK_RAW_TOUCH_END;
     } selection;
     xcb_input_xi_select_events(xcb, m_connection->root(), 1, &selection.header);
     xcb_flush(xcb);
@@ -92,12 +106,22 @@ void X11Pointer::handleEvent(const xcb_generic_event_t *event)
     const auto *generic = reinterpret_cast<const xcb_ge_generic_event_t *>(event);
     if (generic->extension != m_inputOpcode)
         return;
-    if (generic->event_type == XCB_INPUT_RAW_BUTTON_PRESS) {
-        const auto *press = reinterpret_cast<const xcb_input_raw_button_press_event_t *>(event);
-        if (canDrag(press->detail) && !m_timer.isActive())
+    switch (generic->event_type) {
+    case XCB_INPUT_RAW_BUTTON_PRESS:
+        if (!canDrag(reinterpret_cast<const xcb_input_raw_button_press_event_t *>(event)->detail))
+            break;
+        [[fallthrough]];
+    case XCB_INPUT_RAW_TOUCH_BEGIN:
+        if (!m_timer.isActive())
             m_timer.start();
-    } else if (generic->event_type == XCB_INPUT_RAW_BUTTON_RELEASE && m_timer.isActive()) {
-        ask(); // the answer tells whether that was the last button
+        break;
+    case XCB_INPUT_RAW_BUTTON_RELEASE:
+    case XCB_INPUT_RAW_TOUCH_END:
+        if (m_timer.isActive())
+            ask(); // the answer tells whether that was the last button
+        break;
+    default:
+        break;
     }
 }
 
@@ -116,25 +140,23 @@ void X11Pointer::takeAnswer()
     if (!m_connection->takeReply(m_question, pointer))
         return;
     // The state of the buttons decides, not a count of events: no lost release keeps this running.
-    if (!pointer || (pointer->mask & anyButton) == 0) {
-        stop();
-        return;
-    }
-    const QPoint pixels(pointer->root_x, pointer->root_y);
-    if (m_last == pixels)
-        return;
-    m_last = pixels;
-    // With the button pressed in a window of ours, that window hears of every move.
-    if (QGuiApplication::mouseButtons() != Qt::NoButton)
-        return;
-    if (const auto points = toPoints(pixels))
-        Q_EMIT movedElsewhere(*points);
-}
-
-void X11Pointer::stop()
-{
-    m_timer.stop();
+    const bool isHeld = pointer && (pointer->mask & anyButton) != 0;
+    const auto last = m_last;
     m_last.reset();
+    if (pointer && (isHeld || last)) { // a mere click is no move
+        m_last = QPoint(pointer->root_x, pointer->root_y);
+        // With the button pressed in a window of ours, that window hears of every move.
+        const auto points = m_last != last && QGuiApplication::mouseButtons() == Qt::NoButton
+                                ? toPoints(*m_last)
+                                : std::nullopt;
+        if (points)
+            Q_EMIT movedElsewhere(*points);
+    }
+    if (!isHeld) {
+        m_timer.stop();
+        m_last.reset();
+        Q_EMIT released();
+    }
 }
 
 } // namespace velmora

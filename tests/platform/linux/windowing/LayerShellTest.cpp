@@ -3,7 +3,6 @@
 
 #include <QGuiApplication>
 #include <QImage>
-#include <QMouseEvent>
 #include <QPainter>
 #include <QProcess>
 #include <QRasterWindow>
@@ -27,12 +26,10 @@ public:
         setFormat(format);
     }
 
-    int moves = 0;
-    QPointF pressed;
+    QString typed;
 
 protected:
-    void mouseMoveEvent(QMouseEvent *) override { ++moves; }
-    void mousePressEvent(QMouseEvent *event) override { pressed = event->position(); }
+    void keyPressEvent(QKeyEvent *event) override { typed += event->text(); }
     void paintEvent(QPaintEvent *) override
     {
         QPainter painter(this);
@@ -76,7 +73,7 @@ private Q_SLOTS:
     void initTestCase()
     {
         QCOMPARE(QGuiApplication::platformName(), QStringLiteral("wayland"));
-        m_windowing = makeWindowing(proxy);
+        m_windowing = makeWindowing();
         QCOMPARE(m_windowing.screens->all().size(), 2U);
         QVERIFY(!m_windowing.pointer->location());
     }
@@ -101,46 +98,31 @@ private Q_SLOTS:
         QVERIFY(shown.pixel(left + 100, 39) != red); // transparent
         QVERIFY(shown.pixel(left, 40) != red);
 
-        surface->setBounds(boundsOn(*screens.back(), {400, 80}));
-        QTRY_COMPARE(picture(name).pixel(left - 100, 79), red);
         surface.reset();
         QTRY_VERIFY(picture(name).pixel(left, 0) != red);
     }
 
-    void motionIsToldWhereItIsWanted()
+    void keyboardOnWishOnly()
     {
         const auto screen = m_windowing.screens->all().front();
+        Window ordinary(Qt::gray);
+        ordinary.resize(300, 200);
+        ordinary.show();
+        QTRY_COMPARE(QGuiApplication::focusWindow(), &ordinary);
         Window window(Qt::blue);
-        const QRect bounds = boundsOn(*screen, {200, 40});
-        auto surface = m_windowing.shell->adopt(window, *screen, bounds);
+        auto surface = m_windowing.shell->adopt(window, *screen, boundsOn(*screen, {200, 40}));
         surface->orderFront();
         QVERIFY(QTest::qWaitForWindowExposed(&window));
         XPeer host(qgetenv("VELMORA_HOST_DISPLAY").constData());
-        const auto wander = [&](int right) {
-            for (int x = 1; x <= right; ++x)
-                host.move(bounds.topLeft() + QPoint(x, 20));
-        };
-
-        const auto click = [&](const QPointF &place) {
-            window.pressed = {};
-            host.press();
-            host.release();
-            QTRY_COMPARE(window.pressed, place);
-        };
-        // The compositor may take a moment to have the surface below the pointer.
-        QTRY_VERIFY((wander(90), window.moves > 0));
-        click({90, 20});
-
-        surface->setMotionWanted(false);
-        click({90, 20}); // what was under way before is over
-        window.moves = 0;
-        wander(150);
-        click({150, 20});
-        QVERIFY(window.moves <= 1); // the one that the press comes with
-        surface->setMotionWanted(true);
-        window.moves = 0;
-        wander(120);
-        QTRY_VERIFY(window.moves > 0);
+        for (int round = 1; round <= 2; ++round) {
+            surface->setKeyboardWanted(true);
+            QTRY_COMPARE(QGuiApplication::focusWindow(), &window);
+            host.type(38);
+            QTRY_COMPARE(window.typed, QStringLiteral("a").repeated(round));
+            surface->setKeyboardWanted(false);
+            QTRY_COMPARE(QGuiApplication::focusWindow(), &ordinary);
+        }
+        QVERIFY(ordinary.typed.isEmpty());
     }
 
     void animationsGoWithTheFrames()
@@ -181,8 +163,7 @@ private Q_SLOTS:
         QVERIFY(host.close("wlroots - " + screen->localizedName().toUtf8()));
         QTRY_COMPARE(m_windowing.screens->all().size(), 1U);
         QTRY_VERIFY(!window.handle());
-        surface->setShape(QRect(0, 0, 10, 10));
-        surface->setBounds({0, 0, 10, 10});
+        surface->setShape([](double, bool) { return QRect(0, 0, 10, 10); });
         surface->orderFront();
         QVERIFY(!window.isVisible());
         QVERIFY(screen->frame().isNull());
@@ -205,9 +186,6 @@ private Q_SLOTS:
 
     void cleanupTestCase() { m_windowing = {}; }
 
-public:
-    std::shared_ptr<CompositorProxy> proxy;
-
 private:
     Windowing m_windowing;
 };
@@ -215,10 +193,8 @@ private:
 int main(int argc, char **argv)
 {
     chooseWindowSystem();
-    const auto proxy = sparePointerMotion();
     QGuiApplication app(argc, argv);
     LayerShellTest test;
-    test.proxy = proxy;
     return QTest::qExec(&test, argc, argv);
 }
 #include "LayerShellTest.moc"

@@ -15,6 +15,11 @@ namespace
 
 constexpr QSize overlaySize(300, 100);
 
+OverlayShape shapeOf(const QRegion &region)
+{
+    return [region](double, bool) { return region; };
+}
+
 /// Counts what the pointer does to it.
 class Window : public QRasterWindow
 {
@@ -22,6 +27,7 @@ public:
     int enters = 0;
     int leaves = 0;
     int moves = 0;
+    QString typed;
 
     [[nodiscard]] xcb_window_t id() const { return static_cast<xcb_window_t>(winId()); }
 
@@ -33,6 +39,7 @@ protected:
         moves += event->type() == QEvent::MouseMove;
         return QRasterWindow::event(event);
     }
+    void keyPressEvent(QKeyEvent *event) override { typed += event->text(); }
 };
 
 /// One window on the first screen, shown and exposed.
@@ -43,7 +50,7 @@ struct Overlay {
         const QRect frame = screen->frame().toRect();
         bounds = QRect({frame.center().x() - overlaySize.width() / 2, frame.top()}, overlaySize);
         surface = windowing.shell->adopt(window, *screen, bounds);
-        surface->setShape(shape);
+        surface->setShape(shapeOf(shape));
         surface->orderFront();
         shown = QTest::qWaitForWindowExposed(&window);
     }
@@ -53,6 +60,13 @@ struct Overlay {
     std::unique_ptr<OverlaySurface> surface;
     bool shown = false;
 };
+
+/// Until it has done what Qt has sent. No event is handled here meanwhile.
+void waitForServer()
+{
+    auto *xcb = qGuiApp->nativeInterface<QNativeInterface::QX11Application>()->connection();
+    std::free(xcb_get_input_focus_reply(xcb, xcb_get_input_focus(xcb), nullptr)); // NOLINT
+}
 
 int xrandr(const QStringList &arguments)
 {
@@ -85,15 +99,15 @@ private Q_SLOTS:
         QVERIFY(m_peer.windowAt(corner + QPoint(49, 29)) != id);
         QVERIFY(m_peer.windowAt(corner + QPoint(50, 30)) != id);
 
-        overlay.surface->setShape(QRect(QPoint(), overlaySize));
-        QTRY_COMPARE(m_peer.windowAt(corner + QPoint(49, 99)), id);
-        overlay.surface->setShape({});
+        // It grows before anything can be drawn there, and shrinks after it has been drawn without.
+        overlay.surface->setShape(shapeOf(QRect(QPoint(), overlaySize)));
+        waitForServer();
+        QCOMPARE(m_peer.windowAt(corner + QPoint(49, 99)), id);
+        overlay.surface->setShape(shapeOf({}));
+        waitForServer();
+        QCOMPARE(m_peer.windowAt(corner + QPoint(49, 99)), id);
         QTRY_VERIFY(m_peer.windowAt(corner + QPoint(100, 10)) != id);
 
-        overlay.surface->setShape(QRect(QPoint(), overlaySize));
-        const QRect elsewhere(overlay.bounds.translated(-40, 0));
-        overlay.surface->setBounds(elsewhere);
-        QTRY_COMPARE(m_peer.geometry(id), elsewhere);
         overlay.surface.reset();
         QTRY_VERIFY(m_peer.geometry(id).isNull());
         m_peer.move(away);
@@ -101,7 +115,8 @@ private Q_SLOTS:
 
     void neverTakesTheFocus()
     {
-        const xcb_window_t before = m_peer.focus();
+        const xcb_window_t before = m_peer.openWindow({100, 300, 300, 200});
+        QTRY_COMPARE(m_peer.focus(), before);
         Overlay overlay(m_windowing);
         QVERIFY(overlay.shown);
         m_peer.move(overlay.bounds.center());
@@ -112,6 +127,39 @@ private Q_SLOTS:
         QTRY_COMPARE(overlay.window.leaves, 1);
         QCOMPARE(m_peer.focus(), before);
         QVERIFY(!overlay.window.isActive());
+        m_peer.remove(before);
+    }
+
+    void keyboardOnWishOnly()
+    {
+        const xcb_window_t typing = m_peer.openWindow({100, 300, 300, 200});
+        QTRY_COMPARE(m_peer.focus(), typing);
+        Overlay overlay(m_windowing);
+        QVERIFY(overlay.shown);
+        overlay.surface->setKeyboardWanted(true);
+        QTRY_COMPARE(QGuiApplication::focusWindow(), &overlay.window);
+        m_peer.type(38);
+        QTRY_COMPARE(overlay.window.typed, QStringLiteral("a"));
+        overlay.surface->setKeyboardWanted(false);
+        QTRY_COMPARE(m_peer.focus(), typing);
+        QTRY_VERIFY(!overlay.window.isActive());
+
+        // The user has gone on to another window meanwhile.
+        const xcb_window_t other = m_peer.openWindow({500, 300, 200, 200});
+        QTRY_COMPARE(m_peer.focus(), other);
+        overlay.surface->setKeyboardWanted(true);
+        QTRY_COMPARE(m_peer.focus(), overlay.window.id());
+        m_peer.setFocus(typing);
+        overlay.surface->setKeyboardWanted(false);
+        QCOMPARE(m_peer.focus(), typing);
+
+        // The window that had it is gone; and the overlay itself goes, with the keyboard.
+        overlay.surface->setKeyboardWanted(true);
+        QTRY_COMPARE(m_peer.focus(), overlay.window.id());
+        m_peer.remove(typing);
+        overlay.surface.reset();
+        QTRY_COMPARE(m_peer.focus(), other);
+        m_peer.remove(other);
     }
 
     void staysAboveManagedWindowsAndBelowLockers()
@@ -193,7 +241,10 @@ private Q_SLOTS:
             m_peer.move(to);
             QTRY_VERIFY(!moved.isEmpty() && moved.last().first().toPointF() == QPointF(to));
         }
+        // Also where it ended, however quickly.
+        m_peer.move({500, 200});
         m_peer.release();
+        QTRY_COMPARE(moved.last().first().toPointF(), QPointF(500, 200));
         m_peer.ungrabPointer();
 
         // Released, moves are nobody's business. The next drag tells when all is over.
@@ -206,6 +257,41 @@ private Q_SLOTS:
         for (const auto &arguments : moved)
             QVERIFY(arguments.first().toPointF() != QPointF(420, 300));
         m_peer.release();
+        m_peer.move(away);
+    }
+
+    void fileDragsOfOthers_data()
+    {
+        QTest::addColumn<QByteArray>("list");
+        QTest::addColumn<int>("files");
+        QTest::newRow("a file") << QByteArray("file:///tmp/a\r\n") << 1;
+        const QByteArray lines = QByteArray("file:///tmp/a\r\n").repeated(65'535 / 15);
+        QTest::newRow("a line at the limit") << lines + "file:///tmp/another" << 65'535 / 15 + 1;
+        QTest::newRow("no end of a line") << "file:///tmp/" + QByteArray(70'000, 'a') << 1;
+    }
+
+    void fileDragsOfOthers()
+    {
+        QFETCH(const QByteArray, list);
+        QFETCH(const int, files);
+        QSignalSpy began(m_windowing.drags.get(), &FileDrags::began);
+        QSignalSpy released(m_windowing.drags.get(), &FileDrags::released);
+        m_peer.press(2);
+        m_peer.offerFiles(list);
+        QTRY_VERIFY((m_peer.answer(), !began.isEmpty()));
+        QTRY_COMPARE(m_windowing.drags->files().size(), files);
+        QCOMPARE(began.size(), 1);
+        // A wheel and a second button do not end it.
+        m_peer.press(4);
+        m_peer.release(4);
+        m_peer.press(3);
+        m_peer.release(2);
+        QSignalSpy moved(m_windowing.pointer.get(), &Pointer::movedElsewhere);
+        m_peer.move({450, 400});
+        QTRY_VERIFY(!moved.isEmpty());
+        QCOMPARE(released.size(), 0);
+        m_peer.release(3);
+        QTRY_COMPARE(released.size(), 1);
         m_peer.move(away);
     }
 

@@ -93,6 +93,56 @@ public:
         sync();
     }
 
+    /// A window that the window manager manages, and gives the focus to.
+    xcb_window_t openWindow(const QRect &place)
+    {
+        const xcb_window_t window = createWindow(m_root, place, false);
+        xcb_map_window(m_xcb, window);
+        sync();
+        return window;
+    }
+
+    void setFocus(xcb_window_t window)
+    {
+        xcb_set_input_focus(m_xcb, XCB_INPUT_FOCUS_PARENT, window, XCB_CURRENT_TIME);
+        sync();
+    }
+
+    void type(std::uint8_t keycode)
+    {
+        fake(XCB_KEY_PRESS, keycode, {});
+        fake(XCB_KEY_RELEASE, keycode, {});
+    }
+
+    /// Begins a drag, as far as others can tell; `answer` tells them of what.
+    void offerFiles(const QByteArray &uriList)
+    {
+        m_offer = uriList;
+        xcb_set_selection_owner(m_xcb, createWindow(m_root, {0, 0, 1, 1}), atom("XdndSelection"),
+                                XCB_CURRENT_TIME);
+        sync();
+    }
+
+    void answer()
+    {
+        while (const Reply<xcb_generic_event_t> event{xcb_poll_for_event(m_xcb)}) {
+            if ((event->response_type & 0x7f) != XCB_SELECTION_REQUEST)
+                continue;
+            const auto &request = reinterpret_cast<xcb_selection_request_event_t &>(*event);
+            xcb_change_property(m_xcb, XCB_PROP_MODE_REPLACE, request.requestor, request.property,
+                                request.target, 8, std::uint32_t(m_offer.size()), m_offer.data());
+            xcb_selection_notify_event_t notice{};
+            notice.response_type = XCB_SELECTION_NOTIFY;
+            notice.time = request.time;
+            notice.requestor = request.requestor;
+            notice.selection = request.selection;
+            notice.target = request.target;
+            notice.property = request.property;
+            xcb_send_event(m_xcb, 0, request.requestor, 0, reinterpret_cast<char *>(&notice));
+        }
+        sync();
+    }
+
     void remove(xcb_window_t window)
     {
         xcb_destroy_window(m_xcb, window);
@@ -167,10 +217,10 @@ private:
         return Reply<xcb_intern_atom_reply_t>(xcb_intern_atom_reply(m_xcb, cookie, nullptr))->atom;
     }
 
-    xcb_window_t createWindow(xcb_window_t parent, const QRect &place)
+    xcb_window_t createWindow(xcb_window_t parent, const QRect &place, bool bypasses = true)
     {
         const xcb_window_t window = xcb_generate_id(m_xcb);
-        const std::uint32_t overrideRedirect = 1;
+        const std::uint32_t overrideRedirect = bypasses;
         xcb_create_window(m_xcb, XCB_COPY_FROM_PARENT, window, parent, std::int16_t(place.x()),
                           std::int16_t(place.y()), std::uint16_t(place.width()),
                           std::uint16_t(place.height()), 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
@@ -180,6 +230,7 @@ private:
 
     xcb_connection_t *m_xcb;
     xcb_window_t m_root;
+    QByteArray m_offer;
 };
 
 } // namespace velmora
