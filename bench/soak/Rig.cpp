@@ -94,7 +94,7 @@ Rig::Rig()
 {
     m_driver->install();
     const OverlayEnvironment environment{*m_clock, *m_platform.pointer, *m_platform.drags,
-                                         *m_platform.screens, *m_platform.shell};
+                                         *m_platform.shell};
     m_manager = std::make_unique<NotchManager>(
         m_platform, [this, environment](const auto &screen, const auto &settings, auto &services) {
             return std::make_unique<NotchWindowController>(

@@ -105,7 +105,7 @@ int runApplication(BusConnection &bus, const std::shared_ptr<CompositorProxy> &p
     OverlayWarmUp warmUp(scene.engine(), *platform.clock);
     LoginPrompt loginPrompt(scene.engine());
     const OverlayEnvironment environment{*platform.clock, *platform.pointer, *platform.drags,
-                                         *platform.screens, *platform.shell};
+                                         *platform.shell};
     const auto makeController = [&](const std::shared_ptr<Screen> &screen,
                                     const NotchSettings &settings, NotchServices &services) {
         return std::make_unique<NotchWindowController>(

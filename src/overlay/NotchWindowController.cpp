@@ -1,6 +1,5 @@
 #include "overlay/NotchWindowController.h"
 
-#include "overlay/NotchGeometry.h"
 #include "style/BottomRoundedShape.h"
 
 #include <QLoggingCategory>
@@ -25,18 +24,19 @@ NotchWindowController::NotchWindowController(const std::shared_ptr<Screen> &scre
                                              const OverlayEnvironment &environment,
                                              const OverlayContent &content)
     : m_screen(screen)
-    , m_settings(settings)
+    , m_geometry(screen->frame(), settings)
     , m_services(services)
     , m_environment(environment)
-    , m_frame(NotchGeometry::collapsed(screen->frame(), settings))
-    , m_windowBounds(NotchGeometry::window(screen->frame(), settings))
+    , m_frame(m_geometry.collapsed)
     , m_animation(m_frame)
 {
+    for (const NotchWidgetType type : settings.widgets) {
+        m_widgets << rawValue(type);
+    }
     setupTracking();
     setupWindow(content);
     connect(&environment.pointer, &Pointer::movedElsewhere, this,
             &NotchWindowController::hoverProbe);
-    connect(&environment.screens, &Screens::changed, this, &NotchWindowController::screensChanged);
     setupDragMonitors();
     observeDropState();
 }
@@ -48,27 +48,24 @@ NotchWindowController::~NotchWindowController()
 
 void NotchWindowController::setupTracking()
 {
-    m_trackingView.onMouseEntered = [this] { mouseEntered(); };
+    m_trackingView.onMouseEntered = [this](const QPointF &position) { mouseEntered(position); };
+    m_trackingView.onMouseMoved = [this](const QPointF &position) { mouseMoved(position); };
+    m_trackingView.onMousePressed = [this](const QPointF &position) {
+        return mousePressed(position);
+    };
     m_trackingView.onMouseExited = [this] { mouseExited(); };
     setupDragTracking();
 }
 
 void NotchWindowController::setupWindow(const OverlayContent &content)
 {
-    m_window = std::make_unique<NotchWindow>(
-        m_trackingView, [this](const QPointF &position) { return position - panelOrigin(); });
-    m_surface = m_environment.shell.adopt(*m_window, *m_screen.lock(), m_windowBounds);
+    m_window = std::make_unique<NotchWindow>(m_trackingView);
+    m_surface = m_environment.shell.adopt(*m_window, *m_screen.lock(), m_geometry.window);
     updateShape();
     updateMotion();
     if (content) {
         content(*m_window, *this);
     }
-}
-
-/// Where the panel begins in the window, or will begin once it has grown.
-QPointF NotchWindowController::panelOrigin() const
-{
-    return NotchGeometry::expanded(m_windowBounds, m_settings).topLeft() - m_windowBounds.topLeft();
 }
 
 void NotchWindowController::showWindow()
@@ -80,51 +77,67 @@ void NotchWindowController::showWindow()
 
 void NotchWindowController::close()
 {
+    dismissOpenWith();
     m_collapseWork.reset();
     m_frameTimer.reset();
     m_surface.reset();
     m_window.reset();
+    // Nobody else would see the end of the drag.
+    if (m_dragPart != DragPart::None) {
+        endDrag();
+    }
 }
 
-QRectF NotchWindowController::frameInWindow() const
+void NotchWindowController::mouseEntered(const QPointF &position)
 {
-    return m_frame.translated(-m_windowBounds.topLeft());
-}
-
-double NotchWindowController::cornerRadius() const
-{
-    return NotchGeometry::cornerRadius(m_settings);
-}
-
-double NotchWindowController::zoneWidth(int zone, double panelWidth) const
-{
-    return NotchGeometry::zoneWidths(m_settings.zoneWidths, panelWidth).value(zone);
-}
-
-void NotchWindowController::mouseEntered()
-{
-    qCDebug(lcWindowController, "mouse entered \u2014 expanding");
-    m_pointerOverWindow = true;
+    setPointerOver(true);
     m_collapseWork.reset();
-    if (m_window && !m_screen.expired() && !m_notchState.isExpanded()) {
+    mouseMoved(position);
+}
+
+void NotchWindowController::mouseMoved(const QPointF &position)
+{
+    if (m_window && !m_screen.expired() && !m_notchState.isExpanded() &&
+        !m_quietArea.contains(position)) {
+        qCDebug(lcWindowController, "mouse entered \u2014 expanding");
         expand();
     }
+}
+
+bool NotchWindowController::mousePressed(const QPointF &position)
+{
+    if (isInMenu(position)) {
+        return false;
+    }
+    const bool hadMenu = !m_menuFrame.isEmpty();
+    closeMenus();
+    return hadMenu;
 }
 
 void NotchWindowController::mouseExited()
 {
     qCDebug(lcWindowController, "mouse exited \u2014 scheduling collapse");
-    m_pointerOverWindow = false;
+    setPointerOver(false);
     if (m_window) {
         scheduleCollapse();
     }
 }
 
+void NotchWindowController::setPointerOver(bool over)
+{
+    m_isPointerOver = over;
+    updateMotion();
+    Q_EMIT isPointerOverChanged();
+}
+
 void NotchWindowController::hoverProbe(const QPointF &location)
 {
-    const auto screen = m_screen.lock();
-    if (!m_window || !screen ||
-        !NotchGeometry::collapsed(screen->frame(), m_settings).contains(location)) {
+    const QPointF position = location - m_geometry.window.topLeft();
+    if (!m_menuFrame.isEmpty() && !m_frame.contains(position) && !isInMenu(position)) {
+        closeMenus();
+    }
+    if (!m_window || m_screen.expired() || !m_geometry.collapsed.contains(position) ||
+        m_quietArea.contains(position)) {
         return;
     }
     m_collapseWork.reset();
@@ -135,12 +148,18 @@ void NotchWindowController::hoverProbe(const QPointF &location)
 
 void NotchWindowController::expand()
 {
-    const QRectF target = NotchGeometry::expanded(m_screen.lock()->frame(), m_settings);
-    qCInfo(lcWindowController, "expand \u2192 %f\u00d7%f", NotchGeometry::expandedWidth,
-           m_settings.expandedTopPadding + NotchGeometry::expandedContentHeight);
+    qCInfo(lcWindowController, "expand \u2192 %f\u00d7%f", m_geometry.panel.width(),
+           m_geometry.panel.height());
+    openPanel(expandDuration);
+}
+
+void NotchWindowController::openPanel(Milliseconds duration)
+{
+    setMissedStatus({});
     // The flag comes first, so that the views change while the window grows.
     m_notchState.setExpanded(true);
-    animateWindow(target, expandDuration);
+    updateMotion();
+    animateWindow(m_geometry.panel, duration);
 }
 
 void NotchWindowController::scheduleCollapse()
@@ -168,33 +187,25 @@ bool NotchWindowController::isPointerInside() const
 {
     const auto location = m_environment.pointer.location();
     if (!location) {
-        return m_pointerOverWindow;
+        return m_isPointerOver;
     }
-    const QPointF inWindow = *location - m_windowBounds.topLeft();
-    return m_frame.contains(*location) || m_menuFrame.contains(inWindow) ||
-           m_submenuFrame.contains(inWindow);
+    const QPointF position = *location - m_geometry.window.topLeft();
+    return m_frame.contains(position) || isInMenu(position);
+}
+
+bool NotchWindowController::isInMenu(const QPointF &position) const
+{
+    return m_menuFrame.contains(position) || m_submenuFrame.contains(position);
 }
 
 void NotchWindowController::collapse()
 {
-    qCInfo(lcWindowController, "collapse \u2192 %f\u00d7%f", m_settings.notchWidth,
-           m_settings.notchHeight);
+    qCInfo(lcWindowController, "collapse \u2192 %f\u00d7%f", m_geometry.collapsed.width(),
+           m_geometry.collapsed.height());
     m_notchState.setExpanded(false);
-    animateWindow(NotchGeometry::collapsed(m_screen.lock()->frame(), m_settings), collapseDuration);
-}
-
-void NotchWindowController::screensChanged()
-{
-    qCInfo(lcWindowController, "screens changed \u2014 repositioning window");
-    const auto screen = m_screen.lock();
-    if (!screen || !m_window) {
-        return;
-    }
-    m_frameTimer.reset();
-    m_windowBounds = NotchGeometry::window(screen->frame(), m_settings);
-    m_surface->setBounds(m_windowBounds);
-    setFrame(m_notchState.isExpanded() ? NotchGeometry::expanded(screen->frame(), m_settings)
-                                       : NotchGeometry::collapsed(screen->frame(), m_settings));
+    updateMotion();
+    dismissOpenWith();
+    animateWindow(m_geometry.collapsed, collapseDuration);
 }
 
 void NotchWindowController::animateWindow(const QRectF &target, Milliseconds duration)
@@ -250,11 +261,28 @@ void NotchWindowController::setMenuPart(QRectF &part, const QRectF &frame)
     Q_EMIT menuChanged();
 }
 
+void NotchWindowController::setQuietArea(const QRectF &area)
+{
+    if (area != m_quietArea) {
+        m_quietArea = area;
+        Q_EMIT quietAreaChanged();
+    }
+}
+
+void NotchWindowController::closeMenus()
+{
+    dropService().openWithMenu()->dismiss();
+    Q_EMIT pressedElsewhere();
+}
+
 void NotchWindowController::updateMotion()
 {
-    // Only the menu follows the pointer; to everything else entering, leaving and pressing is
-    // enough, and a pointer that merely moves costs nothing.
-    const bool wanted = !m_menuFrame.isEmpty();
+    if (!m_surface) {
+        return;
+    }
+    // Only the menu, and the strip as long as it has not opened, follow the pointer; to everything
+    // else entering, leaving and pressing is enough, and a pointer that merely moves costs nothing.
+    const bool wanted = !m_menuFrame.isEmpty() || (m_isPointerOver && !m_notchState.isExpanded());
     m_surface->setMotionWanted(wanted);
     m_window->setMotionWanted(wanted);
 }
@@ -262,10 +290,10 @@ void NotchWindowController::updateMotion()
 void NotchWindowController::updateShape()
 {
     const double radius =
-        m_notchState.isExpanded() ? NotchGeometry::panelCornerRadius : cornerRadius();
-    QRegion region = bottomRoundedRegion(frameInWindow(), radius);
+        m_notchState.isExpanded() ? m_geometry.panelCornerRadius : m_geometry.cornerRadius;
+    QRegion region = bottomRoundedRegion(m_frame, radius);
     for (const QRectF &card : {m_menuFrame, m_submenuFrame}) {
-        region += roundedRegion(card, NotchGeometry::menuCornerRadius);
+        region += roundedRegion(card, m_geometry.menuCornerRadius);
     }
     m_surface->setShape(region);
 }

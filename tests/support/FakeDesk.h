@@ -8,19 +8,15 @@ namespace velmora
 {
 
 /// All that overlays stand on, made of doubles. The screens are the test's to add.
-template<typename Shell = FakeShell>
 struct FakeDesk {
-    [[nodiscard]] OverlayEnvironment environment()
-    {
-        return {clock, pointer, drags, screens, shell};
-    }
+    [[nodiscard]] OverlayEnvironment environment() { return {clock, pointer, drags, shell}; }
 
     FakePlatform platform;
     VirtualClock &clock = platform.clock;
     FakeScreens &screens = platform.screens;
     FakePointer pointer;
     FakeFileDrags drags;
-    Shell shell;
+    FakeShell shell;
     NotchServices services{platform.roles};
 };
 
