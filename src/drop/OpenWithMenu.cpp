@@ -41,7 +41,11 @@ void OpenWithMenu::popUp(const QList<Application> &applications, const QList<QUr
     m_items = applications.mid(0, mostItems);
     m_files = files;
     m_closed = std::move(closed);
+    m_isShown = false;
     Q_EMIT changed();
+    if (!m_isShown) {
+        dismiss();
+    }
 }
 
 void OpenWithMenu::openWithApp(int index)

@@ -33,8 +33,12 @@ public:
     [[nodiscard]] QStringList titles() const;
     [[nodiscard]] QStringList iconNames() const;
 
-    /// Opens it with the first ten of the applications. One that is open already is dismissed.
+    /// Opens it with the first ten of the applications. One that is open already is dismissed, and
+    /// so is one that nobody shows.
     void popUp(const QList<Application> &applications, const QList<QUrl> &files, Closed closed);
+
+    /// To be called by whoever shows it, within `changed`.
+    void setShown() { m_isShown = true; }
 
     /// Takes an item, by its place, and closes the menu; an item that is not there only closes it.
     Q_INVOKABLE void openWithApp(int index);
@@ -48,6 +52,7 @@ private:
     QList<Application> m_items;
     QList<QUrl> m_files;
     Closed m_closed;
+    bool m_isShown = false;
 };
 
 } // namespace velmora

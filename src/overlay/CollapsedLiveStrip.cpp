@@ -12,6 +12,7 @@ using namespace std::chrono_literals;
 
 constexpr auto rotationInterval = 5s;
 constexpr auto noticeDuration = 3s;
+constexpr auto volumePatience = 1500ms;
 
 } // namespace
 
@@ -33,6 +34,9 @@ void CollapsedLiveStrip::componentComplete()
         }
     });
     updateSlides();
+    if (!m_missedStatus.isEmpty()) {
+        showNotice(m_missedStatus);
+    }
 }
 
 int CollapsedLiveStrip::currentIndex() const
@@ -70,7 +74,22 @@ void CollapsedLiveStrip::setShowVolume(bool show)
 {
     if (show != m_showVolume) {
         m_showVolume = show;
+        watchVolume();
         Q_EMIT showVolumeChanged();
+    }
+}
+
+void CollapsedLiveStrip::setVolumeInUse(bool inUse)
+{
+    m_isVolumeInUse = inUse;
+    watchVolume();
+}
+
+void CollapsedLiveStrip::watchVolume()
+{
+    m_volumeTask.reset();
+    if (m_showVolume && !m_isVolumeInUse) {
+        m_volumeTask = m_services->clock()->after(volumePatience, [this] { setShowVolume(false); });
     }
 }
 

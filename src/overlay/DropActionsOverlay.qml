@@ -6,12 +6,12 @@ import Velmora.Overlay
 import Velmora.Style
 
 // What the notch shows while files are dragged: a row of actions, and a line of text below them.
-// Where a button lies is also known to the controller, which finds the action under the drag.
 Item {
     id: view
 
     required property NotchWindowController controller
 
+    readonly property notchGeometry geometry: controller.geometry
     readonly property DropActionsService service: controller.services.dropService
 
     Column {
@@ -20,13 +20,8 @@ Item {
         width: parent.width
 
         Row {
-            id: row
-
-            readonly property real slotWidth: (width - (actions.count - 1) * spacing) / Math.max(1, actions.count)
-
-            spacing: 6
-            width: parent.width - 2 * 10
-            x: 10
+            spacing: view.geometry.dropSpacing
+            x: view.geometry.dropRowPadding
 
             Repeater {
                 id: actions
@@ -37,8 +32,9 @@ Item {
                     required property string modelData
 
                     action: modelData
+                    growth: view.geometry.dropSpacing / 2
                     isHovered: view.service.hoveredAction === modelData
-                    width: row.slotWidth
+                    width: view.geometry.dropSlotWidth(actions.count)
                 }
             }
         }

@@ -9,54 +9,39 @@ Item {
 
     required property NotchWindowController controller
 
-    component Zone: ZoneSlot {
-        required property int index
-
-        height: zones.height
-        services: panel.controller.services
-        width: panel.controller.zoneWidth(index, panel.width)
-    }
-
-    component Divider: ZoneDivider {
-        height: zones.height
-    }
+    readonly property notchGeometry geometry: controller.geometry
 
     Row {
-        id: zones
-
         anchors {
             bottom: parent.bottom
-            left: parent.left
-            leftMargin: 14
-            right: parent.right
-            rightMargin: 14
             top: parent.top
-            topMargin: Math.max(0, panel.controller.expandedTopPadding)
+            topMargin: panel.geometry.topPadding
         }
+        x: panel.geometry.panelPadding
 
-        Zone {
-            index: 0
-            type: panel.controller.farLeftWidget
-        }
-        Divider {}
-        Zone {
-            index: 1
-            type: panel.controller.leftWidget
-        }
-        Divider {}
-        Zone {
-            index: 2
-            type: panel.controller.centerWidget
-        }
-        Divider {}
-        Zone {
-            index: 3
-            type: panel.controller.rightWidget
-        }
-        Divider {}
-        Zone {
-            index: 4
-            type: panel.controller.farRightWidget
+        Repeater {
+            model: panel.controller.widgets
+
+            Row {
+                id: zone
+
+                required property int index
+                required property string modelData
+
+                height: parent.height
+
+                ZoneDivider {
+                    height: parent.height
+                    visible: zone.index > 0
+                    width: panel.geometry.dividerWidth
+                }
+                ZoneSlot {
+                    height: parent.height
+                    services: panel.controller.services
+                    type: zone.modelData
+                    width: panel.geometry.zoneWidths[zone.index]
+                }
+            }
         }
     }
 }

@@ -1,6 +1,6 @@
 #include "overlay/FrameAnimation.h"
 
-#include <algorithm>
+#include <QEasingCurve>
 
 namespace velmora
 {
@@ -8,19 +8,15 @@ namespace velmora
 namespace
 {
 
-/// The usual curve for "ease in and ease out": cubic with control points (0.42, 0), (0.58, 1). Its
-/// parameter is found by bisection, since time rises with it all the way.
+/// The usual curve for "ease in and ease out".
 double easeInEaseOut(double progress)
 {
-    double low = 0;
-    double high = 1;
-    double t = progress;
-    for (int i = 0; i < 24; ++i) {
-        t = (low + high) / 2;
-        const double time = 3 * (1 - t) * t * ((1 - t) * 0.42 + t * 0.58) + t * t * t;
-        (time < progress ? low : high) = t;
-    }
-    return t * t * (3 - 2 * t);
+    static const QEasingCurve curve = [] {
+        QEasingCurve cubic(QEasingCurve::BezierSpline);
+        cubic.addCubicBezierSegment({0.42, 0}, {0.58, 1}, {1, 1});
+        return cubic;
+    }();
+    return curve.valueForProgress(progress);
 }
 
 } // namespace
@@ -46,7 +42,7 @@ QRectF FrameAnimation::at(Time now) const
     }
     const double elapsed = std::chrono::duration<double>(now - m_start).count();
     const double total = std::chrono::duration<double>(m_duration).count();
-    const double eased = easeInEaseOut(std::max(elapsed / total, 0.0));
+    const double eased = easeInEaseOut(elapsed / total);
     const auto between = [eased](double from, double to) { return from + (to - from) * eased; };
     return {between(m_from.x(), m_to.x()), between(m_from.y(), m_to.y()),
             between(m_from.width(), m_to.width()), between(m_from.height(), m_to.height())};

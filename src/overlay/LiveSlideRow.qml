@@ -4,7 +4,7 @@ import QtQuick
 import Velmora.Overlay
 import Velmora.Style
 
-// The slide on show: symbol, texts, and at the end a dot for each slide and the speaker button.
+// The slide on show: symbol, texts, and at the end a dot for each slide.
 Item {
     id: row
 
@@ -30,7 +30,7 @@ Item {
         anchors {
             bottom: parent.bottom
             left: icon.right
-            right: controls.left
+            right: dots.visible ? dots.left : parent.right
             rightMargin: 4
             top: parent.top
         }
@@ -41,56 +41,31 @@ Item {
         }
     }
     Row {
-        id: controls
+        id: dots
 
         anchors.right: parent.right
         anchors.verticalCenter: parent.verticalCenter
-        spacing: 4
+        spacing: 3
+        visible: row.strip.slideCount >= 2
 
-        Row {
-            anchors.verticalCenter: parent.verticalCenter
-            spacing: 3
-            visible: row.strip.slideCount >= 2
+        Repeater {
+            model: row.strip.slideCount
 
-            Repeater {
-                model: row.strip.slideCount
+            Rectangle {
+                required property int index
 
-                Rectangle {
-                    required property int index
+                antialiasing: true
+                color: Qt.rgba(1, 1, 1, index === row.strip.currentIndex ? 0.75 : 0.2)
+                height: 3
+                radius: 1.5
+                width: 3
 
-                    antialiasing: true
-                    color: Qt.rgba(1, 1, 1, index === row.strip.currentIndex ? 0.75 : 0.2)
-                    height: 3
-                    radius: 1.5
-                    width: 3
-
-                    Behavior on color {
-                        ColorAnimation {
-                            duration: 250
-                            easing.type: Easing.InOutQuad
-                        }
+                Behavior on color {
+                    ColorAnimation {
+                        duration: 250
+                        easing.type: Easing.InOutQuad
                     }
                 }
-            }
-        }
-        Item {
-            id: speaker
-
-            Accessible.name: qsTr("Volume")
-            Accessible.role: Accessible.Button
-            Accessible.onPressAction: row.strip.showVolume = !row.strip.showVolume
-
-            height: 16
-            width: 16
-
-            Symbol {
-                anchors.centerIn: parent
-                color: Qt.rgba(1, 1, 1, row.strip.showVolume ? 0.7 : 0.35)
-                name: row.strip.showVolume ? "speaker.wave.2.fill" : "speaker.fill"
-                size: 8
-            }
-            TapHandler {
-                onTapped: row.strip.showVolume = !row.strip.showVolume
             }
         }
     }

@@ -4,75 +4,82 @@
 #include <cmath>
 #include <numeric>
 
-namespace velmora::NotchGeometry
+namespace velmora
 {
 
 namespace
 {
 
-constexpr double largestSide = 4096; // points: what can still be painted as one picture
+constexpr double widestPanel = 800;
+constexpr double contentHeight = 90; // of the panel, below the top padding
 constexpr double menuRoom = 216;     // points of height that the status menu needs
+constexpr double buttonWidth = 32;   // of the strip, as far as it has room
 constexpr double smallestWeight = 0.3;
+constexpr double largestWeight = 4096;
 
-/// Size and place of a rectangle at the top centre of the screen, on whole points.
-QRectF topCentre(const QRectF &screen, double width, double height)
+double limited(double value, double fallback, double most)
 {
-    const double w = std::clamp(width, 0.0, largestSide);
-    const double h = std::clamp(height, 0.0, largestSide);
-    return {std::round(screen.center().x() - w / 2), screen.top(), w, h};
+    return std::isnan(value) ? fallback : std::clamp(value, 0.0, most);
 }
 
-} // namespace
-
-double cornerRadius(const NotchSettings &settings)
+/// On whole points.
+QRectF topCentre(double windowWidth, double width, double height)
 {
-    return std::clamp(settings.cornerRadius, 0.0, largestSide);
+    return {std::round((windowWidth - width) / 2), 0, width, height};
 }
 
-QRectF collapsed(const QRectF &screen, const NotchSettings &settings)
+QList<double> shares(const std::array<double, 5> &weights, double available)
 {
-    return topCentre(screen, settings.notchWidth, settings.notchHeight);
-}
-
-QRectF expanded(const QRectF &screen, const NotchSettings &settings)
-{
-    return topCentre(screen, expandedWidth, settings.expandedTopPadding + expandedContentHeight);
-}
-
-QRect window(const QRectF &screen, const NotchSettings &settings)
-{
-    const QRectF both = collapsed(screen, settings).united(expanded(screen, settings));
-    // An even width, so that a compositor which centres the window puts it where we believe it is.
-    const double width = 2 * std::ceil(both.width() / 2);
-    return topCentre(screen, width, std::max(both.height(), menuRoom)).toAlignedRect();
-}
-
-QList<double> zoneWidths(const std::array<double, 5> &weights, double panelWidth)
-{
-    const double available = panelWidth - 4 * dividerWidth - 2 * panelPadding;
-    std::array<double, 5> counted{};
-    std::transform(weights.begin(), weights.end(), counted.begin(),
-                   [](double weight) { return std::clamp(weight, smallestWeight, largestSide); });
-    const double total = std::accumulate(counted.begin(), counted.end(), 0.0);
     QList<double> widths;
-    for (const double weight : counted) {
-        widths << available * (weight / total);
+    for (const double weight : weights) {
+        widths << std::max(limited(weight, 1, largestWeight), smallestWeight);
+    }
+    const double total = std::accumulate(widths.begin(), widths.end(), 0.0);
+    for (double &width : widths) {
+        width *= std::max(available, 0.0) / total;
     }
     return widths;
 }
 
-double dropSlotWidth(int count)
+} // namespace
+
+NotchGeometry::NotchGeometry(const QRectF &screen, const NotchSettings &settings)
 {
-    return (expandedWidth - 2 * dropRowPadding - (count - 1) * dropSpacing) / count;
+    const NotchSettings fallback;
+    // Even, so that a compositor which centres the window puts it where we believe it is.
+    const double widest = 2 * std::floor(screen.width() / 2);
+    const double tallest = screen.height();
+
+    const double width = limited(settings.notchWidth, fallback.notchWidth, widest);
+    const double height = limited(settings.notchHeight, fallback.notchHeight, tallest);
+    topPadding = limited(settings.expandedTopPadding, fallback.expandedTopPadding,
+                         std::max(tallest - contentHeight, 0.0));
+    const QSizeF panelSize(std::min(widestPanel, widest),
+                           std::min(topPadding + contentHeight, tallest));
+    cornerRadius =
+        limited(settings.cornerRadius, fallback.cornerRadius, std::min(width / 2, height));
+
+    const int windowWidth = 2 * static_cast<int>(std::ceil(std::max(width, panelSize.width()) / 2));
+    const double windowHeight = std::min(std::max({height, panelSize.height(), menuRoom}), tallest);
+    window = QRect(qRound(screen.center().x() - windowWidth / 2.0), qRound(screen.top()),
+                   windowWidth, static_cast<int>(std::ceil(windowHeight)));
+    collapsed = topCentre(windowWidth, width, height);
+    panel = topCentre(windowWidth, panelSize.width(), panelSize.height());
+
+    const double button = std::min(buttonWidth, width / 4);
+    stripButton = QRectF(collapsed.right() - button, 0, button, height);
+    zoneWidths = shares(settings.zoneWidths, panel.width() - 4 * dividerWidth - 2 * panelPadding);
 }
 
-int dropSlotAt(double x, int count)
+double NotchGeometry::dropSlotWidth(int count) const
 {
-    if (count <= 0) {
-        return -1;
-    }
+    return (panel.width() - 2 * dropRowPadding - (count - 1) * dropSpacing) / std::max(count, 1);
+}
+
+int NotchGeometry::dropSlotAt(double x, int count) const
+{
     const double slot = std::trunc((x - dropRowPadding) / (dropSlotWidth(count) + dropSpacing));
     return slot >= 0 && slot < count ? static_cast<int>(slot) : -1;
 }
 
-} // namespace velmora::NotchGeometry
+} // namespace velmora

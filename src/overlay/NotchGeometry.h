@@ -3,44 +3,61 @@
 #include "config/NotchSettings.h"
 
 #include <QList>
+#include <QObject>
 #include <QRect>
 #include <QRectF>
+#include <QtQml/qqmlregistration.h>
 
-#include <array>
-
-/// Where the notch is. All rectangles are global, in points, with the origin at the top left; they
-/// touch the top edge of the screen and are centred on it. They may overhang a narrow screen.
-/// Settings that no window system can show are drawn as the nearest that it can.
-namespace velmora::NotchGeometry
+namespace velmora
 {
 
-inline constexpr double expandedWidth = 800;
-inline constexpr double expandedContentHeight = 90; ///< of the panel, below the top padding
-inline constexpr double panelCornerRadius = 12;
-inline constexpr double menuCornerRadius = 9;
-inline constexpr double panelPadding = 14; ///< left and right of the five zones
-inline constexpr double dividerWidth = 1;
-inline constexpr double dropRowPadding = 10; ///< left and right of the drop actions
-inline constexpr double dropSpacing = 6;     ///< between two of them
+/// Where the parts of one overlay are, in points, for hit tests and views alike. Settings that its
+/// screen has no room for are drawn as the nearest that it has, and those that are no number as
+/// their defaults. All rectangles but the window's are relative to the window.
+struct NotchGeometry {
+    Q_GADGET
+    QML_VALUE_TYPE(notchGeometry)
+    Q_PROPERTY(QRectF collapsed MEMBER collapsed)
+    Q_PROPERTY(QRectF panel MEMBER panel)
+    Q_PROPERTY(QRectF stripButton MEMBER stripButton)
+    Q_PROPERTY(double cornerRadius MEMBER cornerRadius)
+    Q_PROPERTY(double panelCornerRadius MEMBER panelCornerRadius)
+    Q_PROPERTY(double menuCornerRadius MEMBER menuCornerRadius)
+    Q_PROPERTY(double topPadding MEMBER topPadding)
+    Q_PROPERTY(double panelPadding MEMBER panelPadding)
+    Q_PROPERTY(double dividerWidth MEMBER dividerWidth)
+    Q_PROPERTY(QList<double> zoneWidths MEMBER zoneWidths)
+    Q_PROPERTY(double dropRowPadding MEMBER dropRowPadding)
+    Q_PROPERTY(double dropSpacing MEMBER dropSpacing)
 
-/// Of the collapsed notch.
-[[nodiscard]] double cornerRadius(const NotchSettings &settings);
+public:
+    NotchGeometry() = default;
+    NotchGeometry(const QRectF &screen, const NotchSettings &settings);
 
-[[nodiscard]] QRectF collapsed(const QRectF &screen, const NotchSettings &settings);
-[[nodiscard]] QRectF expanded(const QRectF &screen, const NotchSettings &settings);
+    /// Global: at the top centre of the screen, with room for every state of the notch.
+    QRect window;
+    QRectF collapsed;
+    QRectF panel;       ///< the expanded notch
+    QRectF stripButton; ///< all that counts as the button at the right end of the strip
 
-/// The window that all states of the notch fit into, its menu included.
-[[nodiscard]] QRect window(const QRectF &screen, const NotchSettings &settings);
+    double cornerRadius = 0; ///< of the collapsed notch
+    double panelCornerRadius = 12;
+    double menuCornerRadius = 9;
 
-/// Widths of the five zones in a panel of `panelWidth` points, from their relative weights. A
-/// weight below 0.3 counts as 0.3, so that no zone vanishes.
-[[nodiscard]] QList<double> zoneWidths(const std::array<double, 5> &weights, double panelWidth);
+    double topPadding = 0;    ///< above the zones
+    double panelPadding = 14; ///< left and right of them
+    double dividerWidth = 1;
+    QList<double> zoneWidths; ///< of the five zones; a weight below 0.3 counts as 0.3
 
-/// Width of each of `count` drop actions in the panel.
-[[nodiscard]] double dropSlotWidth(int count);
+    double dropRowPadding = 10; ///< left and right of the drop actions
+    double dropSpacing = 6;     ///< between two of them
 
-/// The place of the drop action at `x` points from the left edge of the panel; −1 if there is none.
-/// The margin at the left counts for the first one, and each gap for the one on its left.
-[[nodiscard]] int dropSlotAt(double x, int count);
+    /// Width of each of `count` drop actions in the panel.
+    Q_INVOKABLE [[nodiscard]] double dropSlotWidth(int count) const;
 
-} // namespace velmora::NotchGeometry
+    /// The place of the drop action at `x` points from the left edge of the panel; −1 if there is
+    /// none. The margin at the left counts for the first one, each gap for the one on its left.
+    [[nodiscard]] int dropSlotAt(double x, int count) const;
+};
+
+} // namespace velmora

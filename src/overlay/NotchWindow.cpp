@@ -8,9 +8,8 @@
 namespace velmora
 {
 
-NotchWindow::NotchWindow(TrackingView &trackingView, std::function<QPointF(const QPointF &)> toView)
+NotchWindow::NotchWindow(TrackingView &trackingView)
     : m_trackingView(trackingView)
-    , m_toView(std::move(toView))
 {
     setColor(Qt::transparent);
     setTitle(QStringLiteral("Velmora"));
@@ -20,15 +19,10 @@ bool NotchWindow::event(QEvent *event)
 {
     switch (event->type()) {
     case QEvent::Enter:
-        m_trackingView.mouseEntered();
+        m_trackingView.mouseEntered(static_cast<QEnterEvent *>(event)->position());
         break;
     case QEvent::Leave:
         m_trackingView.mouseExited();
-        break;
-    case QEvent::MouseMove:
-        if (!m_motionWanted && static_cast<QMouseEvent *>(event)->buttons() == Qt::NoButton) {
-            return true;
-        }
         break;
     case QEvent::DragEnter:
     case QEvent::DragMove:
@@ -36,9 +30,45 @@ bool NotchWindow::event(QEvent *event)
     case QEvent::Drop:
         return dragEvent(*event);
     default:
+        if (!isForViews(*event)) {
+            return true;
+        }
         break;
     }
     return QQuickWindow::event(event);
+}
+
+bool NotchWindow::isForViews(const QEvent &event)
+{
+    switch (event.type()) {
+    case QEvent::MouseMove: {
+        const auto &move = static_cast<const QMouseEvent &>(event);
+        if (move.buttons() != Qt::NoButton) {
+            return !m_isPressUsed;
+        }
+        m_trackingView.mouseMoved(move.position());
+        return m_motionWanted;
+    }
+    case QEvent::MouseButtonPress: {
+        const auto &press = static_cast<const QMouseEvent &>(event);
+        // The right button opens a menu, wherever it is pressed.
+        m_isPressUsed =
+            m_trackingView.mousePressed(press.position()) && press.button() != Qt::RightButton;
+        return !m_isPressUsed;
+    }
+    case QEvent::TouchBegin:
+        m_isPressUsed = m_trackingView.mousePressed(
+            static_cast<const QTouchEvent &>(event).points().front().position());
+        return !m_isPressUsed;
+    case QEvent::MouseButtonDblClick:
+    case QEvent::MouseButtonRelease:
+    case QEvent::TouchUpdate:
+    case QEvent::TouchEnd:
+    case QEvent::TouchCancel:
+        return !m_isPressUsed;
+    default:
+        return true;
+    }
 }
 
 bool NotchWindow::dragEvent(QEvent &event)
@@ -61,7 +91,7 @@ bool NotchWindow::dragEvent(QEvent &event)
         return true;
     case QEvent::DragMove:
         if (m_dragAccepted) {
-            m_trackingView.draggingUpdated(m_toView(static_cast<QDropEvent &>(event).position()));
+            m_trackingView.draggingUpdated(static_cast<QDropEvent &>(event).position());
         }
         break;
     default:
@@ -80,7 +110,7 @@ void NotchWindow::drop(QDropEvent &event)
         event.ignore();
         return;
     }
-    m_trackingView.performDragOperation(*event.mimeData(), m_toView(event.position()));
+    m_trackingView.performDragOperation(*event.mimeData(), event.position());
     event.setDropAction(Qt::CopyAction);
     event.accept();
 }

@@ -16,8 +16,7 @@ class NotchWindow : public QQuickWindow
     Q_OBJECT
 
 public:
-    /// `toView` maps a position in the window to the tracking view's coordinates.
-    NotchWindow(TrackingView &trackingView, std::function<QPointF(const QPointF &)> toView);
+    explicit NotchWindow(TrackingView &trackingView);
 
     /// Whether the views are told when the pointer merely moves, as they are at first. Not every
     /// window system can be asked to keep such news to itself, and the views' share of them is
@@ -28,13 +27,14 @@ protected:
     bool event(QEvent *event) override;
 
 private:
+    [[nodiscard]] bool isForViews(const QEvent &event);
     bool dragEvent(QEvent &event);
     void drop(QDropEvent &event);
 
     TrackingView &m_trackingView;
-    std::function<QPointF(const QPointF &)> m_toView;
     bool m_dragAccepted = false;
     bool m_motionWanted = true;
+    bool m_isPressUsed = false; ///< the last one: its views do not hear of it
 };
 
 } // namespace velmora

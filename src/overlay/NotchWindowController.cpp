@@ -1,6 +1,5 @@
 #include "overlay/NotchWindowController.h"
 
-#include "overlay/NotchGeometry.h"
 #include "style/BottomRoundedShape.h"
 
 #include <QLoggingCategory>
@@ -25,13 +24,15 @@ NotchWindowController::NotchWindowController(const std::shared_ptr<Screen> &scre
                                              const OverlayEnvironment &environment,
                                              const OverlayContent &content)
     : m_screen(screen)
-    , m_settings(settings)
+    , m_geometry(screen->frame(), settings)
     , m_services(services)
     , m_environment(environment)
-    , m_frame(NotchGeometry::collapsed(screen->frame(), settings))
-    , m_windowBounds(NotchGeometry::window(screen->frame(), settings))
+    , m_frame(m_geometry.collapsed)
     , m_animation(m_frame)
 {
+    for (const NotchWidgetType type : settings.widgets) {
+        m_widgets << rawValue(type);
+    }
     setupTracking();
     setupWindow(content);
     connect(&environment.pointer, &Pointer::movedElsewhere, this,
@@ -47,27 +48,24 @@ NotchWindowController::~NotchWindowController()
 
 void NotchWindowController::setupTracking()
 {
-    m_trackingView.onMouseEntered = [this] { mouseEntered(); };
+    m_trackingView.onMouseEntered = [this](const QPointF &position) { mouseEntered(position); };
+    m_trackingView.onMouseMoved = [this](const QPointF &position) { mouseMoved(position); };
+    m_trackingView.onMousePressed = [this](const QPointF &position) {
+        return mousePressed(position);
+    };
     m_trackingView.onMouseExited = [this] { mouseExited(); };
     setupDragTracking();
 }
 
 void NotchWindowController::setupWindow(const OverlayContent &content)
 {
-    m_window = std::make_unique<NotchWindow>(
-        m_trackingView, [this](const QPointF &position) { return position - panelOrigin(); });
-    m_surface = m_environment.shell.adopt(*m_window, *m_screen.lock(), m_windowBounds);
+    m_window = std::make_unique<NotchWindow>(m_trackingView);
+    m_surface = m_environment.shell.adopt(*m_window, *m_screen.lock(), m_geometry.window);
     updateShape();
     updateMotion();
     if (content) {
         content(*m_window, *this);
     }
-}
-
-/// Where the panel begins in the window, or will begin once it has grown.
-QPointF NotchWindowController::panelOrigin() const
-{
-    return NotchGeometry::expanded(m_windowBounds, m_settings).topLeft() - m_windowBounds.topLeft();
 }
 
 void NotchWindowController::showWindow()
@@ -79,72 +77,97 @@ void NotchWindowController::showWindow()
 
 void NotchWindowController::close()
 {
+    dismissOpenWith();
     m_collapseWork.reset();
     m_frameTimer.reset();
     m_surface.reset();
     m_window.reset();
+    // Nobody else would see the end of the drag.
+    if (m_dragPart != DragPart::None) {
+        endDrag();
+    }
 }
 
-QRectF NotchWindowController::frameInWindow() const
+void NotchWindowController::mouseEntered(const QPointF &position)
 {
-    return m_frame.translated(-m_windowBounds.topLeft());
-}
-
-double NotchWindowController::cornerRadius() const
-{
-    return NotchGeometry::cornerRadius(m_settings);
-}
-
-double NotchWindowController::zoneWidth(int zone, double panelWidth) const
-{
-    return NotchGeometry::zoneWidths(m_settings.zoneWidths, panelWidth).value(zone);
-}
-
-void NotchWindowController::mouseEntered()
-{
-    qCDebug(lcWindowController, "mouse entered \u2014 expanding");
-    m_pointerOverWindow = true;
+    setPointerOver(true);
     m_collapseWork.reset();
-    if (m_window && !m_screen.expired() && !m_notchState.isExpanded()) {
+    mouseMoved(position);
+}
+
+void NotchWindowController::mouseMoved(const QPointF &position)
+{
+    if (m_window && !m_screen.expired() && !m_notchState.isExpanded() &&
+        !m_quietArea.contains(position)) {
+        qCDebug(lcWindowController, "mouse entered \u2014 expanding");
         expand();
     }
+}
+
+bool NotchWindowController::mousePressed(const QPointF &position)
+{
+    if (isInMenu(position)) {
+        return false;
+    }
+    const bool hadMenu = !m_menuFrame.isEmpty();
+    closeMenus();
+    return hadMenu;
 }
 
 void NotchWindowController::mouseExited()
 {
     qCDebug(lcWindowController, "mouse exited \u2014 scheduling collapse");
-    m_pointerOverWindow = false;
+    setPointerOver(false);
     if (m_window) {
         scheduleCollapse();
     }
 }
 
+void NotchWindowController::setPointerOver(bool over)
+{
+    m_isPointerOver = over;
+    updateMotion();
+    Q_EMIT isPointerOverChanged();
+}
+
 void NotchWindowController::hoverProbe(const QPointF &location)
 {
-    const auto screen = m_screen.lock();
-    if (!m_window || !screen) {
+    const QPointF position = location - m_geometry.window.topLeft();
+    // No window is told of this move, or of where it ends.
+    const bool isOver = isInside(position);
+    if (!m_menuFrame.isEmpty() && !isOver) {
+        closeMenus();
+    }
+    if (!m_window || m_screen.expired()) {
         return;
     }
-    // No window is told of this move, or of where it ends.
-    m_pointerOverWindow = isInside(location);
-    if (NotchGeometry::collapsed(screen->frame(), m_settings).contains(location)) {
+    if (isOver != m_isPointerOver) {
+        setPointerOver(isOver);
+    }
+    if (m_geometry.collapsed.contains(position) && !m_quietArea.contains(position)) {
         m_collapseWork.reset();
         if (!m_notchState.isExpanded()) {
             expand();
         }
-    } else if (!m_pointerOverWindow && m_notchState.isExpanded() && !dropService().isDragging()) {
+    } else if (!isOver && m_notchState.isExpanded() && !dropService().isDragging()) {
         scheduleCollapse();
     }
 }
 
 void NotchWindowController::expand()
 {
-    const QRectF target = NotchGeometry::expanded(m_screen.lock()->frame(), m_settings);
-    qCInfo(lcWindowController, "expand \u2192 %f\u00d7%f", NotchGeometry::expandedWidth,
-           m_settings.expandedTopPadding + NotchGeometry::expandedContentHeight);
+    qCInfo(lcWindowController, "expand \u2192 %f\u00d7%f", m_geometry.panel.width(),
+           m_geometry.panel.height());
+    openPanel(expandDuration);
+}
+
+void NotchWindowController::openPanel(Milliseconds duration)
+{
+    setMissedStatus({});
     // The flag comes first, so that the views change while the window grows.
     m_notchState.setExpanded(true);
-    animateWindow(target, expandDuration);
+    updateMotion();
+    animateWindow(m_geometry.panel, duration);
 }
 
 void NotchWindowController::scheduleCollapse()
@@ -171,22 +194,27 @@ void NotchWindowController::collapseWorkFired()
 bool NotchWindowController::isPointerInside() const
 {
     const auto location = m_environment.pointer.location();
-    return location ? isInside(*location) : m_pointerOverWindow;
+    return location ? isInside(*location - m_geometry.window.topLeft()) : m_isPointerOver;
 }
 
-bool NotchWindowController::isInside(const QPointF &location) const
+bool NotchWindowController::isInside(const QPointF &position) const
 {
-    const QPointF inWindow = location - m_windowBounds.topLeft();
-    return m_frame.contains(location) || m_menuFrame.contains(inWindow) ||
-           m_submenuFrame.contains(inWindow);
+    return m_frame.contains(position) || isInMenu(position);
+}
+
+bool NotchWindowController::isInMenu(const QPointF &position) const
+{
+    return m_menuFrame.contains(position) || m_submenuFrame.contains(position);
 }
 
 void NotchWindowController::collapse()
 {
-    qCInfo(lcWindowController, "collapse \u2192 %f\u00d7%f", m_settings.notchWidth,
-           m_settings.notchHeight);
+    qCInfo(lcWindowController, "collapse \u2192 %f\u00d7%f", m_geometry.collapsed.width(),
+           m_geometry.collapsed.height());
     m_notchState.setExpanded(false);
-    animateWindow(NotchGeometry::collapsed(m_screen.lock()->frame(), m_settings), collapseDuration);
+    updateMotion();
+    dismissOpenWith();
+    animateWindow(m_geometry.collapsed, collapseDuration);
 }
 
 void NotchWindowController::animateWindow(const QRectF &target, Milliseconds duration)
@@ -242,11 +270,28 @@ void NotchWindowController::setMenuPart(QRectF &part, const QRectF &frame)
     Q_EMIT menuChanged();
 }
 
+void NotchWindowController::setQuietArea(const QRectF &area)
+{
+    if (area != m_quietArea) {
+        m_quietArea = area;
+        Q_EMIT quietAreaChanged();
+    }
+}
+
+void NotchWindowController::closeMenus()
+{
+    dropService().openWithMenu()->dismiss();
+    Q_EMIT pressedElsewhere();
+}
+
 void NotchWindowController::updateMotion()
 {
-    // Only the menu follows the pointer; to everything else entering, leaving and pressing is
-    // enough, and a pointer that merely moves costs nothing.
-    const bool wanted = !m_menuFrame.isEmpty();
+    if (!m_surface) {
+        return;
+    }
+    // Only the menu, and the strip as long as it has not opened, follow the pointer; to everything
+    // else entering, leaving and pressing is enough, and a pointer that merely moves costs nothing.
+    const bool wanted = !m_menuFrame.isEmpty() || (m_isPointerOver && !m_notchState.isExpanded());
     m_surface->setMotionWanted(wanted);
     m_window->setMotionWanted(wanted);
 }
@@ -254,16 +299,16 @@ void NotchWindowController::updateMotion()
 void NotchWindowController::updateShape()
 {
     const double radius =
-        m_notchState.isExpanded() ? NotchGeometry::panelCornerRadius : cornerRadius();
-    m_surface->setShape([=, notch = frameInWindow(), menu = m_menuFrame,
-                         submenu = m_submenuFrame](double scale, bool isBlended) {
+        m_notchState.isExpanded() ? m_geometry.panelCornerRadius : m_geometry.cornerRadius;
+    m_surface->setShape([=, notch = m_frame, menu = m_menuFrame, submenu = m_submenuFrame,
+                         cardRadius = m_geometry.menuCornerRadius](double scale, bool isBlended) {
         const auto inPixels = [scale](const QRectF &rect) {
             return QRectF(rect.topLeft() * scale, rect.size() * scale);
         };
         QRegion region = bottomRoundedRegion(inPixels(notch), radius * scale,
                                              isBlended ? PixelRule::Touched : PixelRule::Centre);
         for (const QRectF &card : {menu, submenu}) {
-            region += roundedRegion(inPixels(card), NotchGeometry::menuCornerRadius * scale);
+            region += roundedRegion(inPixels(card), cardRadius * scale);
         }
         return region;
     });

@@ -3,8 +3,10 @@
 #include "config/NotchServices.h"
 #include "config/OverlayController.h"
 #include "overlay/FrameAnimation.h"
+#include "overlay/NotchGeometry.h"
 #include "overlay/NotchState.h"
 #include "overlay/NotchWindow.h"
+#include "overlay/StatusMenu.h"
 #include "overlay/TrackingView.h"
 #include "platform/Clock.h"
 #include "platform/FileDrags.h"
@@ -13,6 +15,7 @@
 
 #include <QList>
 #include <QObject>
+#include <QStringList>
 #include <QtQml/qqmlregistration.h>
 
 #include <functional>
@@ -46,23 +49,27 @@ class NotchWindowController : public QObject, public OverlayController
     QML_UNCREATABLE("Made for each screen")
     Q_PROPERTY(velmora::NotchState *notchState READ notchState CONSTANT FINAL)
     Q_PROPERTY(velmora::NotchServices *services READ services CONSTANT FINAL)
-    Q_PROPERTY(QRectF frame READ frameInWindow NOTIFY frameChanged FINAL)
-    /// The status menu while it is open over the notch, in window coordinates; empty otherwise. Set
-    /// by the view that shows it.
+    Q_PROPERTY(velmora::NotchGeometry geometry READ geometry CONSTANT FINAL)
+    Q_PROPERTY(QRectF frame READ frame NOTIFY frameChanged FINAL)
+    Q_PROPERTY(bool isPointerOver READ isPointerOver NOTIFY isPointerOverChanged FINAL)
+    /// The open menu over the notch, in window coordinates; empty if there is none. Set by the view
+    /// that shows it.
     Q_PROPERTY(QRectF menuFrame READ menuFrame WRITE setMenuFrame NOTIFY menuChanged FINAL)
     /// Likewise its open submenu.
     Q_PROPERTY(QRectF submenuFrame READ submenuFrame WRITE setSubmenuFrame NOTIFY menuChanged FINAL)
-    /// Whether the last drop was on this notch, and where: in window coordinates.
-    Q_PROPERTY(bool wasDroppedHere READ wasDroppedHere NOTIFY dropped FINAL)
-    Q_PROPERTY(QPointF dropPosition READ dropPosition NOTIFY dropped FINAL)
-    Q_PROPERTY(double cornerRadius READ cornerRadius CONSTANT FINAL)
-    Q_PROPERTY(double expandedTopPadding READ expandedTopPadding CONSTANT FINAL)
-    /// The widgets of the zones, by their stored names.
-    Q_PROPERTY(QString farLeftWidget READ farLeftWidget CONSTANT FINAL)
-    Q_PROPERTY(QString leftWidget READ leftWidget CONSTANT FINAL)
-    Q_PROPERTY(QString centerWidget READ centerWidget CONSTANT FINAL)
-    Q_PROPERTY(QString rightWidget READ rightWidget CONSTANT FINAL)
-    Q_PROPERTY(QString farRightWidget READ farRightWidget CONSTANT FINAL)
+    /// The part of the strip over which the pointer does not open the panel, in window coordinates.
+    /// Set by the strip's view.
+    Q_PROPERTY(QRectF quietArea READ quietArea WRITE setQuietArea NOTIFY quietAreaChanged FINAL)
+    /// The choice of an application for files that were dropped here, as long as it is open.
+    Q_PROPERTY(bool isOpenWithShown READ isOpenWithShown NOTIFY openWithChanged FINAL)
+    Q_PROPERTY(QList<velmora::StatusMenuEntry> openWithEntries READ openWithEntries NOTIFY
+                   openWithChanged FINAL)
+    /// Where they were dropped, in window coordinates.
+    Q_PROPERTY(QPointF dropPosition READ dropPosition NOTIFY openWithChanged FINAL)
+    /// What was told of dropped files while the strip was away; empty if nothing was.
+    Q_PROPERTY(QString missedStatus READ missedStatus NOTIFY missedStatusChanged FINAL)
+    /// The widgets of the zones from left to right, by their stored names.
+    Q_PROPERTY(QStringList widgets READ widgets CONSTANT FINAL)
 
 public:
     NotchWindowController(const std::shared_ptr<Screen> &screen, const NotchSettings &settings,
@@ -77,46 +84,59 @@ public:
     [[nodiscard]] NotchServices *services() const { return &m_services; }
     [[nodiscard]] TrackingView &trackingView() { return m_trackingView; }
 
-    /// The notch as it is drawn at present: global, in points.
+    [[nodiscard]] const NotchGeometry &geometry() const { return m_geometry; }
+
+    /// The notch as it is drawn at present, in window coordinates.
     [[nodiscard]] QRectF frame() const { return m_frame; }
-    [[nodiscard]] QRectF frameInWindow() const;
+    [[nodiscard]] bool isPointerOver() const { return m_isPointerOver; }
     [[nodiscard]] QRectF menuFrame() const { return m_menuFrame; }
     void setMenuFrame(const QRectF &frame);
     [[nodiscard]] QRectF submenuFrame() const { return m_submenuFrame; }
     void setSubmenuFrame(const QRectF &frame);
+    [[nodiscard]] QRectF quietArea() const { return m_quietArea; }
+    void setQuietArea(const QRectF &area);
 
-    [[nodiscard]] bool wasDroppedHere() const { return m_dropPosition.has_value(); }
+    [[nodiscard]] bool isOpenWithShown() const { return m_isOpenWithShown; }
+    [[nodiscard]] QList<StatusMenuEntry> openWithEntries() const;
     [[nodiscard]] QPointF dropPosition() const { return m_dropPosition.value_or(QPointF()); }
+    [[nodiscard]] QString missedStatus() const { return m_missedStatus; }
 
-    [[nodiscard]] double cornerRadius() const;
-    [[nodiscard]] double expandedTopPadding() const { return m_settings.expandedTopPadding; }
-    [[nodiscard]] QString farLeftWidget() const { return rawValue(m_settings.widgets[0]); }
-    [[nodiscard]] QString leftWidget() const { return rawValue(m_settings.widgets[1]); }
-    [[nodiscard]] QString centerWidget() const { return rawValue(m_settings.widgets[2]); }
-    [[nodiscard]] QString rightWidget() const { return rawValue(m_settings.widgets[3]); }
-    [[nodiscard]] QString farRightWidget() const { return rawValue(m_settings.widgets[4]); }
-
-    /// Width of a zone, from 0 at the left to 4, in a panel of this width, in points.
-    Q_INVOKABLE [[nodiscard]] double zoneWidth(int zone, double panelWidth) const;
+    [[nodiscard]] QStringList widgets() const { return m_widgets; }
 
     /// The action of a drag at `x` points from the left edge of the panel.
     [[nodiscard]] std::optional<DropActionID> actionAt(double x) const;
 
 Q_SIGNALS:
     void frameChanged();
+    void isPointerOverChanged();
     void menuChanged();
-    void dropped();
+    void quietAreaChanged();
+    void openWithChanged();
+    void missedStatusChanged();
+    /// A press elsewhere than in an open menu, as far as the window system tells of it. Menus
+    /// close.
+    void pressedElsewhere();
 
 private:
     using Milliseconds = std::chrono::milliseconds;
 
+    /// What a notch has to do with a drag of files. One of all notches has, at a time.
+    enum class DragPart {
+        None,
+        Opened, ///< it has opened, for a drag that has not reached it
+        Entered ///< the drag is over it
+    };
+
     void setupWindow(const OverlayContent &content);
     void setupTracking();
-    [[nodiscard]] QPointF panelOrigin() const;
-    void mouseEntered();
+    void mouseEntered(const QPointF &position);
+    void mouseMoved(const QPointF &position);
+    bool mousePressed(const QPointF &position);
     void mouseExited();
+    void setPointerOver(bool over);
     void hoverProbe(const QPointF &location);
     void expand();
+    void openPanel(Milliseconds duration);
     void collapse();
     void scheduleCollapse();
     void collapseWorkFired();
@@ -124,8 +144,11 @@ private:
     void animationStep();
     void setFrame(const QRectF &frame);
     void setMenuPart(QRectF &part, const QRectF &frame);
+    void closeMenus();
     void updateShape();
     void updateMotion();
+    [[nodiscard]] bool isInMenu(const QPointF &position) const;
+    [[nodiscard]] bool isPointerInside() const;
 
     void setupDragTracking();
     void setupDragMonitors();
@@ -137,30 +160,34 @@ private:
     void dragUpdated(const QPointF &position);
     void dragExited();
     void dragPerformed(const QList<QUrl> &given, const QPointF &position);
-    void beginDrag(const QList<QUrl> &files);
+    void beginDrag(const QList<QUrl> &files, DragPart part);
     void endDrag();
-    void setDropPosition(const std::optional<QPointF> &position);
-    [[nodiscard]] bool isPointerInside() const;
-    [[nodiscard]] bool isInside(const QPointF &location) const;
+    [[nodiscard]] bool isInside(const QPointF &position) const;
+    void isDraggingChanged();
+    void openWithMenuChanged();
+    void dismissOpenWith();
+    void setMissedStatus(const QString &status);
 
     std::weak_ptr<Screen> m_screen;
-    NotchSettings m_settings;
+    const NotchGeometry m_geometry;
+    QStringList m_widgets;
     NotchServices &m_services;
     OverlayEnvironment m_environment;
     NotchState m_notchState;
     TrackingView m_trackingView;
-    bool m_pointerOverWindow = false;   ///< by the last that was heard of it
-    bool m_proactivelyExpanded = false; ///< for a drag that has not reached the notch
-    bool m_isDragInside = false;
-    std::optional<QPointF> m_dropPosition; ///< of the last drop, if it was here
-    TimerHandle m_dropWait;
+    bool m_isPointerOver = false; ///< by the last that was heard of it
     TimerHandle m_collapseWork;
     QRectF m_frame;
     QRectF m_menuFrame;
     QRectF m_submenuFrame;
-    const QRect m_windowBounds; ///< global
+    QRectF m_quietArea;
     FrameAnimation m_animation;
     TimerHandle m_frameTimer;
+    DragPart m_dragPart = DragPart::None;
+    std::optional<QPointF> m_dropPosition; ///< of the last drop, if it was here
+    TimerHandle m_dropWait;
+    bool m_isOpenWithShown = false;
+    QString m_missedStatus;
     std::unique_ptr<NotchWindow> m_window;
     std::unique_ptr<OverlaySurface> m_surface; ///< goes before the window
 };

@@ -1,5 +1,4 @@
 // The half of the controller that deals with files dragged over the desktop and over the notch.
-#include "overlay/NotchGeometry.h"
 #include "overlay/NotchWindowController.h"
 
 #include <QLoggingCategory>
@@ -15,6 +14,8 @@ Q_LOGGING_CATEGORY(lcWindowDrags, "com.velmora.app.WindowController", QtInfoMsg)
 constexpr std::chrono::milliseconds dragExpandDuration(220);
 /// How long a source may take from the release of the button to the drop.
 constexpr std::chrono::milliseconds dropPatience(3000);
+/// How long the choice of an application waits for a pointer that is elsewhere.
+constexpr std::chrono::milliseconds choicePatience(10000);
 
 } // namespace
 
@@ -33,7 +34,7 @@ void NotchWindowController::setupDragMonitors()
 {
     connect(&m_environment.drags, &FileDrags::began, this, &NotchWindowController::globalDragBegan);
     connect(&m_environment.drags, &FileDrags::completed, this, [this](const QList<QUrl> &files) {
-        if (m_proactivelyExpanded && dropService().isDragging()) {
+        if (m_dragPart != DragPart::None) {
             dropService().setDraggedFiles(files);
         }
     });
@@ -43,15 +44,27 @@ void NotchWindowController::setupDragMonitors()
 
 void NotchWindowController::observeDropState()
 {
-    connect(&dropService(), &DropActionsService::isDraggingChanged, this, [this] {
-        if (dropService().isDragging()) {
-            setDropPosition(std::nullopt);
-        } else if (m_window) {
-            m_proactivelyExpanded = false;
-            m_dropWait.reset();
-            scheduleCollapse();
-        }
+    connect(&dropService(), &DropActionsService::isDraggingChanged, this,
+            &NotchWindowController::isDraggingChanged);
+    connect(dropService().openWithMenu(), &OpenWithMenu::changed, this,
+            &NotchWindowController::openWithMenuChanged);
+    connect(&dropService(), &DropActionsService::lastStatusChanged, this, [this] {
+        const bool isStripAway = m_notchState.isExpanded() || dropService().isDragging();
+        setMissedStatus(isStripAway ? dropService().lastStatus() : QString());
     });
+}
+
+/// By any of the notches.
+void NotchWindowController::isDraggingChanged()
+{
+    m_dragPart = DragPart::None;
+    m_dropWait.reset();
+    if (dropService().isDragging()) {
+        dismissOpenWith();
+        m_dropPosition.reset();
+    } else if (m_window) {
+        scheduleCollapse();
+    }
 }
 
 DropActionsService &NotchWindowController::dropService() const
@@ -62,53 +75,46 @@ DropActionsService &NotchWindowController::dropService() const
 void NotchWindowController::globalDragBegan(const QList<QUrl> &files)
 {
     // Another screen's notch may have opened for it already.
-    if (m_proactivelyExpanded || dropService().isDragging()) {
+    if (!m_window || dropService().isDragging()) {
         return;
     }
     qCDebug(lcWindowDrags, "global file drag detected (%lld file(s)) \u2014 proactively expanding",
             static_cast<long long>(files.size()));
-    m_proactivelyExpanded = true;
-    beginDrag(files);
+    beginDrag(files, DragPart::Opened);
 }
 
 void NotchWindowController::globalMouseUp()
 {
-    if (!m_proactivelyExpanded) {
-        return;
+    switch (m_dragPart) {
+    case DragPart::None:
+        break;
+    case DragPart::Opened:
+        qCDebug(lcWindowDrags,
+                "global mouse up \u2014 drag ended outside notch, resetting drop state");
+        endDrag();
+        break;
+    case DragPart::Entered:
+        // A release over the notch is a drop: the source delivers it next. One that has died
+        // meanwhile never does.
+        m_dropWait = m_environment.clock.after(dropPatience, [this] { endDrag(); });
+        break;
     }
-    // A release over the notch is a drop: the source delivers it next. One that has died meanwhile
-    // never does.
-    if (m_isDragInside) {
-        m_dropWait = m_environment.clock.after(dropPatience, [this] {
-            m_isDragInside = false;
-            globalMouseUp();
-        });
-        return;
-    }
-    m_proactivelyExpanded = false;
-    if (!dropService().isDragging()) {
-        return;
-    }
-    qCDebug(lcWindowDrags, "global mouse up \u2014 drag ended outside notch, resetting drop state");
-    endDrag();
 }
 
 void NotchWindowController::dragEntered(const QList<QUrl> &files)
 {
     qCInfo(lcWindowDrags, "drag entered: %lld file(s)", static_cast<long long>(files.size()));
-    m_isDragInside = true;
-    beginDrag(files);
+    beginDrag(files, DragPart::Entered);
 }
 
 void NotchWindowController::dragUpdated(const QPointF &position)
 {
-    dropService().setHoveredAction(actionAt(position.x()));
+    dropService().setHoveredAction(actionAt(position.x() - m_geometry.panel.x()));
 }
 
 void NotchWindowController::dragExited()
 {
     qCDebug(lcWindowDrags, "drag exited");
-    m_isDragInside = false;
     endDrag();
 }
 
@@ -116,7 +122,6 @@ void NotchWindowController::dragPerformed(const QList<QUrl> &given, const QPoint
 {
     DropActionsService &drop = dropService();
     const QList<QUrl> files = given.isEmpty() ? drop.draggedFiles() : given;
-    m_isDragInside = false;
     qCInfo(lcWindowDrags, "drag performed: %lld file(s) at (%f, %f)",
            static_cast<long long>(files.size()), position.x(), position.y());
     if (files.isEmpty()) {
@@ -124,11 +129,11 @@ void NotchWindowController::dragPerformed(const QList<QUrl> &given, const QPoint
         endDrag();
         return;
     }
-    auto action = actionAt(position.x());
+    auto action = actionAt(position.x() - m_geometry.panel.x());
     if (!action) {
         action = drop.hoveredAction();
     }
-    setDropPosition(position + panelOrigin());
+    m_dropPosition = position;
     if (action) {
         qCInfo(lcWindowDrags, "executing action: %s on %lld file(s)",
                qUtf8Printable(rawValue(*action)), static_cast<long long>(files.size()));
@@ -140,22 +145,20 @@ void NotchWindowController::dragPerformed(const QList<QUrl> &given, const QPoint
     endDrag();
 }
 
-void NotchWindowController::beginDrag(const QList<QUrl> &files)
+void NotchWindowController::beginDrag(const QList<QUrl> &files, DragPart part)
 {
-    m_collapseWork.reset();
     dropService().setDraggedFiles(files);
     dropService().setDragging(true);
     dropService().setLastStatus(QString());
-    const auto screen = m_screen.lock();
-    if (m_window && screen && !m_notchState.isExpanded()) {
-        m_notchState.setExpanded(true);
-        animateWindow(NotchGeometry::expanded(screen->frame(), m_settings), dragExpandDuration);
+    m_dragPart = part;
+    m_collapseWork.reset();
+    if (m_window && !m_screen.expired() && !m_notchState.isExpanded()) {
+        openPanel(dragExpandDuration);
     }
 }
 
 void NotchWindowController::endDrag()
 {
-    m_proactivelyExpanded = false;
     dropService().setDragging(false);
     dropService().setDraggedFiles({});
     dropService().setHoveredAction(std::nullopt);
@@ -164,16 +167,65 @@ void NotchWindowController::endDrag()
     }
 }
 
-void NotchWindowController::setDropPosition(const std::optional<QPointF> &position)
+void NotchWindowController::openWithMenuChanged()
 {
-    m_dropPosition = position;
-    Q_EMIT dropped();
+    const bool shown = m_window && m_dropPosition && dropService().openWithMenu()->isOpen();
+    if (shown == m_isOpenWithShown) {
+        return;
+    }
+    m_isOpenWithShown = shown;
+    Q_EMIT openWithChanged();
+    m_collapseWork.reset();
+    if (!shown) {
+        if (m_notchState.isExpanded()) {
+            scheduleCollapse();
+        }
+        return;
+    }
+    dropService().openWithMenu()->setShown();
+    // The panel may have closed while the applications were looked for.
+    if (!m_notchState.isExpanded() && !m_screen.expired()) {
+        openPanel(dragExpandDuration);
+    }
+    if (!isPointerInside()) {
+        m_collapseWork = m_environment.clock.after(choicePatience, [this] { collapseWorkFired(); });
+    }
+}
+
+QList<StatusMenuEntry> NotchWindowController::openWithEntries() const
+{
+    const OpenWithMenu &menu = *dropService().openWithMenu();
+    const QStringList titles = menu.titles();
+    const QStringList icons = menu.iconNames();
+    QList<StatusMenuEntry> entries;
+    for (qsizetype i = 0; i < titles.size(); ++i) {
+        StatusMenuEntry entry;
+        entry.title = titles[i];
+        entry.iconName = icons[i];
+        entries << entry;
+    }
+    return entries;
+}
+
+void NotchWindowController::dismissOpenWith()
+{
+    if (m_isOpenWithShown) {
+        dropService().openWithMenu()->dismiss();
+    }
+}
+
+void NotchWindowController::setMissedStatus(const QString &status)
+{
+    if (status != m_missedStatus) {
+        m_missedStatus = status;
+        Q_EMIT missedStatusChanged();
+    }
 }
 
 std::optional<DropActionID> NotchWindowController::actionAt(double x) const
 {
     const auto &actions = dropService().enabledActions();
-    const int slot = NotchGeometry::dropSlotAt(x, static_cast<int>(actions.size()));
+    const int slot = m_geometry.dropSlotAt(x, static_cast<int>(actions.size()));
     return slot < 0 ? std::nullopt : std::optional(actions[static_cast<size_t>(slot)]);
 }
 

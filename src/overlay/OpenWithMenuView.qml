@@ -13,43 +13,24 @@ Item {
 
     anchors.fill: parent
 
-    Component.onDestruction: {
-        controller.menuFrame = Qt.rect(0, 0, 0, 0);
-        menu.dismiss(); // whoever waits for a choice is not to wait for ever
-    }
+    Component.onDestruction: controller.menuFrame = Qt.rect(0, 0, 0, 0)
 
     Binding {
         property: "menuFrame"
         target: view.controller
         value: Qt.rect(card.x, card.y, card.width, card.height)
     }
-    OpenWithEntries {
-        id: applications
-
-        menu: view.menu
-    }
-    Connections {
-        function onIsExpandedChanged() {
-            view.menu.dismiss();
-        }
-
-        target: view.controller.notchState
-    }
-    // A press beside the menu closes it and does nothing else.
-    TapHandler {
-        acceptedButtons: Qt.LeftButton | Qt.RightButton
-
-        onTapped: applications.dismiss()
-    }
     StatusMenuPane {
         id: card
 
-        entries: applications.entries
+        entries: view.controller.openWithEntries
         maximumHeight: view.height
-        width: 240
+        radius: view.controller.geometry.menuCornerRadius
+        width: Math.min(240, view.width)
         x: Math.max(0, Math.min(view.controller.dropPosition.x - 20, view.width - width))
         y: Math.max(0, Math.min(view.controller.dropPosition.y - 10, view.height - height))
 
-        onChosen: index => applications.choose(index)
+        // Later: it takes down this view.
+        onChosen: index => Qt.callLater(view.menu.openWithApp, index)
     }
 }

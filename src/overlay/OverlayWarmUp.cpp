@@ -1,7 +1,5 @@
 #include "overlay/OverlayWarmUp.h"
 
-#include "overlay/NotchGeometry.h"
-
 #include <QFontDatabase>
 #include <QQmlEngine>
 #include <QQuickItem>
@@ -109,9 +107,9 @@ void OverlayWarmUp::prepare(QObject *view)
 {
     m_view = view;
     auto *item = qobject_cast<QQuickItem *>(view);
-    if (item != nullptr && m_window) {
+    if (item != nullptr && m_window && m_controller) {
         item->setVisible(false);
-        item->setSize({NotchGeometry::expandedWidth, NotchGeometry::expandedContentHeight});
+        item->setSize(m_controller->geometry().panel.size());
         item->setParentItem(m_window->contentItem());
     }
 }

@@ -12,7 +12,6 @@ QList<StatusMenuEntry> entriesFor(const Menu &menu)
     for (const MenuItem &item : menu) {
         StatusMenuEntry entry;
         entry.title = item.title;
-        entry.keyEquivalent = item.keyEquivalent;
         entry.isSeparator = item.kind == MenuItem::Kind::Separator;
         entry.isChecked = item.mark == MenuItem::Mark::On;
         entry.hasSubmenu = item.kind == MenuItem::Kind::Submenu;

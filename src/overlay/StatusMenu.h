@@ -13,13 +13,13 @@
 namespace velmora
 {
 
-/// One line of the status menu as a view shows it.
+/// One line of the status menu as a view shows it. Without its key: the overlay never has the
+/// keyboard.
 struct StatusMenuEntry {
     Q_GADGET
     QML_VALUE_TYPE(statusMenuEntry)
     Q_PROPERTY(QString title MEMBER title)
     Q_PROPERTY(QString iconName MEMBER iconName) ///< as ThemeIcon has it; empty: none
-    Q_PROPERTY(QString keyEquivalent MEMBER keyEquivalent)
     Q_PROPERTY(bool isSeparator MEMBER isSeparator)
     Q_PROPERTY(bool isChecked MEMBER isChecked)
     Q_PROPERTY(bool hasSubmenu MEMBER hasSubmenu)
@@ -28,7 +28,6 @@ struct StatusMenuEntry {
 public:
     QString title;
     QString iconName;
-    QString keyEquivalent;
     bool isSeparator = false;
     bool isChecked = false;
     bool hasSubmenu = false;
@@ -66,6 +65,8 @@ public:
 Q_SIGNALS:
     void entriesChanged();
     void submenuChanged();
+    /// Wherever it is open, it has to close.
+    void dismissed();
 
 private:
     Clock &m_clock;

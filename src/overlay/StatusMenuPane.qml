@@ -18,7 +18,6 @@ Rectangle {
     border.color: Qt.rgba(1, 1, 1, 0.14)
     color: "#1b1b1d"
     height: Math.min(maximumHeight, column.height + 10)
-    radius: 9
 
     Flickable {
         id: list

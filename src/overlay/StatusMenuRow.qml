@@ -60,18 +60,10 @@ Item {
         anchors.left: parent.left
         anchors.leftMargin: 26
         anchors.right: parent.right
-        anchors.rightMargin: row.entry.keyEquivalent === "" && !row.entry.hasSubmenu ? 9 : 52
+        anchors.rightMargin: row.entry.hasSubmenu ? 24 : 9
         anchors.verticalCenter: parent.verticalCenter
         size: 11.5
         text: row.entry.title
-    }
-    NotchText {
-        anchors.right: parent.right
-        anchors.rightMargin: 9
-        anchors.verticalCenter: parent.verticalCenter
-        color: Qt.rgba(1, 1, 1, 0.5)
-        size: 11
-        text: row.entry.keyEquivalent === "" ? "" : qsTr("Ctrl+%1").arg(row.entry.keyEquivalent.toUpperCase())
     }
     Symbol {
         anchors.right: parent.right

@@ -36,9 +36,12 @@ Item {
 
         target: view.controller.notchState
     }
-    // A press beside the menu closes it and does nothing else.
-    TapHandler {
-        onTapped: view.visible = false
+    Connections {
+        function onDismissed() {
+            view.visible = false;
+        }
+
+        target: view.menu
     }
     StatusMenuPane {
         id: card
@@ -46,6 +49,7 @@ Item {
         entries: view.menu.entries
         maximumHeight: view.height
         openIndex: view.menu.openIndex
+        radius: view.controller.geometry.menuCornerRadius
         width: 210
 
         onChosen: index => {
@@ -66,6 +70,7 @@ Item {
 
         entries: view.menu.submenu
         maximumHeight: view.height
+        radius: card.radius
         visible: entries.length > 0
         width: 180
         x: card.x + card.width + 3

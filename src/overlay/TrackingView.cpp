@@ -31,9 +31,19 @@ QList<QUrl> draggedFileUrls(const QMimeData &data)
     return localFilesOf(data.data(QStringLiteral("text/uri-list")));
 }
 
-void TrackingView::mouseEntered() const
+void TrackingView::mouseEntered(const QPointF &position) const
 {
-    call(onMouseEntered);
+    call(onMouseEntered, position);
+}
+
+void TrackingView::mouseMoved(const QPointF &position) const
+{
+    call(onMouseMoved, position);
+}
+
+bool TrackingView::mousePressed(const QPointF &position) const
+{
+    return onMousePressed && onMousePressed(position);
 }
 
 void TrackingView::mouseExited() const

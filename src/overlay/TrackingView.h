@@ -12,12 +12,15 @@ namespace velmora
 {
 
 /// Turns what the pointer does over the overlay into callbacks: hovering, and file drags in the
-/// order entered, any number of updates, then exited or performed. Positions are in the view's
-/// coordinates: points from the top left of the notch's frame. Callbacks may be left empty.
+/// order entered, any number of updates, then exited or performed. Positions are those in the
+/// window. Callbacks may be left empty.
 class TrackingView
 {
 public:
-    std::function<void()> onMouseEntered;
+    std::function<void(const QPointF &position)> onMouseEntered;
+    std::function<void(const QPointF &position)> onMouseMoved; ///< with no button pressed
+    /// Whether the press has had its effect, and is not for the views.
+    std::function<bool(const QPointF &position)> onMousePressed;
     std::function<void()> onMouseExited;
     std::function<void(const QList<QUrl> &files)> onDragEntered;
     std::function<void(const QPointF &position)> onDragUpdated;
@@ -26,7 +29,9 @@ public:
     /// The files of the drag that goes on, if they are known already: the drag is not read then.
     std::function<QList<QUrl>()> draggedFilesProvider;
 
-    void mouseEntered() const;
+    void mouseEntered(const QPointF &position) const;
+    void mouseMoved(const QPointF &position) const;
+    [[nodiscard]] bool mousePressed(const QPointF &position) const;
     void mouseExited() const;
 
     /// Whether the drag can be dropped here, as a copy: only what is or promises files.

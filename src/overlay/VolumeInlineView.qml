@@ -1,5 +1,6 @@
 import QtQuick
 import QtQuick.Templates as T
+import Velmora.Overlay
 import Velmora.Services
 import Velmora.Style
 
@@ -7,8 +8,15 @@ import Velmora.Style
 Item {
     id: view
 
+    required property bool isHovered
     required property SystemMonitorService monitor
+    required property CollapsedLiveStrip strip
 
+    Binding {
+        property: "isVolumeInUse"
+        target: view.strip
+        value: view.isHovered || slider.pressed
+    }
     Symbol {
         id: quiet
 

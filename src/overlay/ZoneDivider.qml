@@ -2,8 +2,6 @@ import QtQuick
 
 // The hairline between two zones.
 Item {
-    width: 1
-
     Rectangle {
         anchors.fill: parent
         anchors.bottomMargin: 10

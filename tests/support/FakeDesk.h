@@ -8,7 +8,6 @@ namespace velmora
 {
 
 /// All that overlays stand on, made of doubles. The screens are the test's to add.
-template<typename Shell = FakeShell>
 struct FakeDesk {
     [[nodiscard]] OverlayEnvironment environment() { return {clock, pointer, drags, shell}; }
 
@@ -17,7 +16,7 @@ struct FakeDesk {
     FakeScreens &screens = platform.screens;
     FakePointer pointer;
     FakeFileDrags drags;
-    Shell shell;
+    FakeShell shell;
     NotchServices services{platform.roles};
 };
 

@@ -48,6 +48,7 @@ class FakeShell final : public OverlayShell
 public:
     QRegion shape;
     QRect bounds;
+    bool isMotionWanted = true;
     int shown = 0;
     int surfaces = 0; ///< alive
 
@@ -73,6 +74,7 @@ private:
 
         void orderFront() override { ++m_shell.shown; }
         void setShape(const OverlayShape &shape) override { m_shell.shape = shape(1, true); }
+        void setMotionWanted(bool wanted) override { m_shell.isMotionWanted = wanted; }
 
     private:
         FakeShell &m_shell;

@@ -1,0 +1,106 @@
+#include "overlay/NotchGeometry.h"
+
+#include <QTest>
+
+using namespace velmora;
+
+class NotchGeometryTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void places();
+    void sizesOfNoSense();
+    void zoneWidths();
+    void dropSlots();
+};
+
+void NotchGeometryTest::places()
+{
+    const QRectF usual(0, 0, 1600, 900);
+    const struct {
+        QRectF screen;
+        QSizeF size;
+        QRectF collapsed; // global, like the panel
+        QRectF panel;
+    } rows[]{{usual, {200, 36}, {700, 0, 200, 36}, {400, 0, 800, 110}},
+             {usual, {1000, 36}, {300, 0, 1000, 36}, {400, 0, 800, 110}},
+             {{1600, 300, 1000, 500}, {300, 24}, {1950, 300, 300, 24}, {1700, 300, 800, 110}},
+             {{0, 0, 640, 480}, {200, 36}, {220, 0, 200, 36}, {0, 0, 640, 110}}};
+    for (const auto &row : rows) {
+        NotchSettings settings;
+        settings.notchWidth = row.size.width();
+        settings.notchHeight = row.size.height();
+        const NotchGeometry geometry(row.screen, settings);
+        const QRectF window = geometry.window;
+        QCOMPARE(geometry.collapsed.translated(window.topLeft()), row.collapsed);
+        QCOMPARE(geometry.panel.translated(window.topLeft()), row.panel);
+        QVERIFY(window.contains(row.panel) && window.contains(row.collapsed));
+        QVERIFY(row.screen.contains(window));
+        QCOMPARE(window.center().x(), row.screen.center().x());
+    }
+}
+
+void NotchGeometryTest::sizesOfNoSense()
+{
+    for (const double value : {-5.0, 1e4, 1e60, 1e300, qInf(), -qInf(), qQNaN(), 1e-320}) {
+        NotchSettings settings;
+        settings.notchWidth = settings.notchHeight = value;
+        settings.cornerRadius = settings.expandedTopPadding = value;
+        settings.zoneWidths = {1, value, 1, 1, 1};
+        for (const QRectF &screen : {QRectF(0, 0, 1601, 900), QRectF(-300, 7, 300, 80)}) {
+            const NotchGeometry geometry(screen, settings);
+            const QRectF window(QPointF(), geometry.window.size());
+            QVERIFY(screen.contains(geometry.window));
+            QVERIFY(geometry.panel.isValid() && window.contains(geometry.panel));
+            QVERIFY(geometry.collapsed.left() >= 0 && geometry.collapsed.right() <= window.right());
+            QVERIFY(geometry.cornerRadius >= 0);
+            QVERIFY(geometry.cornerRadius <= geometry.collapsed.height());
+            QVERIFY(geometry.topPadding >= 0 && geometry.topPadding <= screen.height());
+            for (const double width : geometry.zoneWidths) {
+                QVERIFY(width >= 0 && width <= window.width());
+            }
+        }
+    }
+}
+
+void NotchGeometryTest::zoneWidths()
+{
+    const struct {
+        double screenWidth;
+        double firstWeight;
+        QList<double> widths;
+    } rows[]{{1600, 1, {153.6, 153.6, 153.6, 153.6, 153.6}},
+             {1600, 0, {768 * 0.3 / 4.3, 768 / 4.3, 768 / 4.3, 768 / 4.3, 768 / 4.3}},
+             {1600, 6, {460.8, 76.8, 76.8, 76.8, 76.8}},
+             {632, 1, {120, 120, 120, 120, 120}}};
+    for (const auto &row : rows) {
+        NotchSettings settings;
+        settings.zoneWidths.front() = row.firstWeight;
+        const NotchGeometry geometry(QRectF(0, 0, row.screenWidth, 900), settings);
+        for (int i = 0; i < 5; ++i) {
+            QCOMPARE(geometry.zoneWidths.at(i), row.widths.at(i));
+        }
+    }
+}
+
+void NotchGeometryTest::dropSlots()
+{
+    // Where each slot begins, and the last one ends. The margin at the left counts for the first
+    // one, up to a slot's width beyond the panel.
+    const std::pair<double, QList<int>> rows[]{{1600, {}},
+                                               {1600, {-775, 796}},
+                                               {1600, {-251, 272, 534, 796}},
+                                               {602, {-185, 206, 402, 598}}};
+    for (const auto &[screenWidth, begins] : rows) {
+        const NotchGeometry geometry(QRectF(0, 0, screenWidth, 900), {});
+        const int count = qMax(0, int(begins.size()) - 1);
+        for (int x = -900; x < 900; ++x) {
+            const auto begun = std::upper_bound(begins.begin(), begins.end(), x) - begins.begin();
+            QCOMPARE(geometry.dropSlotAt(x, count), begun > count ? -1 : int(begun) - 1);
+        }
+    }
+}
+
+QTEST_APPLESS_MAIN(NotchGeometryTest)
+#include "NotchGeometryTest.moc"
