@@ -3,7 +3,7 @@
 #include "platform/Clock.h"
 #include "platform/linux/media/ArtworkDecoder.h"
 #include "platform/linux/media/ArtworkDownload.h"
-#include "platform/linux/media/Throttle.h"
+#include "platform/linux/Throttle.h"
 
 #include <QCache>
 #include <QImage>

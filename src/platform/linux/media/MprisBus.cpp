@@ -1,7 +1,7 @@
 #include "platform/linux/media/MprisBus.h"
 
 #include "platform/linux/BusCall.h"
-#include "platform/linux/media/BusValue.h"
+#include "platform/linux/dbus/BusValue.h"
 
 #include <QDBusPendingCall>
 #include <QDBusPendingCallWatcher>

@@ -7,7 +7,7 @@
 #include "platform/linux/media/MprisBus.h"
 #include "platform/linux/media/MprisPlayer.h"
 #include "platform/linux/media/PlayerNotices.h"
-#include "platform/linux/media/Throttle.h"
+#include "platform/linux/Throttle.h"
 
 #include <QList>
 #include <QString>

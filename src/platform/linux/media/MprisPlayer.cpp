@@ -1,6 +1,6 @@
 #include "platform/linux/media/MprisPlayer.h"
 
-#include "platform/linux/media/BusValue.h"
+#include "platform/linux/dbus/BusValue.h"
 
 #include <QUrl>
 

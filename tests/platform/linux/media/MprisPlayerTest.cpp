@@ -2,7 +2,7 @@
 
 #include "platform/linux/media/CurrentPlayer.h"
 #include "platform/linux/media/PlayerNotices.h"
-#include "platform/linux/media/Throttle.h"
+#include "platform/linux/Throttle.h"
 #include "support/VirtualClock.h"
 
 #include <QTest>

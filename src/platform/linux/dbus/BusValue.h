@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QMap>
 #include <QString>
 #include <QVariant>
 #include <QVariantMap>
@@ -15,6 +16,11 @@ namespace velmora
 /// The entries of an a{sv}; nothing for any other type. Of a dictionary without measure only the
 /// beginning is read.
 [[nodiscard]] std::optional<QVariantMap> toDictionary(const QVariant &value);
+
+/// The interfaces of an object with their properties (a{sa{sv}}), and objects by their paths
+/// (a{oa{sa{sv}}}); empty for any other type. Limited as above.
+[[nodiscard]] QMap<QString, QVariantMap> toInterfaces(const QVariant &value);
+[[nodiscard]] QMap<QString, QMap<QString, QVariantMap>> toObjects(const QVariant &value);
 
 /// A string or an object path; empty for any other type.
 [[nodiscard]] QString toText(const QVariant &value);
