@@ -39,7 +39,7 @@ public:
         : m_clock(*platform.clock)
         , m_screenCount(*platform.clock, *platform.screens)
         , m_systemMonitor(*platform.clock, *platform.statistics, *platform.sound)
-        , m_mediaService(*platform.clock, *platform.media, platform.coverSearchHost)
+        , m_mediaService(*platform.clock, *platform.media, *platform.http, *platform.store)
         , m_pomodoroService(*platform.clock, *platform.store, *platform.notifications)
         , m_dropService(*platform.store,
                         {*platform.files, *platform.images, *platform.processes,

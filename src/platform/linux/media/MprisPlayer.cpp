@@ -122,6 +122,18 @@ void MprisPlayer::takePosition(const QVariant &microseconds, Time now)
     setPosition(seconds, now);
 }
 
+MediaTrack MprisPlayer::mediaTrack(Time now) const
+{
+    MediaTrack track;
+    track.title = m_track.title;
+    track.artist = m_track.artist;
+    track.album = m_track.album;
+    track.duration = m_track.duration;
+    track.elapsed = position(now);
+    track.isPlaying = isPlaying();
+    return track;
+}
+
 double MprisPlayer::position(Time now) const
 {
     double seconds = m_position;
