@@ -36,7 +36,7 @@ MediaTrack awaitingCover(MediaTrack track)
 
 PlayerNotice notice(PlaybackState state, const QString &title)
 {
-    return {state, playingTrack(title, QStringLiteral("Them"))};
+    return {state, playingTrack(title, u"Them"_qs)};
 }
 
 struct Rig {
@@ -99,8 +99,8 @@ void MediaRemoteServiceTest::asksByItselfAndOnChanges()
 
     // Observers hear of every answer that names a track, and of no other.
     QSignalSpy changes(&rig.service, &MediaRemoteService::nowPlayingChanged);
-    rig.remote.answer(withCover(playingTrack(QStringLiteral("Song")), Qt::red));
-    rig.remote.answer(withCover(playingTrack(QStringLiteral("Song")), Qt::red));
+    rig.remote.answer(withCover(playingTrack(u"Song"_qs), Qt::red));
+    rig.remote.answer(withCover(playingTrack(u"Song"_qs), Qt::red));
     rig.clock.advance(2s);
     QCOMPARE(changes.size(), 2);
 
@@ -116,7 +116,7 @@ void MediaRemoteServiceTest::asksByItselfAndOnChanges()
 void MediaRemoteServiceTest::position()
 {
     Rig rig;
-    MediaTrack track = playingTrack(QStringLiteral("Song"));
+    MediaTrack track = playingTrack(u"Song"_qs);
     rig.remote.answer(track);
     const auto at = [&] { return rig.now().position(rig.clock.now()); };
     QCOMPARE(at(), 10.0);
@@ -148,7 +148,7 @@ void MediaRemoteServiceTest::position()
 void MediaRemoteServiceTest::answers()
 {
     Rig rig;
-    const QString song = QStringLiteral("Song");
+    const QString song = u"Song"_qs;
     const auto answer = [&](const MediaTrack &track) {
         return rig.searches([&] { rig.remote.answer(track); });
     };
@@ -157,21 +157,21 @@ void MediaRemoteServiceTest::answers()
 
     QVERIFY(answer(playingTrack(song))); // a new title without a cover
     QVERIFY(!answer(withCover(playingTrack(song), Qt::red)));
-    QVERIFY(!answer(playingTrack(song, QStringLiteral("Others")))); // same title: keeps it
+    QVERIFY(!answer(playingTrack(song, u"Others"_qs))); // same title: keeps it
     QCOMPARE(rig.now().artwork, cover(Qt::red));
-    QCOMPARE(rig.now().artist, QStringLiteral("Others"));
+    QCOMPARE(rig.now().artist, u"Others"_qs);
     QVERIFY(!answer({})); // the last item stays, as it was
     QCOMPARE(rig.now().title, song);
     QVERIFY(rig.now().isPlaying);
 
-    QVERIFY(answer(playingTrack(QStringLiteral("Next"))));
+    QVERIFY(answer(playingTrack(u"Next"_qs)));
     QVERIFY(rig.now().artwork.isNull());
 }
 
 void MediaRemoteServiceTest::spotifyNotices()
 {
     Rig rig;
-    const QString song = QStringLiteral("Song");
+    const QString song = u"Song"_qs;
     const auto playing = notice(PlaybackState::Playing, song);
     QVERIFY(rig.searches([&] { rig.tell(playing); }));
     QCOMPARE(rig.remote.questions, 2); // and it asks
@@ -192,18 +192,18 @@ void MediaRemoteServiceTest::spotifyNotices()
     QVERIFY(!rig.now().isPlaying);
 
     // A desktop that names a track has the last word, and ends the fallback.
-    rig.remote.current = playingTrack(QStringLiteral("Real"));
+    rig.remote.current = playingTrack(u"Real"_qs);
     rig.tell(playing);
-    QCOMPARE(rig.now().title, QStringLiteral("Real"));
+    QCOMPARE(rig.now().title, u"Real"_qs);
     rig.remote.current.reset();
     rig.service.refresh();
-    QCOMPARE(rig.now().title, QStringLiteral("Real"));
+    QCOMPARE(rig.now().title, u"Real"_qs);
 
     // A cover is kept for the same title, and only for that.
     rig.remote.answer(withCover(playingTrack(song), Qt::red));
     rig.tell(playing);
     QCOMPARE(rig.now().artwork, cover(Qt::red));
-    rig.tell(notice(PlaybackState::Playing, QStringLiteral("Other")));
+    rig.tell(notice(PlaybackState::Playing, u"Other"_qs));
     QVERIFY(rig.now().artwork.isNull());
 
     // Stopped clears, whatever the name; nothing comes back afterwards.
@@ -220,8 +220,8 @@ void MediaRemoteServiceTest::artworkOfTheTrack()
 {
     Rig rig;
     rig.serveCovers();
-    const auto song = playingTrack(QStringLiteral("Song"), QStringLiteral("Them"));
-    const auto other = awaitingCover(playingTrack(QStringLiteral("Other")));
+    const auto song = playingTrack(u"Song"_qs, u"Them"_qs);
+    const auto other = awaitingCover(playingTrack(u"Other"_qs));
     rig.remote.answer(song);
     QTRY_VERIFY(!rig.now().artwork.isNull());
     QCOMPARE(rig.now().artwork.pixelColor(0, 0), QColor(Qt::green));
@@ -234,12 +234,12 @@ void MediaRemoteServiceTest::artworkOfTheTrack()
 
     // A cover that comes for a track that has passed is not put on the next one, and the fallback
     // gets its own.
-    rig.tell(notice(PlaybackState::Playing, QStringLiteral("Third")));
+    rig.tell(notice(PlaybackState::Playing, u"Third"_qs));
     rig.remote.answer(other);
-    QTRY_COMPARE(rig.http.count(QStringLiteral("/cover")), 2);
-    rig.tell(notice(PlaybackState::Playing, QStringLiteral("Fourth")));
+    QTRY_COMPARE(rig.http.count(u"/cover"_qs), 2);
+    rig.tell(notice(PlaybackState::Playing, u"Fourth"_qs));
     QTRY_VERIFY(!rig.now().artwork.isNull());
-    QCOMPARE(rig.now().title, QStringLiteral("Fourth"));
+    QCOMPARE(rig.now().title, u"Fourth"_qs);
     rig.service.refresh();
     QVERIFY(!rig.now().artwork.isNull());
 }
@@ -248,8 +248,8 @@ void MediaRemoteServiceTest::ownCoversAreWaitedFor()
 {
     Rig rig;
     rig.serveCovers();
-    const QString song = QStringLiteral("Song");
-    const auto pending = awaitingCover(playingTrack(song, QStringLiteral("Them")));
+    const QString song = u"Song"_qs;
+    const auto pending = awaitingCover(playingTrack(song, u"Them"_qs));
     const auto own = [&] { return rig.now().artwork == cover(Qt::red); };
 
     // Not searched for, whether the desktop or a notice says that there is one.
@@ -259,15 +259,15 @@ void MediaRemoteServiceTest::ownCoversAreWaitedFor()
     QVERIFY(own());
 
     // A player that names it late: what was found meanwhile does not take its place.
-    const auto next = playingTrack(QStringLiteral("Next"), QStringLiteral("Them"));
+    const auto next = playingTrack(u"Next"_qs, u"Them"_qs);
     QVERIFY(rig.searches([&] { rig.remote.answer(next); }));
     rig.remote.answer(withCover(next, Qt::red));
-    QTRY_COMPARE(rig.http.count(QStringLiteral("/cover")), 1);
+    QTRY_COMPARE(rig.http.count(u"/cover"_qs), 1);
     QTRY_COMPARE(rig.http.waiting, 0);
     QVERIFY(own());
 
     // One that cannot be had after all is looked up.
-    const auto third = playingTrack(QStringLiteral("Third"));
+    const auto third = playingTrack(u"Third"_qs);
     rig.remote.answer(awaitingCover(third));
     QVERIFY(rig.searches([&] { rig.remote.answer(third); }));
     QTRY_VERIFY(!rig.now().artwork.isNull());

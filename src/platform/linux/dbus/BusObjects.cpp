@@ -10,8 +10,6 @@ namespace velmora
 namespace
 {
 
-constexpr qsizetype maximumObjects = 4096; // a service that lies is not to fill the memory
-
 QString managerInterface()
 {
     return QStringLiteral("org.freedesktop.DBus.ObjectManager");
@@ -23,7 +21,11 @@ BusObjects::BusObjects(const QDBusConnection &bus, Clock &clock, const QString &
                        QString root)
     : m_bus(bus)
     , m_root(std::move(root))
-    , m_inquiry(bus, clock, [this](const QDBusMessage &answer) { takeAll(answer); })
+    , m_inquiry(bus, clock,
+                [this](const QDBusMessage &answer) {
+                    m_objects = toObjects(answer.arguments().value(0));
+                    Q_EMIT changed();
+                })
     , m_watch(bus, service)
 {
     connect(&m_watch, &OwnerWatch::appeared, this,
@@ -34,22 +36,19 @@ BusObjects::BusObjects(const QDBusConnection &bus, Clock &clock, const QString &
 void BusObjects::setOwner(const QString &owner)
 {
     const struct {
-        QString path, interface, name;
+        QString path, interface;
         const char *slot;
     } subscriptions[] = {
-        {m_root, managerInterface(), QStringLiteral("InterfacesAdded"),
-         SLOT(takeAdded(QDBusMessage))},
-        {m_root, managerInterface(), QStringLiteral("InterfacesRemoved"),
-         SLOT(takeRemoved(QDBusMessage))},
+        {m_root, managerInterface(), SLOT(listAnew())},
         {QString(), QStringLiteral("org.freedesktop.DBus.Properties"),
-         QStringLiteral("PropertiesChanged"), SLOT(takeChange(QDBusMessage))},
+         SLOT(takeChange(QDBusMessage))},
     };
     // By unique names: for any other, QtDBus would wait for the bus to tell the owner.
-    for (const auto &[path, interface, name, slot] : subscriptions) {
+    for (const auto &[path, interface, slot] : subscriptions) {
         if (!m_owner.isEmpty())
-            m_bus.disconnect(m_owner, path, interface, name, this, slot);
+            m_bus.disconnect(m_owner, path, interface, QString(), this, slot);
         if (!owner.isEmpty())
-            m_bus.connect(owner, path, interface, name, this, slot);
+            m_bus.connect(owner, path, interface, QString(), this, slot);
     }
     m_owner = owner;
     if (owner.isEmpty()) {
@@ -61,36 +60,6 @@ void BusObjects::setOwner(const QString &owner)
     m_inquiry.setQuestion(QDBusMessage::createMethodCall(owner, m_root, managerInterface(),
                                                          QStringLiteral("GetManagedObjects")));
     m_inquiry.request();
-}
-
-void BusObjects::takeAll(const QDBusMessage &answer)
-{
-    m_objects = toObjects(answer.arguments().value(0));
-    Q_EMIT changed();
-}
-
-void BusObjects::takeAdded(const QDBusMessage &signal)
-{
-    const QString path = toText(signal.arguments().value(0));
-    const Interfaces added = toInterfaces(signal.arguments().value(1));
-    if (path.isEmpty() || added.isEmpty() ||
-        (m_objects.size() >= maximumObjects && !m_objects.contains(path)))
-        return;
-    m_objects[path].insert(added);
-    Q_EMIT changed();
-}
-
-void BusObjects::takeRemoved(const QDBusMessage &signal)
-{
-    const auto object = m_objects.find(toText(signal.arguments().value(0)));
-    if (object == m_objects.end())
-        return;
-    const QStringList removed = signal.arguments().value(1).toStringList();
-    for (const QString &interface : removed)
-        object->remove(interface);
-    if (object->isEmpty())
-        m_objects.erase(object);
-    Q_EMIT changed();
 }
 
 void BusObjects::takeChange(const QDBusMessage &signal)

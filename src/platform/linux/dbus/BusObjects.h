@@ -29,13 +29,11 @@ Q_SIGNALS:
     void changed();
 
 private Q_SLOTS:
-    void takeAdded(const QDBusMessage &signal);
-    void takeRemoved(const QDBusMessage &signal);
+    void listAnew() { m_inquiry.request(); }
     void takeChange(const QDBusMessage &signal);
 
 private:
     void setOwner(const QString &owner);
-    void takeAll(const QDBusMessage &answer);
 
     QDBusConnection m_bus;
     QString m_root;

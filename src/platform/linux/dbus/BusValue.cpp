@@ -75,16 +75,6 @@ std::optional<QVariantMap> toDictionary(const QVariant &value)
     return readDictionary(argument);
 }
 
-QMap<QString, QVariantMap> toInterfaces(const QVariant &value)
-{
-    if (value.metaType() != QMetaType::fromType<QDBusArgument>())
-        return {};
-    const auto argument = value.value<QDBusArgument>();
-    if (argument.currentSignature() != QLatin1String("a{sa{sv}}"))
-        return {};
-    return readMap<QString>(argument, maximumEntries, readDictionary);
-}
-
 QMap<QString, QMap<QString, QVariantMap>> toObjects(const QVariant &value)
 {
     if (value.metaType() != QMetaType::fromType<QDBusArgument>())

@@ -17,9 +17,8 @@ namespace velmora
 /// beginning is read.
 [[nodiscard]] std::optional<QVariantMap> toDictionary(const QVariant &value);
 
-/// The interfaces of an object with their properties (a{sa{sv}}), and objects by their paths
-/// (a{oa{sa{sv}}}); empty for any other type. Limited as above.
-[[nodiscard]] QMap<QString, QVariantMap> toInterfaces(const QVariant &value);
+/// Objects by their paths with their interfaces and properties (a{oa{sa{sv}}}); empty for any other
+/// type. Limited as above.
 [[nodiscard]] QMap<QString, QMap<QString, QVariantMap>> toObjects(const QVariant &value);
 
 /// A string or an object path; empty for any other type.

@@ -39,7 +39,6 @@ private Q_SLOTS:
     void computesThePosition();
     void doubtsThePositionAfterChanges();
     void forgetsWhatIsNoLongerTold();
-    void choosesTheCurrentPlayer_data();
     void choosesTheCurrentPlayer();
     void knowsThePlayersWithNotices();
     void throttles();
@@ -144,36 +143,22 @@ void MprisPlayerTest::forgetsWhatIsNoLongerTold()
     QCOMPARE(player.position(5s), 5.0); // at the usual rate again
 }
 
-void MprisPlayerTest::choosesTheCurrentPlayer_data()
+void MprisPlayerTest::choosesTheCurrentPlayer()
 {
-    QTest::addColumn<QString>("current");
-    QTest::addColumn<QList<PlayerStanding>>("players");
-    QTest::addColumn<QString>("expected");
     const auto a = u"a"_qs;
     const auto b = u"b"_qs;
     const auto c = u"c"_qs;
-    using List = QList<PlayerStanding>;
     constexpr bool yes = true;
     constexpr bool no = false;
-    // owner, plays, has an item, started, active
-    QTest::newRow("nobody") << a << List{} << QString();
-    QTest::newRow("keeps it while it plays")
-        << a << List{{a, yes, yes, 1, 1}, {b, yes, yes, 2, 2}} << a;
-    QTest::newRow("the one that started last")
-        << a << List{{a, no, yes, 9, 9}, {b, yes, yes, 3, 3}, {c, yes, yes, 2, 8}} << b;
-    QTest::newRow("keeps it in silence") << a << List{{a, no, yes, 1, 1}, {b, no, yes, 2, 2}} << a;
-    QTest::newRow("plays without a name")
-        << a << List{{a, yes, no, 1, 1}, {b, yes, yes, 2, 2}} << b;
-    QTest::newRow("is gone") << a << List{{b, no, yes, 5, 5}, {c, no, yes, 1, 6}} << c;
-    QTest::newRow("nothing with a name")
-        << a << List{{a, yes, no, 1, 1}, {b, no, no, 2, 2}} << QString();
-}
-
-void MprisPlayerTest::choosesTheCurrentPlayer()
-{
-    QFETCH(QString, current);
-    QFETCH(QList<PlayerStanding>, players);
-    QTEST(chooseCurrentPlayer(current, players), "expected");
+    // Of each: owner, plays, has an item, started, active. "a" has been shown until now.
+    QCOMPARE(chooseCurrentPlayer(a, {}), QString());
+    QCOMPARE(chooseCurrentPlayer(a, {{a, yes, yes, 1, 1}, {b, yes, yes, 2, 2}}), a);
+    QCOMPARE(chooseCurrentPlayer(a, {{a, no, yes, 9, 9}, {b, yes, yes, 3, 3}, {c, yes, yes, 2, 8}}),
+             b);
+    QCOMPARE(chooseCurrentPlayer(a, {{a, no, yes, 1, 1}, {b, no, yes, 2, 2}}), a);
+    QCOMPARE(chooseCurrentPlayer(a, {{a, yes, no, 1, 1}, {b, yes, yes, 2, 2}}), b);
+    QCOMPARE(chooseCurrentPlayer(a, {{b, no, yes, 5, 5}, {c, no, yes, 1, 6}}), c);
+    QCOMPARE(chooseCurrentPlayer(a, {{a, yes, no, 1, 1}, {b, no, no, 2, 2}}), QString());
 }
 
 void MprisPlayerTest::knowsThePlayersWithNotices()

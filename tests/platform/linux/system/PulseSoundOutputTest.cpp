@@ -19,6 +19,8 @@ namespace
 
 constexpr int patience = 20'000; // milliseconds, for a loaded machine
 
+#define TRY_COMPARE(actual, expected) QTRY_COMPARE_WITH_TIMEOUT(actual, expected, patience)
+
 QByteArray pactl(const QStringList &arguments)
 {
     QProcess process;
@@ -101,13 +103,13 @@ void PulseSoundOutputTest::readsAndFollows()
     const auto output = connected();
     QCOMPARE(output->volumePercent(), 40);
     setVolume(testSink, {u"55%"_qs});
-    QTRY_COMPARE_WITH_TIMEOUT(output->volumePercent(), 55, patience);
+    TRY_COMPARE(output->volumePercent(), 55);
     setVolume(testSink, {u"20%"_qs, u"60%"_qs});
-    QTRY_COMPARE_WITH_TIMEOUT(output->volumePercent(), 60, patience);
+    TRY_COMPARE(output->volumePercent(), 60);
     setVolume(testSink, {u"0%"_qs});
-    QTRY_COMPARE_WITH_TIMEOUT(output->volumePercent(), 0, patience);
+    TRY_COMPARE(output->volumePercent(), 0);
     setVolume(testSink, {u"150%"_qs});
-    QTRY_COMPARE_WITH_TIMEOUT(output->volumePercent(), 100, patience);
+    TRY_COMPARE(output->volumePercent(), 100);
 }
 
 void PulseSoundOutputTest::writes()
@@ -118,16 +120,16 @@ void PulseSoundOutputTest::writes()
         // At once, so that a view does not jump back, and then for good.
         QCOMPARE(output->volumePercent(), percent);
         const auto text = u"%1%"_qs.arg(percent);
-        QTRY_COMPARE_WITH_TIMEOUT(volumes(testSink), (QStringList{text, text}), patience);
+        TRY_COMPARE(volumes(testSink), (QStringList{text, text}));
         QCOMPARE(output->volumePercent(), percent);
     }
     output->setVolumePercent(1000);
     QCOMPARE(output->volumePercent(), 100);
     output->setVolumePercent(-5);
-    QTRY_COMPARE_WITH_TIMEOUT(volumes(testSink).value(0), u"0%"_qs, patience);
+    TRY_COMPARE(volumes(testSink).value(0), u"0%"_qs);
     // The server is the one to believe again after a write.
     setVolume(testSink, {u"44%"_qs});
-    QTRY_COMPARE_WITH_TIMEOUT(output->volumePercent(), 44, patience);
+    TRY_COMPARE(output->volumePercent(), 44);
 }
 
 void PulseSoundOutputTest::keepsTheBalance()
@@ -136,12 +138,12 @@ void PulseSoundOutputTest::keepsTheBalance()
     setVolume(testSink, balanced);
     const auto output = connected();
     output->setVolumePercent(30);
-    QTRY_COMPARE_WITH_TIMEOUT(volumes(testSink), (QStringList{u"10%"_qs, u"30%"_qs}), patience);
+    TRY_COMPARE(volumes(testSink), (QStringList{u"10%"_qs, u"30%"_qs}));
     // Even through silence, where the channels cannot be told apart.
     output->setVolumePercent(0);
-    QTRY_COMPARE_WITH_TIMEOUT(volumes(testSink), (QStringList{u"0%"_qs, u"0%"_qs}), patience);
+    TRY_COMPARE(volumes(testSink), (QStringList{u"0%"_qs, u"0%"_qs}));
     output->setVolumePercent(60);
-    QTRY_COMPARE_WITH_TIMEOUT(volumes(testSink), balanced, patience);
+    TRY_COMPARE(volumes(testSink), balanced);
 }
 
 void PulseSoundOutputTest::lastOfManyWritesCounts()
@@ -150,7 +152,7 @@ void PulseSoundOutputTest::lastOfManyWritesCounts()
     for (int percent = 0; percent <= 100; ++percent)
         output->setVolumePercent(percent);
     output->setVolumePercent(64);
-    QTRY_COMPARE_WITH_TIMEOUT(volumes(testSink).value(0), u"64%"_qs, patience);
+    TRY_COMPARE(volumes(testSink).value(0), u"64%"_qs);
     QCOMPARE(output->volumePercent(), 64);
 }
 
@@ -164,14 +166,14 @@ void PulseSoundOutputTest::followsTheDefaultSink()
     QTRY_VERIFY_WITH_TIMEOUT(!volumes(other).isEmpty(), patience);
     setVolume(other, {u"80%"_qs});
     pactl({u"set-default-sink"_qs, other});
-    QTRY_COMPARE_WITH_TIMEOUT(volumeLater(*output), 80, patience);
+    TRY_COMPARE(volumeLater(*output), 80);
     output->setVolumePercent(15);
-    QTRY_COMPARE_WITH_TIMEOUT(volumes(other).value(0), u"15%"_qs, patience);
+    TRY_COMPARE(volumes(other).value(0), u"15%"_qs);
     QCOMPARE(volumes(testSink).value(0), u"40%"_qs);
     // Gone with a write under way: the one that is left takes over, untouched.
     output->setVolumePercent(25);
     pactl({u"unload-module"_qs, module});
-    QTRY_COMPARE_WITH_TIMEOUT(volumeLater(*output), 40, patience);
+    TRY_COMPARE(volumeLater(*output), 40);
     QCOMPARE(volumes(testSink).value(0), u"40%"_qs);
 }
 
@@ -202,7 +204,7 @@ void PulseSoundOutputTest::retriesWithPatience()
     // Nothing there: no volume, no crash, one attempt at a time.
     PulseSoundOutput output(m_clock);
     m_clock.advance(0ms);
-    QTRY_COMPARE_WITH_TIMEOUT(m_clock.runningTimers(), 1, patience);
+    TRY_COMPARE(m_clock.runningTimers(), 1);
     output.setVolumePercent(50);
     QCOMPARE(output.volumePercent(), std::nullopt);
 
@@ -223,8 +225,8 @@ void PulseSoundOutputTest::retriesWithPatience()
         QCOMPARE(m_clock.runningTimers(), 1);
         QCOMPARE(attempts, before);
         m_clock.advance(1ms);
-        QTRY_COMPARE_WITH_TIMEOUT(attempts, before + 1, patience);
-        QTRY_COMPARE_WITH_TIMEOUT(m_clock.runningTimers(), 1, patience);
+        TRY_COMPARE(attempts, before + 1);
+        TRY_COMPARE(m_clock.runningTimers(), 1);
     }
     QCOMPARE(output.volumePercent(), std::nullopt);
 }
@@ -236,10 +238,10 @@ void PulseSoundOutputTest::survivesTheServersDeath()
     const int server = qEnvironmentVariableIntValue("VELMORA_PID_PIPEWIRE_PULSE");
     QVERIFY(server > 0);
     output->setVolumePercent(35);
-    QTRY_COMPARE_WITH_TIMEOUT(volumes(testSink).value(0), u"35%"_qs, patience);
+    TRY_COMPARE(volumes(testSink).value(0), u"35%"_qs);
     output->setVolumePercent(36);
     QCOMPARE(::kill(server, SIGKILL), 0);
-    QTRY_COMPARE_WITH_TIMEOUT(output->volumePercent(), std::nullopt, patience);
+    TRY_COMPARE(output->volumePercent(), std::nullopt);
     output->setVolumePercent(90);
     QCOMPARE(output->volumePercent(), std::nullopt);
 
@@ -255,7 +257,7 @@ void PulseSoundOutputTest::survivesTheServersDeath()
     pactl({u"set-default-sink"_qs, u"velmora_again"_qs});
     setVolume(u"velmora_again"_qs, {u"66%"_qs});
     m_clock.advance(2s);
-    QTRY_COMPARE_WITH_TIMEOUT(output->volumePercent(), 66, patience);
+    TRY_COMPARE(output->volumePercent(), 66);
 
     // No sink at all: nothing to report, or the silent stand-in that the server makes; no write
     // may hang on to the sink that went.
