@@ -4,6 +4,7 @@
 #include "platform/linux/system/ProcStatistics.h"
 #include "platform/linux/system/PulseSoundOutput.h"
 #include "platform/linux/windowing/Windowing.h"
+#include "support/FakeHttpGetter.h"
 #include "support/FakeMediaRemote.h"
 #include "support/FakeNotifications.h"
 
@@ -36,6 +37,7 @@ Platform makePlatform(FakeDropRoles &drops)
     platform.shell = std::move(windowing.shell);
     platform.statistics = std::make_unique<ProcStatistics>();
     platform.sound = std::make_unique<PulseSoundOutput>(*platform.clock);
+    platform.http = std::make_unique<FakeHttpGetter>();
     platform.media = std::make_unique<FakeMediaRemote>();
     platform.notifications = std::make_unique<FakeNotifications>();
     drops.install(platform);

@@ -19,6 +19,7 @@
 #include "platform/linux/files/LinuxChildProcesses.h"
 #include "platform/linux/files/LinuxFileActions.h"
 #include "platform/linux/files/LinuxImageConverter.h"
+#include "platform/linux/http/QtHttpGetter.h"
 #include "platform/linux/media/MprisMediaRemote.h"
 #include "platform/linux/system/ProcStatistics.h"
 #include "platform/linux/system/PulseSoundOutput.h"
@@ -48,8 +49,8 @@ Platform makePlatform(BusConnection &bus)
     platform.shell = std::move(windowing.shell);
     platform.statistics = std::make_unique<ProcStatistics>();
     platform.sound = std::make_unique<PulseSoundOutput>(*platform.clock);
-    platform.media = std::make_unique<MprisMediaRemote>(bus, *platform.clock);
-    platform.coverSearchHost = QUrl(QStringLiteral("https://itunes.apple.com"));
+    platform.http = std::make_unique<QtHttpGetter>(*platform.clock);
+    platform.media = std::make_unique<MprisMediaRemote>(bus, *platform.clock, *platform.http);
     platform.notifications = std::make_unique<DesktopNotifications>(bus);
     platform.files = std::make_unique<LinuxFileActions>();
     platform.images = std::make_unique<LinuxImageConverter>();

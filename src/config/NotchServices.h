@@ -38,7 +38,7 @@ public:
     explicit NotchServices(const Platform &platform)
         : m_clock(*platform.clock)
         , m_screenCount(*platform.clock, *platform.screens)
-        , m_mediaService(*platform.clock, *platform.media, platform.coverSearchHost)
+        , m_mediaService(*platform.clock, *platform.media, *platform.http, *platform.store)
         , m_systemMonitor(*platform.clock, *platform.statistics, *platform.sound)
         , m_pomodoroService(*platform.clock, *platform.store, *platform.notifications)
         , m_dropService(*platform.store,

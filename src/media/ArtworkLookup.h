@@ -1,29 +1,27 @@
 #pragma once
 
 #include "platform/Clock.h"
+#include "platform/HttpGetter.h"
+#include "platform/KeyValueStore.h"
 
 #include <QCache>
 #include <QImage>
 #include <QObject>
-#include <QSet>
 #include <QString>
-#include <QUrl>
 
 #include <functional>
 #include <map>
-#include <memory>
-
-class QNetworkAccessManager;
 
 namespace velmora
 {
 
 /// Finds covers for tracks whose player brings none along, by a public music search service (JSON
-/// over HTTPS). All failures are quiet. Main thread only; images are decoded beside it.
+/// over HTTPS). Its host is the setting `coverSearchHost`; none is asked if that is empty. All
+/// failures are quiet. Main thread only; images are decoded beside it.
 ///
-/// What limits its rate: one search for a track at a time, a pause of a minute after a search that
-/// found nothing, and never more than twenty searches a minute or four at once for all tracks
-/// together. Whoever is turned away asks again at the next answer of the player.
+/// What limits its rate: one request at a time, one search for a track, a pause of a minute after a
+/// search that found nothing, and never more than twenty searches a minute or four that wait.
+/// Whoever is turned away asks again at the next answer of the player.
 class ArtworkLookup : public QObject
 {
     Q_OBJECT
@@ -31,43 +29,34 @@ class ArtworkLookup : public QObject
 public:
     using Handler = std::function<void(const QImage &)>;
 
-    /// `host`: scheme, name and port of the service.
-    ArtworkLookup(Clock &clock, QUrl host);
-    ~ArtworkLookup() override;
-    Q_DISABLE_COPY_MOVE(ArtworkLookup)
+    ArtworkLookup(Clock &clock, HttpGetter &http, const KeyValueStore &store);
 
     /// The image that an earlier search for this track found; null if there is none.
     [[nodiscard]] QImage cached(const QString &title, const QString &artist) const;
-
-    /// Whether any search is under way.
-    [[nodiscard]] bool isSearching() const { return m_running > 0; }
 
     /// Begins a search; `found` is called if it yields an image, on the main loop.
     void start(const QString &title, const QString &artist, Handler found);
 
 private:
     struct Search {
-        QString key;
         QString title;
         Handler found;
+        HttpHandle request;
+        TimerHandle pause; ///< after a failure
     };
-    using BodyHandler = std::function<void(const QByteArray &)>;
 
     [[nodiscard]] bool takeTurn();
-    void fetch(const QUrl &url, qint64 limit, const Search &search, BodyHandler arrived);
-    void readResults(const QByteArray &json, const Search &search);
-    void decode(const QByteArray &bytes, const Search &search);
-    void succeed(const QImage &image, const Search &search);
-    void fail(const Search &search);
-    void resume(QString key);
+    void fetch(const QString &key, const QUrl &url, qint64 limit,
+               std::function<void(const QByteArray &body)> arrived);
+    void decode(const QString &key, const QByteArray &bytes);
+    void succeed(const QString &key, const QImage &image);
+    void fail(const QString &key);
 
     Clock &m_clock;
-    QUrl m_host;
-    std::unique_ptr<QNetworkAccessManager> m_network; ///< made for the first search
+    HttpGetter &m_http;
+    const KeyValueStore &m_store;
     QCache<QString, QImage> m_artworkCache;
-    QSet<QString> m_artworkFetchInFlight; ///< or found nothing a moment ago
-    std::map<QString, TimerHandle> m_pauses;
-    int m_running = 0;
+    std::map<QString, Search> m_searches; ///< by title and artist: under way, or pausing
     double m_turns;
     std::chrono::nanoseconds m_turnsCounted;
 };

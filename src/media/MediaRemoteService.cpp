@@ -1,7 +1,6 @@
 #include "media/MediaRemoteService.h"
 
 #include <QLoggingCategory>
-#include <QPointer>
 
 namespace velmora
 {
@@ -16,78 +15,49 @@ Q_LOGGING_CATEGORY(lcMediaRemote, "com.velmora.app.MediaRemote", QtInfoMsg)
 constexpr auto startupRetryDelay = 2s;
 constexpr auto pollInterval = 1s;
 
-QString text(const QVariantHash &values, const char *key)
-{
-    const QVariant value = values.value(QLatin1String(key));
-    return value.typeId() == QMetaType::QString ? value.toString() : QString();
-}
-
-std::optional<double> number(const QVariantHash &values, const char *key)
-{
-    const QVariant value = values.value(QLatin1String(key));
-    switch (value.typeId()) {
-    case QMetaType::Double:
-    case QMetaType::Float:
-    case QMetaType::Int:
-    case QMetaType::UInt:
-    case QMetaType::LongLong:
-    case QMetaType::ULongLong:
-        return value.toDouble();
-    default:
-        return std::nullopt;
-    }
-}
-
-QImage image(const QVariant &value)
-{
-    if (value.typeId() == QMetaType::QByteArray) {
-        return QImage::fromData(value.toByteArray());
-    }
-    return value.typeId() == QMetaType::QImage ? value.value<QImage>() : QImage();
-}
-
 const char *name(PlaybackCommand command)
 {
     switch (command) {
-    case PlaybackCommand::play:
-        return "play";
-    case PlaybackCommand::pause:
-        return "pause";
     case PlaybackCommand::togglePlayPause:
         return "togglePlayPause";
     case PlaybackCommand::nextTrack:
         return "nextTrack";
     case PlaybackCommand::previousTrack:
         return "previousTrack";
-    case PlaybackCommand::seekToPosition:
-        return "seekToPosition";
     }
     return "";
 }
 
-template<typename Function>
-void logSymbol(const Function &function, const char *symbol)
+const char *name(PlaybackState state)
 {
-    if (function) {
-        qCInfo(lcMediaRemote, "%s resolved", symbol);
-    } else {
-        qCCritical(lcMediaRemote, "%s symbol not found", symbol);
+    switch (state) {
+    case PlaybackState::Stopped:
+        return "Stopped";
+    case PlaybackState::Paused:
+        return "Paused";
+    case PlaybackState::Playing:
+        return "Playing";
     }
+    return "";
 }
 
 } // namespace
 
-MediaRemoteService::MediaRemoteService(Clock &clock, MediaRemote &remote, const QUrl &searchHost,
-                                       QObject *parent)
+MediaRemoteService::MediaRemoteService(Clock &clock, MediaRemote &remote, HttpGetter &http,
+                                       const KeyValueStore &store, QObject *parent)
     : QObject(parent)
     , m_clock(clock)
+    , m_remote(remote)
     , m_nowPlaying(NowPlayingInfo::empty())
     , m_lastSpotifyInfo(NowPlayingInfo::empty())
-    , m_artworkLookup(clock, searchHost)
+    , m_artworkLookup(clock, http, store)
 {
     qCInfo(lcMediaRemote, "MediaRemoteService init");
-    bind(remote);
-    observe(remote);
+    connect(&remote, &MediaRemote::changed, this, &MediaRemoteService::handleMediaRemoteChange);
+    connect(&remote, &MediaRemote::spotifyChanged, this,
+            &MediaRemoteService::handleSpotifyNotification);
+    connect(&remote, &MediaRemote::appleMusicChanged, this,
+            &MediaRemoteService::handleAppleMusicNotification);
     refresh();
     m_startupRetry = clock.after(startupRetryDelay, [this] {
         qCDebug(lcMediaRemote, "startup retry refresh");
@@ -98,54 +68,14 @@ MediaRemoteService::MediaRemoteService(Clock &clock, MediaRemote &remote, const 
 
 MediaRemoteService::~MediaRemoteService() = default;
 
-void MediaRemoteService::bind(MediaRemote &remote)
-{
-    QString error;
-    auto functions = remote.load(error);
-    if (!functions) {
-        qCCritical(lcMediaRemote, "dlopen failed for MediaRemote.framework \u2014 dlerror: %s",
-                   error.isEmpty() ? "no reason given" : qUtf8Printable(error));
-        return;
-    }
-    qCInfo(lcMediaRemote, "MediaRemote.framework loaded");
-    m_remote = std::move(*functions);
-    logSymbol(m_remote.getNowPlayingInfo, "MRMediaRemoteGetNowPlayingInfo");
-    logSymbol(m_remote.sendCommand, "MRMediaRemoteSendCommand");
-    if (m_remote.registerForNowPlayingNotifications) {
-        m_remote.registerForNowPlayingNotifications();
-        qCInfo(lcMediaRemote, "MRMediaRemoteRegisterForNowPlayingNotifications called");
-    } else {
-        qCCritical(lcMediaRemote,
-                   "MRMediaRemoteRegisterForNowPlayingNotifications symbol not found");
-    }
-}
-
-void MediaRemoteService::observe(MediaRemote &remote) const
-{
-    for (const auto signal : {&MediaRemote::nowPlayingInfoDidChange,
-                              &MediaRemote::nowPlayingApplicationIsPlayingDidChange,
-                              &MediaRemote::nowPlayingApplicationDidChange}) {
-        connect(&remote, signal, this, &MediaRemoteService::handleMediaRemoteChange);
-    }
-    connect(&remote, &MediaRemote::spotifyPlaybackStateChanged, this,
-            &MediaRemoteService::handleSpotifyNotification);
-    connect(&remote, &MediaRemote::appleMusicPlayerInfo, this,
-            &MediaRemoteService::handleAppleMusicNotification);
-}
-
 void MediaRemoteService::refresh()
 {
-    if (!m_remote.getNowPlayingInfo) {
-        qCDebug(lcMediaRemote,
-                "refresh called but getNowPlayingInfoFn is nil \u2014 framework not loaded");
-        return;
+    const auto track = m_remote.track();
+    if (track && !track->title.isEmpty()) {
+        apply(*track);
+    } else {
+        applyAnswerWithoutTitle();
     }
-    const QPointer self(this);
-    m_remote.getNowPlayingInfo([self](const QVariantHash &answer) {
-        if (self) {
-            self->apply(answer);
-        }
-    });
 }
 
 void MediaRemoteService::handleMediaRemoteChange()
@@ -160,19 +90,12 @@ void MediaRemoteService::handleAppleMusicNotification()
     refresh();
 }
 
-void MediaRemoteService::handleSpotifyNotification(const std::optional<QVariantHash> &userInfo)
+void MediaRemoteService::handleSpotifyNotification(const PlayerNotice &notice)
 {
-    if (!userInfo) {
-        qCCritical(lcMediaRemote, "Spotify notification had no userInfo");
-        return;
-    }
-    const QString state = text(*userInfo, "Player State");
-    NowPlayingInfo info;
-    info.title = text(*userInfo, "Name");
-    info.artist = text(*userInfo, "Artist");
+    NowPlayingInfo info = infoFrom(notice.track);
     qCInfo(lcMediaRemote, "Spotify notification: state=%s title=\"%s\" artist=\"%s\"",
-           qUtf8Printable(state), qUtf8Printable(info.title), qUtf8Printable(info.artist));
-    if (state == u"Stopped") {
+           name(notice.state), qUtf8Printable(info.title), qUtf8Printable(info.artist));
+    if (notice.state == PlaybackState::Stopped) {
         qCInfo(lcMediaRemote, "Spotify stopped \u2014 clearing nowPlaying");
         m_lastSpotifyInfo = NowPlayingInfo::empty();
         setNowPlaying(NowPlayingInfo::empty());
@@ -182,59 +105,50 @@ void MediaRemoteService::handleSpotifyNotification(const std::optional<QVariantH
         qCCritical(lcMediaRemote, "Spotify notification with empty title \u2014 ignoring");
         return;
     }
-    info.album = text(*userInfo, "Album");
-    info.duration = number(*userInfo, "Duration").value_or(0) / 1000; // it counts milliseconds
-    info.elapsedAtFetch = number(*userInfo, "Playback Position").value_or(0);
-    info.fetchTimestamp = m_clock.now();
-    info.isPlaying = state == u"Playing";
-    if (m_nowPlaying.title == info.title) {
-        info.artwork = m_nowPlaying.artwork;
-    }
+    info.isPlaying = notice.state == PlaybackState::Playing;
+    keepArtwork(info);
     m_lastSpotifyInfo = info;
     setNowPlaying(info);
     refresh();
-    if (info.artwork.isNull()) {
-        lookUpArtwork(info);
-    }
+    lookUpArtwork(info);
 }
 
-NowPlayingInfo MediaRemoteService::parse(const QVariantHash &answer) const
+NowPlayingInfo MediaRemoteService::infoFrom(const MediaTrack &track) const
 {
     NowPlayingInfo info;
-    info.title = text(answer, NowPlayingKey::title);
-    info.artist = text(answer, NowPlayingKey::artist);
-    info.album = text(answer, NowPlayingKey::album);
-    info.duration = number(answer, NowPlayingKey::duration).value_or(0);
-    info.elapsedAtFetch = number(answer, NowPlayingKey::elapsedTime).value_or(0);
-    info.isPlaying = number(answer, NowPlayingKey::playbackRate).value_or(0) > 0;
-    info.artwork = image(answer.value(QLatin1String(NowPlayingKey::artworkData)));
+    info.title = track.title;
+    info.artist = track.artist;
+    info.album = track.album;
+    info.duration = track.duration;
+    info.elapsedAtFetch = track.elapsed;
+    info.isPlaying = track.isPlaying;
+    info.artwork = track.artwork;
+    info.hasOwnArtwork = track.isArtworkPending || !track.artwork.isNull();
     info.fetchTimestamp = m_clock.now();
     return info;
 }
 
-void MediaRemoteService::apply(const QVariantHash &answer)
+/// What has no image keeps that of the same title.
+void MediaRemoteService::keepArtwork(NowPlayingInfo &info) const
 {
-    NowPlayingInfo info = parse(answer);
-    if (info.title.isEmpty()) {
-        applyAnswerWithoutTitle();
-        return;
-    }
-    const bool broughtArtwork = !info.artwork.isNull();
-    if (!broughtArtwork && info.title == m_nowPlaying.title) {
+    if (info.artwork.isNull() && info.title == m_nowPlaying.title) {
         info.artwork = m_nowPlaying.artwork;
+        info.hasOwnArtwork |= m_nowPlaying.hasOwnArtwork && !info.artwork.isNull();
     }
-    const bool hasArtwork = !info.artwork.isNull();
+}
+
+void MediaRemoteService::apply(const MediaTrack &track)
+{
+    NowPlayingInfo info = infoFrom(track);
+    keepArtwork(info);
     qCDebug(lcMediaRemote, "MediaRemote \u2192 \"%s\" by \"%s\" playing=%d art=%s",
             qUtf8Printable(info.title), qUtf8Printable(info.artist), info.isPlaying,
-            broughtArtwork ? "yes"
-            : hasArtwork   ? "no (preserved=true)"
-                           : "no (preserved=false)");
+            !track.artwork.isNull()  ? "yes"
+            : !info.artwork.isNull() ? "no (preserved=true)"
+                                     : "no (preserved=false)");
     setNowPlaying(info);
     m_lastSpotifyInfo = NowPlayingInfo::empty();
-    // The player's own cover may be on its way still: another answer follows it.
-    if (!hasArtwork && !answer.value(QLatin1String(NowPlayingKey::artworkPending)).toBool()) {
-        lookUpArtwork(info);
-    }
+    lookUpArtwork(info);
 }
 
 void MediaRemoteService::applyAnswerWithoutTitle()
@@ -247,9 +161,7 @@ void MediaRemoteService::applyAnswerWithoutTitle()
     qCDebug(lcMediaRemote, "MediaRemote empty \u2014 restoring lastSpotifyInfo: \"%s\"",
             qUtf8Printable(m_lastSpotifyInfo.title));
     NowPlayingInfo info = m_lastSpotifyInfo;
-    if (info.artwork.isNull() && info.title == m_nowPlaying.title) {
-        info.artwork = m_nowPlaying.artwork;
-    }
+    keepArtwork(info);
     setNowPlaying(info);
 }
 
@@ -259,14 +171,18 @@ void MediaRemoteService::setNowPlaying(const NowPlayingInfo &info)
     Q_EMIT nowPlayingChanged();
 }
 
+/// A cover that the player names itself is waited for.
 void MediaRemoteService::lookUpArtwork(const NowPlayingInfo &info)
 {
+    if (info.hasOwnArtwork || !info.artwork.isNull()) {
+        return;
+    }
     const QImage known = m_artworkLookup.cached(info.title, info.artist);
     if (known.isNull()) {
         m_artworkLookup.start(
             info.title, info.artist,
             [this, title = info.title](const QImage &found) { artworkFound(title, found); });
-    } else if (m_nowPlaying.title == info.title) {
+    } else if (m_nowPlaying.title == info.title && !m_nowPlaying.hasOwnArtwork) {
         m_nowPlaying.artwork = known;
         Q_EMIT nowPlayingChanged();
     }
@@ -274,8 +190,9 @@ void MediaRemoteService::lookUpArtwork(const NowPlayingInfo &info)
 
 void MediaRemoteService::artworkFound(const QString &title, const QImage &image)
 {
-    // The image stays with the lookup for the track's return, if it has passed on meanwhile.
-    if (m_nowPlaying.title != title) {
+    // The image stays with the lookup, for a track that has passed on meanwhile, or whose own cover
+    // came first and may fail.
+    if (m_nowPlaying.title != title || m_nowPlaying.hasOwnArtwork) {
         return;
     }
     if (m_lastSpotifyInfo.title == title) {
@@ -286,12 +203,10 @@ void MediaRemoteService::artworkFound(const QString &title, const QImage &image)
     Q_EMIT nowPlayingChanged();
 }
 
-void MediaRemoteService::sendCommand(PlaybackCommand command, const QVariantHash *options) const
+void MediaRemoteService::sendCommand(PlaybackCommand command) const
 {
     qCInfo(lcMediaRemote, "sendCommand: %s", name(command));
-    if (m_remote.sendCommand) {
-        m_remote.sendCommand(static_cast<quint32>(command), options);
-    }
+    m_remote.send(command);
 }
 
 } // namespace velmora

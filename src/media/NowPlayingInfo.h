@@ -28,6 +28,7 @@ public:
     double elapsedAtFetch = 0; ///< seconds, as it was at `fetchTimestamp`
     QDateTime fetchTimestamp;  ///< when the answer arrived, by the local wall clock
     bool isPlaying = false;
+    bool hasOwnArtwork = false; ///< the player names a cover itself, which may be on its way still
 
     /// No item. One value for the whole process, with the time of its first use.
     [[nodiscard]] static const NowPlayingInfo &empty();

@@ -1,66 +1,58 @@
 #pragma once
 
+#include <QImage>
 #include <QObject>
-#include <QVariantHash>
+#include <QString>
 
-#include <functional>
 #include <optional>
 
 namespace velmora
 {
 
-/// Keys of the dictionary in which the desktop tells what is playing. A value that is absent or of
-/// another type counts as unknown.
-namespace NowPlayingKey
-{
-inline constexpr char title[] = "kMRMediaRemoteNowPlayingInfoTitle";       ///< string
-inline constexpr char artist[] = "kMRMediaRemoteNowPlayingInfoArtist";     ///< string
-inline constexpr char album[] = "kMRMediaRemoteNowPlayingInfoAlbum";       ///< string
-inline constexpr char duration[] = "kMRMediaRemoteNowPlayingInfoDuration"; ///< double, seconds
-/// double, seconds, at the moment of the answer
-inline constexpr char elapsedTime[] = "kMRMediaRemoteNowPlayingInfoElapsedTime";
-/// double; above 0 while it plays
-inline constexpr char playbackRate[] = "kMRMediaRemoteNowPlayingInfoPlaybackRate";
-/// encoded bytes (QByteArray) or a decoded QImage
-inline constexpr char artworkData[] = "kMRMediaRemoteNowPlayingInfoArtworkData";
-/// bool; true while the player's own cover is still being fetched: another answer will bring it, or
-/// tell that there is none
-inline constexpr char artworkPending[] = "velmoraNowPlayingInfoArtworkPending";
-} // namespace NowPlayingKey
+/// What a player tells of the track that it plays.
+struct MediaTrack {
+    QString title; ///< empty: it names none
+    QString artist;
+    QString album;
+    double duration = 0; ///< seconds; 0 if unknown
+    double elapsed = 0;  ///< seconds, now
+    bool isPlaying = false;
+    QImage artwork; ///< null if there is none, or none yet
+    /// The player names a cover that is still being fetched: another change will bring it, or tell
+    /// that there is none.
+    bool isArtworkPending = false;
+};
 
-/// The desktop's one current media item, whichever program plays it.
+enum class PlaybackState { Stopped, Paused, Playing };
+
+/// What a player that announces its changes says of itself.
+struct PlayerNotice {
+    PlaybackState state = PlaybackState::Stopped;
+    MediaTrack track; ///< without its picture
+};
+
+enum class PlaybackCommand { togglePlayPause, nextTrack, previousTrack };
+
+/// The desktop's one current media item, whichever program plays it. Main thread only.
 class MediaRemote : public QObject
 {
     Q_OBJECT
 
 public:
-    using InfoHandler = std::function<void(const QVariantHash &info)>;
+    /// As far as it is known now. Nothing: no program plays or pauses anything.
+    [[nodiscard]] virtual std::optional<MediaTrack> track() = 0;
 
-    /// What loading yields; a function that is empty is not available.
-    struct Functions {
-        /// Answers once, on the main loop, never inside the call. An empty dictionary: no item.
-        std::function<void(InfoHandler)> getNowPlayingInfo;
-        /// Sends a transport command by its number to the program that plays the current item;
-        /// false if there is nobody to send it to or the number means nothing.
-        std::function<bool(quint32 command, const QVariantHash *options)> sendCommand;
-        /// From here on, the first three signals are sent.
-        std::function<void()> registerForNowPlayingNotifications;
-    };
-
-    /// Called once. Nothing if the desktop has no such service; `error` then says why.
-    [[nodiscard]] virtual std::optional<Functions> load(QString &error) = 0;
+    /// To the program that plays the current item; lost if there is none. Its effect shows as a
+    /// change.
+    virtual void send(PlaybackCommand command) = 0;
 
 Q_SIGNALS:
-    void nowPlayingInfoDidChange();
-    void nowPlayingApplicationIsPlayingDidChange();
-    void nowPlayingApplicationDidChange();
+    void changed();
 
-    /// Two players tell of their changes themselves. This one sends its track along: "Player
-    /// State", "Name", "Artist", "Album" (strings), "Duration" (milliseconds), "Playback Position"
-    /// (seconds).
-    void spotifyPlaybackStateChanged(const std::optional<QVariantHash> &userInfo);
-    /// And this one only that there is news.
-    void appleMusicPlayerInfo();
+    /// Two players announce their changes themselves: this one with its track,
+    void spotifyChanged(const velmora::PlayerNotice &notice);
+    /// this one only that there is news.
+    void appleMusicChanged();
 };
 
 } // namespace velmora

@@ -5,6 +5,7 @@
 #include "platform/Clock.h"
 #include "platform/FileActions.h"
 #include "platform/FileDrags.h"
+#include "platform/HttpGetter.h"
 #include "platform/ImageConverter.h"
 #include "platform/KeyValueStore.h"
 #include "platform/LoginItem.h"
@@ -18,8 +19,6 @@
 #include "platform/SystemStatistics.h"
 #include "platform/UserNotifications.h"
 #include "platform/Volumes.h"
-
-#include <QUrl>
 
 #include <memory>
 
@@ -37,8 +36,8 @@ struct Platform {
     std::unique_ptr<OverlayShell> shell;
     std::unique_ptr<SystemStatistics> statistics;
     std::unique_ptr<SoundOutput> sound;
+    std::unique_ptr<HttpGetter> http;
     std::unique_ptr<MediaRemote> media;
-    QUrl coverSearchHost; ///< of the service that knows the covers of songs
     std::unique_ptr<UserNotifications> notifications;
     std::unique_ptr<FileActions> files;
     std::unique_ptr<ImageConverter> images;

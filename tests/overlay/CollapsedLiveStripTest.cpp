@@ -27,18 +27,12 @@ struct Desk {
 
     void play(const QString &title, const QString &artist = {}, bool isPlaying = true)
     {
-        services.mediaService()->refresh();
-        QVariantHash track = playingTrack(title, artist);
-        track.insert(QLatin1String(NowPlayingKey::playbackRate), isPlaying ? 1.0 : 0.0);
-        track.insert(QLatin1String(NowPlayingKey::artworkPending), true);
+        MediaTrack track = playingTrack(title, artist);
+        track.isPlaying = isPlaying;
         platform.media.answer(track);
     }
 
-    void stopPlaying()
-    {
-        Q_EMIT platform.media.spotifyPlaybackStateChanged(
-            QVariantHash{{QStringLiteral("Player State"), QStringLiteral("Stopped")}});
-    }
+    void stopPlaying() { Q_EMIT platform.media.spotifyChanged({}); }
 };
 
 } // namespace

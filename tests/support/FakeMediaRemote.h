@@ -4,61 +4,45 @@
 
 #include <QList>
 
-#include <vector>
+#include <utility>
 
 namespace velmora
 {
 
-/// A desktop's media service that a test speaks for: questions wait until they are answered.
+/// A desktop's media service that a test speaks for.
 class FakeMediaRemote final : public MediaRemote
 {
 public:
-    bool isThere = true;
-    bool canQuery = true;
-    bool canSend = true;
-    bool isRegistered = false;
-    std::vector<InfoHandler> questions;
-    QList<quint32> commands;
+    std::optional<MediaTrack> current; ///< what each question gets as its answer
+    int questions = 0;
+    QList<PlaybackCommand> commands;
 
-    [[nodiscard]] std::optional<Functions> load(QString &error) override
+    [[nodiscard]] std::optional<MediaTrack> track() override
     {
-        if (!isThere) {
-            error = QStringLiteral("no bus");
-            return std::nullopt;
-        }
-        Functions functions;
-        if (canQuery) {
-            functions.getNowPlayingInfo = [this](InfoHandler handler) {
-                questions.push_back(std::move(handler));
-            };
-        }
-        if (canSend) {
-            functions.sendCommand = [this](quint32 command, const QVariantHash *) {
-                commands << command;
-                return true;
-            };
-        }
-        functions.registerForNowPlayingNotifications = [this] { isRegistered = true; };
-        return functions;
+        ++questions;
+        return current;
     }
+    void send(PlaybackCommand command) override { commands << command; }
 
-    /// Answers all that wait.
-    void answer(const QVariantHash &info)
+    /// Tells of a track, once: later questions find nothing, which leaves it on show.
+    void answer(const MediaTrack &track)
     {
-        for (const auto &question : std::exchange(questions, {})) {
-            question(info);
-        }
+        current = track;
+        Q_EMIT changed();
+        current.reset();
     }
 };
 
-/// An answer that names a track.
-inline QVariantHash playingTrack(const QString &title, const QString &artist = {})
+/// A track at ten of its hundred seconds.
+inline MediaTrack playingTrack(const QString &title, const QString &artist = {})
 {
-    return {{QLatin1String(NowPlayingKey::title), title},
-            {QLatin1String(NowPlayingKey::artist), artist},
-            {QLatin1String(NowPlayingKey::duration), 100.0},
-            {QLatin1String(NowPlayingKey::elapsedTime), 10.0},
-            {QLatin1String(NowPlayingKey::playbackRate), 1.0}};
+    MediaTrack track;
+    track.title = title;
+    track.artist = artist;
+    track.duration = 100;
+    track.elapsed = 10;
+    track.isPlaying = true;
+    return track;
 }
 
 } // namespace velmora

@@ -2,6 +2,7 @@
 
 #include "platform/Platform.h"
 #include "support/FakeDropRoles.h"
+#include "support/FakeHttpGetter.h"
 #include "support/FakeMediaRemote.h"
 #include "support/FakeNotifications.h"
 #include "support/FakeScreens.h"
@@ -22,6 +23,7 @@ struct FakePlatform {
     FakeScreens &screens = put(roles.screens, std::make_unique<FakeScreens>());
     FakeStatistics &statistics = put(roles.statistics, std::make_unique<FakeStatistics>());
     FakeSound &sound = put(roles.sound, std::make_unique<FakeSound>());
+    FakeHttpGetter &http = put(roles.http, std::make_unique<FakeHttpGetter>());
     FakeMediaRemote &media = put(roles.media, std::make_unique<FakeMediaRemote>());
     FakeNotifications &notifications =
         put(roles.notifications, std::make_unique<FakeNotifications>());

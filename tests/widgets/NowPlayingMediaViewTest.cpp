@@ -41,7 +41,7 @@ private:
     {
         return qmlItems(*m_view->contentItem(), type);
     }
-    void play(QVariantHash changes = {});
+    void play(const std::function<void(MediaTrack &)> &change = [](MediaTrack &) {});
 
     std::optional<QmlWarnings> m_warnings;
     std::optional<FakePlatform> m_platform;
@@ -53,7 +53,8 @@ void NowPlayingMediaViewTest::init()
 {
     m_warnings.emplace();
     m_platform.emplace();
-    m_service = std::make_unique<MediaRemoteService>(m_platform->clock, m_platform->media, QUrl());
+    m_service = std::make_unique<MediaRemoteService>(m_platform->clock, m_platform->media,
+                                                     m_platform->http, m_platform->store);
     m_view = std::make_unique<QQuickView>();
     m_view->engine()->addImportPath(QStringLiteral("qrc:/qt/qml"));
     m_view->setResizeMode(QQuickView::SizeRootObjectToView);
@@ -76,11 +77,10 @@ void NowPlayingMediaViewTest::cleanup()
     QCOMPARE(warnings, QStringList());
 }
 
-void NowPlayingMediaViewTest::play(QVariantHash changes)
+void NowPlayingMediaViewTest::play(const std::function<void(MediaTrack &)> &change)
 {
-    QVariantHash track = playingTrack(QStringLiteral("Song"), QStringLiteral("Them"));
-    track.insert(changes);
-    m_service->refresh();
+    MediaTrack track = playingTrack(QStringLiteral("Song"), QStringLiteral("Them"));
+    change(track);
     m_platform->media.answer(track);
 }
 
@@ -111,11 +111,11 @@ void NowPlayingMediaViewTest::tracksFollowEachOther()
     QTRY_COMPARE(items("NowPlayingText").size(), 1); // "Nothing Playing" has left
     QTRY_COMPARE(items("AlbumArtView").size(), 1);
     const auto *first = items("NowPlayingText").front();
-    play({{QLatin1String(NowPlayingKey::playbackRate), 0.0}});
+    play([&](MediaTrack &track) { track.isPlaying = false; });
     QCOMPARE(items("NowPlayingText"), QList<QQuickItem *>{items("NowPlayingText").front()});
     QCOMPARE(items("NowPlayingText").front(), first);
 
-    play({{QLatin1String(NowPlayingKey::title), QStringLiteral("Next")}});
+    play([&](MediaTrack &track) { track.title = QStringLiteral("Next"); });
     QCOMPARE(items("NowPlayingText").size(), 2);
     QCOMPARE(items("AlbumArtView").size(), 2);
     const auto texts = items("MarqueeText");
@@ -124,14 +124,16 @@ void NowPlayingMediaViewTest::tracksFollowEachOther()
     QTRY_COMPARE(items("AlbumArtView").size(), 1);
     // A burst leaves one behind.
     for (int i = 0; i < 20; ++i) {
-        play({{QLatin1String(NowPlayingKey::title), QString::number(i)}});
+        play([&](MediaTrack &track) { track.title = QString::number(i); });
     }
     QTRY_COMPARE(items("NowPlayingText").size(), 1);
     QCOMPARE(items("MarqueeText").front()->property("text").toString(), QStringLiteral("19"));
 
     // Without an artist, and of unknown length.
-    play({{QLatin1String(NowPlayingKey::artist), QString()},
-          {QLatin1String(NowPlayingKey::duration), 0.0}});
+    play([&](MediaTrack &track) {
+        track.artist = QString();
+        track.duration = 0.0;
+    });
     QTRY_COMPARE(items("MarqueeText").size(), 1);
     QCOMPARE(items("TimeText").size(), 0);
     QCOMPARE(items("MediaProgressBar").size(), 1);
@@ -141,7 +143,7 @@ void NowPlayingMediaViewTest::coverComesAndGoes()
 {
     QImage cover(4, 4, QImage::Format_RGB32);
     cover.fill(Qt::red);
-    play({{QLatin1String(NowPlayingKey::artworkData), cover}});
+    play([&](MediaTrack &track) { track.artwork = cover; });
     QTRY_COMPARE(items("AlbumArtView").size(), 1);
     QTRY_COMPARE(items("velmora::RoundedImage").front()->opacity(), 1.0);
     const auto *view = items("AlbumArtView").front();
@@ -151,7 +153,7 @@ void NowPlayingMediaViewTest::coverComesAndGoes()
     QCOMPARE(picture.pixelColor(middle), QColor(Qt::red));
     QVERIFY(picture.pixelColor(corner) != QColor(Qt::red)); // it is rounded
 
-    play({{QLatin1String(NowPlayingKey::title), QStringLiteral("Next")}});
+    play([&](MediaTrack &track) { track.title = QStringLiteral("Next"); });
     QTRY_COMPARE(items("AlbumArtView").size(), 1);
     QTRY_COMPARE(items("velmora::RoundedImage").front()->opacity(), 0.0);
 }
@@ -167,9 +169,11 @@ void NowPlayingMediaViewTest::buttonsReachThePlayer()
         QTest::mouseClick(m_view.get(), Qt::LeftButton, {},
                           button->mapToScene({3, 3}).toPoint()); // anywhere in its area
     }
-    QCOMPARE(m_platform->media.commands, (QList<quint32>{5, 2, 4}));
+    QCOMPARE(m_platform->media.commands,
+             (QList{PlaybackCommand::previousTrack, PlaybackCommand::togglePlayPause,
+                    PlaybackCommand::nextTrack}));
     QCOMPARE(names.at(1), QStringLiteral("Pause"));
-    play({{QLatin1String(NowPlayingKey::playbackRate), 0.0}});
+    play([&](MediaTrack &track) { track.isPlaying = false; });
     QCOMPARE(buttons.at(1)->property("symbol").toString(), QStringLiteral("play.fill"));
 }
 
@@ -188,7 +192,7 @@ void NowPlayingMediaViewTest::longTitles()
     QFETCH(int, width);
     QFETCH(QString, title);
     m_view->resize(width, 90);
-    play({{QLatin1String(NowPlayingKey::title), title}});
+    play([&](MediaTrack &track) { track.title = title; });
     QTRY_COMPARE(items("NowPlayingText").size(), 1);
     if (width < 100) {
         return; // no warning, no crash

@@ -18,25 +18,23 @@ namespace
 struct Rig {
     FakePlatform platform;
     VirtualClock &clock = platform.clock;
-    MediaRemoteService service{clock, platform.media, QUrl()};
+    MediaRemoteService service{clock, platform.media, platform.http, platform.store};
     NowPlayingModel model;
 
     Rig()
     {
-        platform.media.questions.clear();
         model.setProperty("service", QVariant::fromValue(&service));
         model.setProperty("clock", QVariant::fromValue<Clock *>(&clock));
         model.setProperty("barPixels", 150);
         model.componentComplete();
     }
 
-    void answer(const QVariantHash &info) { platform.media.answer(info); }
-    void play(const QVariantHash &changes)
+    /// A track that only differs from others in what `change` makes of it.
+    void play(const std::function<void(MediaTrack &)> &change = [](MediaTrack &) {})
     {
-        QVariantHash track = playingTrack(QStringLiteral("Song"), QStringLiteral("Them"));
-        track.insert(changes);
-        service.refresh();
-        answer(track);
+        MediaTrack track = playingTrack(QStringLiteral("Song"), QStringLiteral("Them"));
+        change(track);
+        platform.media.answer(track);
     }
 };
 
@@ -94,20 +92,20 @@ void NowPlayingModelTest::timeText()
 void NowPlayingModelTest::asksWhileOnShow()
 {
     FakePlatform platform;
-    MediaRemoteService service(platform.clock, platform.media, QUrl());
+    MediaRemoteService service(platform.clock, platform.media, platform.http, platform.store);
     platform.clock.advance(10s); // the retry of the start is over
-    platform.media.questions.clear();
+    platform.media.questions = 0;
     {
         NowPlayingModel model;
         model.setProperty("service", QVariant::fromValue(&service));
         model.setProperty("clock", QVariant::fromValue<Clock *>(&platform.clock));
         model.componentComplete();
-        QCOMPARE(platform.media.questions.size(), 1U);
+        QCOMPARE(platform.media.questions, 1);
         platform.clock.advance(3s);
-        QCOMPARE(platform.media.questions.size(), 7U); // with the service's own
+        QCOMPARE(platform.media.questions, 7); // with the service's own
     }
     platform.clock.advance(3s);
-    QCOMPARE(platform.media.questions.size(), 10U);
+    QCOMPARE(platform.media.questions, 10);
 }
 
 void NowPlayingModelTest::whatItShows()
@@ -118,35 +116,36 @@ void NowPlayingModelTest::whatItShows()
 
     QSignalSpy tracks(&rig.model, &NowPlayingModel::trackChanged);
     QSignalSpy covers(&rig.model, &NowPlayingModel::artworkChanged);
-    rig.play({});
+    rig.play();
     QCOMPARE(rig.model.title(), QStringLiteral("Song"));
     QCOMPARE(rig.model.durationText(), QStringLiteral("1:40"));
     QImage cover(2, 2, QImage::Format_RGB32);
     cover.fill(Qt::red);
-    rig.play({{QLatin1String(NowPlayingKey::artworkData), cover}});
-    rig.play({{QLatin1String(NowPlayingKey::playbackRate), 0.0}});
+    rig.play([&](MediaTrack &track) { track.artwork = cover; });
+    rig.play([&](MediaTrack &track) { track.isPlaying = false; });
     // A cover, a pause and the repetitions of the poll are the same track.
     QCOMPARE(tracks.size(), 1);
     QCOMPARE(covers.size(), 1);
     QVERIFY(!rig.model.isPlaying());
-    rig.play({{QLatin1String(NowPlayingKey::artist), QStringLiteral("Others")}});
+    rig.play([&](MediaTrack &track) { track.artist = QStringLiteral("Others"); });
     QCOMPARE(tracks.size(), 2);
 }
 
 void NowPlayingModelTest::positionMovesWhileItCanBeSeen()
 {
     Rig rig;
-    rig.play({}); // at 10 of 100 seconds
+    rig.play(); // at 10 of 100 seconds
     QCOMPARE(rig.model.progress(), 0.1);
     QSignalSpy moves(&rig.model, &NowPlayingModel::progressChanged);
     rig.clock.advance(10200ms);
     QCOMPARE(rig.model.positionText(), QStringLiteral("0:20"));
     // A quarter of a pixel each: 100 s / 150 px / 4 = 167 ms.
     QVERIFY(moves.size() >= 55 && moves.size() <= 70);
-    rig.platform.media.questions.clear();
 
-    rig.play({{QLatin1String(NowPlayingKey::duration), 2.0},
-              {QLatin1String(NowPlayingKey::elapsedTime), 0.0}});
+    rig.play([&](MediaTrack &track) {
+        track.duration = 2.0;
+        track.elapsed = 0.0;
+    });
     moves.clear();
     rig.clock.advance(1s);
     QVERIFY(moves.size() >= 55 && moves.size() <= 63); // each frame
@@ -162,16 +161,16 @@ void NowPlayingModelTest::positionMovesWhileItCanBeSeen()
         return spy.isEmpty() && timers == 2; // of the two polls
     };
     QVERIFY(standsStill());
-    rig.play({{QLatin1String(NowPlayingKey::playbackRate), 0.0}});
+    rig.play([&](MediaTrack &track) { track.isPlaying = false; });
     QCOMPARE(rig.model.progress(), 0.1);
     QVERIFY(standsStill());
-    rig.play({{QLatin1String(NowPlayingKey::duration), 0.0}});
+    rig.play([&](MediaTrack &track) { track.duration = 0.0; });
     QCOMPARE(rig.model.progress(), 0.0);
     QVERIFY(standsStill());
-    rig.play({{QLatin1String(NowPlayingKey::elapsedTime), 500.0}});
+    rig.play([&](MediaTrack &track) { track.elapsed = 500.0; });
     QCOMPARE(rig.model.progress(), 1.0);
     QCOMPARE(rig.model.positionText(), QStringLiteral("1:40"));
-    rig.play({{QLatin1String(NowPlayingKey::elapsedTime), -3.0}});
+    rig.play([&](MediaTrack &track) { track.elapsed = -3.0; });
     QCOMPARE(rig.model.progress(), 0.0);
 }
 

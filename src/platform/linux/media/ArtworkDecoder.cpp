@@ -1,50 +1,24 @@
 #include "platform/linux/media/ArtworkDecoder.h"
 
 #include "imaging/CoverImage.h"
+#include "platform/linux/UniqueFd.h"
 
 #include <QFile>
-#include <QScopeGuard>
 
-#include <algorithm>
-#include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace velmora::artwork
 {
 
-namespace
-{
-
-QByteArray readAll(int descriptor)
-{
-    QByteArray bytes;
-    QByteArray chunk(262'144, Qt::Uninitialized);
-    while (bytes.size() <= maximumBytes) {
-        const ssize_t count = ::read(descriptor, chunk.data(), static_cast<size_t>(chunk.size()));
-        if (count == 0)
-            return bytes;
-        if (count < 0 && errno != EINTR)
-            break;
-        bytes.append(chunk.constData(), std::max<ssize_t>(count, 0));
-    }
-    return {};
-}
-
-} // namespace
-
 Decoded decodeFile(const QString &path, const QSet<QString> &knownKeys)
 {
     // A player may name anything: without O_NONBLOCK, opening a pipe would wait for its other end.
-    const int descriptor =
-        ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
-    if (descriptor < 0)
-        return {};
-    const auto closing = qScopeGuard([descriptor] { ::close(descriptor); });
+    const UniqueFd descriptor(
+        ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
     struct stat status = {};
-    if (::fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode) ||
-        status.st_size > maximumBytes)
+    if (!descriptor.isOpen() || ::fstat(descriptor.get(), &status) != 0 ||
+        !S_ISREG(status.st_mode) || status.st_size > maximumBytes)
         return {};
     // Players use one temporary file for one cover after another.
     const auto key = QStringLiteral("%1:%2:%3.%4:%5")
@@ -55,7 +29,9 @@ Decoded decodeFile(const QString &path, const QSet<QString> &knownKeys)
                          .arg(path);
     if (knownKeys.contains(key))
         return {key, QImage()};
-    return {key, decodeCover(readAll(descriptor))};
+    QFile file;
+    file.open(descriptor.get(), QIODevice::ReadOnly | QIODevice::Unbuffered);
+    return {key, decodeCover(file.read(status.st_size))};
 }
 
 QImage decodeInline(const QString &address)

@@ -26,8 +26,9 @@ constexpr qsizetype leastCost = cacheKilobytes / 16;
 
 } // namespace
 
-ArtworkLoader::ArtworkLoader(Clock &clock)
+ArtworkLoader::ArtworkLoader(Clock &clock, HttpGetter &http)
     : m_clock(clock)
+    , m_http(http)
     , m_cache(cacheKilobytes)
     , m_threads(std::make_unique<QThreadPool>())
     , m_starts(clock, startInterval, [this] { startNext(); })
@@ -49,13 +50,13 @@ void ArtworkLoader::want(const QString &address)
     m_image = QImage();
     m_state = address.isEmpty() ? State::None : State::Loading;
     m_isWaiting = !address.isEmpty();
-    if (m_download.isRunning()) {
+    if (m_download) {
         if (address == m_downloading) {
             m_isWaiting = false;
             return;
         }
         // Nobody waits for a slow server on behalf of a track that is over.
-        m_download.cancel();
+        m_download.reset();
         finish({});
     } else if (m_isWaiting && !m_isRunning) {
         m_starts.request();
@@ -70,7 +71,7 @@ void ArtworkLoader::startNext()
     m_isRunning = true;
     const quint64 load = ++m_load;
     m_patience = m_clock.after(patience, [this, load] {
-        m_download.cancel();
+        m_download.reset();
         if (load == m_load)
             finish({});
     });
@@ -104,8 +105,11 @@ void ArtworkLoader::startDownload(const QString &address)
         return;
     }
     m_downloading = address;
-    m_download.start(QUrl(address), [this, address](const QByteArray &bytes) {
+    const HttpRequest request{QUrl(address), QStringLiteral("cover"), artwork::maximumBytes};
+    m_download = m_http.get(request, [this, address](const auto &answer) {
+        const auto bytes = answer && answer->status == 200 ? answer->body : QByteArray();
         decodeAside([address, bytes] { return artwork::Decoded{address, decodeCover(bytes)}; });
+        m_download.reset(); // last, since this is a part of it
     });
 }
 

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "platform/Clock.h"
+#include "platform/HttpGetter.h"
+#include "platform/linux/Throttle.h"
 #include "platform/linux/media/ArtworkDecoder.h"
-#include "platform/linux/media/ArtworkDownload.h"
-#include "platform/linux/media/Throttle.h"
 
 #include <QCache>
 #include <QImage>
@@ -28,8 +28,8 @@ class ArtworkLoader : public QObject
 public:
     enum class State { None, Loading, Ready, Failed };
 
-    /// The clock has to outlive the object.
-    explicit ArtworkLoader(Clock &clock);
+    /// Clock and getter have to outlive the object.
+    ArtworkLoader(Clock &clock, HttpGetter &http);
     ArtworkLoader(const ArtworkLoader &) = delete;
     ArtworkLoader &operator=(const ArtworkLoader &) = delete;
     ~ArtworkLoader() override;
@@ -54,6 +54,7 @@ private:
     void settle(const QImage &image);
 
     Clock &m_clock;
+    HttpGetter &m_http;
     QString m_wanted;
     State m_state = State::None;
     QImage m_image;
@@ -63,7 +64,7 @@ private:
     quint64 m_load = 0;       ///< results of a load that was given up are of no interest
     TimerHandle m_patience;
     QCache<QString, QImage> m_cache; ///< by what names the content; costs are kilobytes
-    ArtworkDownload m_download;
+    HttpHandle m_download;           ///< null while none is under way
     QString m_downloading;
     std::unique_ptr<QThreadPool> m_threads;
     Throttle m_starts;

@@ -1,6 +1,6 @@
 #include "platform/linux/media/MprisPlayer.h"
 
-#include "platform/linux/media/BusValue.h"
+#include "platform/linux/dbus/BusValue.h"
 
 #include <QUrl>
 
@@ -120,6 +120,18 @@ void MprisPlayer::takePosition(const QVariant &microseconds, Time now)
     if (std::abs(seconds - position(now)) >= jump)
         ++m_jumpCount;
     setPosition(seconds, now);
+}
+
+MediaTrack MprisPlayer::mediaTrack(Time now) const
+{
+    MediaTrack track;
+    track.title = m_track.title;
+    track.artist = m_track.artist;
+    track.album = m_track.album;
+    track.duration = m_track.duration;
+    track.elapsed = position(now);
+    track.isPlaying = isPlaying();
+    return track;
 }
 
 double MprisPlayer::position(Time now) const

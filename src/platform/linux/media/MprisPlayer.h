@@ -1,7 +1,8 @@
 #pragma once
 
+#include "platform/MediaRemote.h"
+
 #include <QString>
-#include <QStringList>
 #include <QVariantMap>
 
 #include <chrono>
@@ -35,7 +36,7 @@ struct MprisTrack {
 class MprisPlayer
 {
 public:
-    enum class Status { Stopped, Paused, Playing };
+    using Status = PlaybackState;
     using Time = std::chrono::nanoseconds;
 
     /// All properties at once: what is not among them has its default.
@@ -53,8 +54,9 @@ public:
     {
         return m_status != Status::Stopped && !m_track.title.isEmpty();
     }
-    [[nodiscard]] double rate() const { return m_rate; } ///< above 0, also while paused
 
+    /// As the rest of the program knows it, without its picture.
+    [[nodiscard]] MediaTrack mediaTrack(Time now) const;
     /// Seconds, computed from the last position that is known.
     [[nodiscard]] double position(Time now) const;
     [[nodiscard]] Time positionAge(Time now) const { return now - m_positionTime; }
@@ -72,7 +74,7 @@ private:
     void setPosition(double seconds, Time now);
 
     Status m_status = Status::Stopped;
-    double m_rate = 1;
+    double m_rate = 1; ///< above 0, also while paused
     MprisTrack m_track;
     double m_position = 0; ///< seconds, at m_positionTime
     Time m_positionTime{0};

@@ -27,19 +27,6 @@ constexpr std::array programs{
     Program{QLatin1String("applemusic"), NoticeKind::AppleMusic},
 };
 
-QString stateText(MprisPlayer::Status status)
-{
-    switch (status) {
-    case MprisPlayer::Status::Playing:
-        return QStringLiteral("Playing");
-    case MprisPlayer::Status::Paused:
-        return QStringLiteral("Paused");
-    case MprisPlayer::Status::Stopped:
-        break;
-    }
-    return QStringLiteral("Stopped");
-}
-
 } // namespace
 
 NoticeKind noticeKind(const QStringList &names)
@@ -56,23 +43,13 @@ NoticeKind noticeKind(const QStringList &names)
     return NoticeKind::None;
 }
 
-QVariantHash noticeOfEnd()
+PlayerNotice noticeOf(const MprisPlayer &player, MprisPlayer::Time now)
 {
-    return {{QStringLiteral("Player State"), stateText(MprisPlayer::Status::Stopped)}};
-}
-
-QVariantHash noticeOf(const MprisPlayer &player, MprisPlayer::Time now)
-{
-    constexpr double milliseconds = 1000;
-    if (player.status() == MprisPlayer::Status::Stopped)
-        return noticeOfEnd();
-    const MprisTrack &track = player.track();
-    return {{QStringLiteral("Player State"), stateText(player.status())},
-            {QStringLiteral("Name"), track.title},
-            {QStringLiteral("Artist"), track.artist},
-            {QStringLiteral("Album"), track.album},
-            {QStringLiteral("Duration"), track.duration * milliseconds},
-            {QStringLiteral("Playback Position"), player.position(now)}};
+    if (player.status() == PlaybackState::Stopped)
+        return {};
+    PlayerNotice notice{player.status(), player.mediaTrack(now)};
+    notice.track.isArtworkPending = !player.track().artwork.isEmpty();
+    return notice;
 }
 
 } // namespace velmora

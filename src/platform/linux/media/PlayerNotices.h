@@ -3,7 +3,6 @@
 #include "platform/linux/media/MprisPlayer.h"
 
 #include <QStringList>
-#include <QVariantHash>
 
 namespace velmora
 {
@@ -14,9 +13,7 @@ enum class NoticeKind { None, Spotify, AppleMusic };
 /// By the bus names of a player, without the part that all players share.
 [[nodiscard]] NoticeKind noticeKind(const QStringList &names);
 
-/// What such a player sends along.
-[[nodiscard]] QVariantHash noticeOf(const MprisPlayer &player, MprisPlayer::Time now);
-/// And when it has stopped, or gone.
-[[nodiscard]] QVariantHash noticeOfEnd();
+/// What such a player announces.
+[[nodiscard]] PlayerNotice noticeOf(const MprisPlayer &player, MprisPlayer::Time now);
 
 } // namespace velmora

@@ -1,47 +1,37 @@
 #include "platform/linux/system/PhysicalInterfaces.h"
 
-#include <algorithm>
-#include <net/if.h>
-#include <unistd.h>
-#include <utility>
+#include <QFile>
 
 namespace velmora
 {
 
-PhysicalInterfaces::PhysicalInterfaces(std::string sysRoot)
-    : m_classFolder(std::move(sysRoot) + "/class/net/")
+PhysicalInterfaces::PhysicalInterfaces(const QString &sysRoot)
+    : m_classFolder(sysRoot + QLatin1String("/class/net/"))
 {
 }
 
-void PhysicalInterfaces::update(const std::vector<std::string_view> &names)
+const QStringList &PhysicalInterfaces::namesFor(const QByteArrayList &kernelNames)
 {
-    if (std::equal(names.begin(), names.end(), m_kernelNames.begin(), m_kernelNames.end()))
-        return;
-    m_kernelNames.assign(names.begin(), names.end());
-    m_names.clear();
-    for (const std::string &name : m_kernelNames)
-        m_names.push_back(isPhysical(name) ? numberedName(name) : QString());
+    if (kernelNames != m_kernelNames) {
+        m_kernelNames = kernelNames;
+        m_names.clear();
+        for (const QByteArray &name : kernelNames)
+            m_names.append(isPhysical(name) ? numberedName(name) : QString());
+    }
+    return m_names;
 }
 
-const QString &PhysicalInterfaces::nameAt(std::size_t position) const
+bool PhysicalInterfaces::isPhysical(const QByteArray &name) const
 {
-    return m_names.at(position);
+    return !name.isEmpty() && !name.contains('/') &&
+           QFile::exists(m_classFolder + QFile::decodeName(name) + QLatin1String("/device"));
 }
 
-bool PhysicalInterfaces::isPhysical(std::string_view name) const
+QString PhysicalInterfaces::numberedName(const QByteArray &name)
 {
-    if (name.empty() || name.size() >= IFNAMSIZ || name.find('/') != std::string_view::npos)
-        return false;
-    const std::string device = m_classFolder + std::string(name) + "/device";
-    return ::access(device.c_str(), F_OK) == 0;
-}
-
-QString PhysicalInterfaces::numberedName(const std::string &name)
-{
-    auto found = std::find(m_numbered.begin(), m_numbered.end(), name);
-    if (found == m_numbered.end())
-        found = m_numbered.insert(found, name);
-    return QStringLiteral("en%1").arg(std::distance(m_numbered.begin(), found));
+    if (!m_numbered.contains(name))
+        m_numbered.append(name);
+    return QStringLiteral("en%1").arg(m_numbered.indexOf(name));
 }
 
 } // namespace velmora

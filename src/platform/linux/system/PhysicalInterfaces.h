@@ -1,10 +1,8 @@
 #pragma once
 
+#include <QByteArrayList>
 #include <QString>
-
-#include <string>
-#include <string_view>
-#include <vector>
+#include <QStringList>
 
 namespace velmora
 {
@@ -15,23 +13,20 @@ class PhysicalInterfaces
 {
 public:
     /// `sysRoot` is where sysfs is mounted.
-    explicit PhysicalInterfaces(std::string sysRoot);
+    explicit PhysicalInterfaces(const QString &sysRoot);
 
-    /// Takes the kernel's names in the kernel's order. The file system is asked only if they differ
-    /// from those of the last call.
-    void update(const std::vector<std::string_view> &names);
-
-    /// The name for the interface at this place of the last `update`; empty if it is no hardware.
-    [[nodiscard]] const QString &nameAt(std::size_t position) const;
+    /// Names for the kernel's, in the same order; empty where one is no hardware. The file system
+    /// is asked only if they differ from those of the last call.
+    [[nodiscard]] const QStringList &namesFor(const QByteArrayList &kernelNames);
 
 private:
-    [[nodiscard]] bool isPhysical(std::string_view name) const;
-    [[nodiscard]] QString numberedName(const std::string &name);
+    [[nodiscard]] bool isPhysical(const QByteArray &name) const;
+    [[nodiscard]] QString numberedName(const QByteArray &name);
 
-    std::string m_classFolder;
-    std::vector<std::string> m_kernelNames;
-    std::vector<QString> m_names;
-    std::vector<std::string> m_numbered; ///< place = number; never taken back, so names are stable
+    QString m_classFolder;
+    QByteArrayList m_kernelNames;
+    QStringList m_names;
+    QByteArrayList m_numbered; ///< place = number; never taken back, so names are stable
 };
 
 } // namespace velmora

@@ -1,7 +1,5 @@
 #include "platform/linux/system/ProcStatistics.h"
 
-#include "platform/linux/system/TextScanner.h"
-
 #include <QDir>
 
 #include <algorithm>
@@ -17,6 +15,35 @@ namespace
 
 constexpr std::size_t mostCores = 8192; // the kernel's own limit; guards against a garbled number
 
+/// The whole text; empty if it cannot be read.
+QByteArray readAgain(QFile &file)
+{
+    if (!file.isOpen() && !file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+        return {};
+    const QByteArray text = file.seek(0) ? file.readAll() : QByteArray();
+    if (text.isEmpty())
+        file.close(); // and is opened anew the next time
+    return text;
+}
+
+/// Takes what comes before the separator, and the separator.
+QByteArrayView take(QByteArrayView &rest, char separator)
+{
+    const qsizetype end = rest.indexOf(separator);
+    const QByteArrayView taken = end < 0 ? rest : rest.first(end);
+    rest = end < 0 ? QByteArrayView() : rest.sliced(end + 1);
+    return taken;
+}
+
+/// Takes one number of a line; nothing if there is none.
+std::optional<std::uint64_t> takeNumber(QByteArrayView &line)
+{
+    line = line.trimmed();
+    bool isNumber = false;
+    const std::uint64_t number = take(line, ' ').toULongLong(&isNumber);
+    return isNumber ? std::optional(number) : std::nullopt;
+}
+
 /// One line "cpu7 user nice system idle iowait irq softirq steal …", after its "cpu". Guest time is
 /// part of user time already.
 struct CoreLine {
@@ -24,23 +51,17 @@ struct CoreLine {
     std::array<std::uint64_t, 4> ticks;
 };
 
-std::optional<CoreLine> parseCore(TextScanner line)
+std::optional<CoreLine> parseCore(QByteArrayView line)
 {
-    const auto number = line.number();
-    if (!number || *number >= mostCores)
-        return std::nullopt;
-    std::array<std::uint64_t, 8> fields{};
-    for (std::size_t i = 0; i < fields.size(); ++i) {
-        const auto value = line.number();
-        if (!value && i < 4)
-            return std::nullopt;
-        if (!value)
-            break;
-        fields[i] = *value;
-    }
+    const auto number = takeNumber(line);
+    std::array<std::optional<std::uint64_t>, 8> fields;
+    std::generate(fields.begin(), fields.end(), [&line] { return takeNumber(line); });
     const auto [user, nice, system, idle, ioWait, irq, softIrq, steal] = fields;
+    if (!number || *number >= mostCores || !user || !nice || !system || !idle)
+        return std::nullopt;
     return CoreLine{static_cast<std::size_t>(*number),
-                    {user, system + irq + softIrq + steal, idle + ioWait, nice}};
+                    {*user, *system + irq.value_or(0) + softIrq.value_or(0) + steal.value_or(0),
+                     *idle + ioWait.value_or(0), *nice}};
 }
 
 /// The lines of /proc/meminfo that matter here, in units of 1024 bytes.
@@ -49,23 +70,23 @@ struct MemInfo {
     std::uint64_t kernel = 0;
 };
 
-MemInfo parseMemInfo(TextScanner text)
+MemInfo parseMemInfo(QByteArrayView text)
 {
     MemInfo info;
-    while (!text.atEnd()) {
-        TextScanner line(text.line());
-        const auto key = line.until(':');
-        const auto value = line.number();
-        if (!key || !value)
+    while (!text.isEmpty()) {
+        QByteArrayView line = take(text, '\n');
+        const QByteArrayView key = take(line, ':');
+        const auto value = takeNumber(line);
+        if (!value)
             continue;
-        if (*key == "MemTotal")
+        if (key == "MemTotal")
             info.total = value;
-        else if (*key == "MemFree")
+        else if (key == "MemFree")
             info.free = value;
-        else if (*key == "MemAvailable")
+        else if (key == "MemAvailable")
             info.available = value;
-        else if (*key == "SUnreclaim" || *key == "KernelStack" || *key == "PageTables" ||
-                 *key == "Percpu")
+        else if (key == "SUnreclaim" || key == "KernelStack" || key == "PageTables" ||
+                 key == "Percpu")
             info.kernel += *value;
     }
     return info;
@@ -73,25 +94,23 @@ MemInfo parseMemInfo(TextScanner text)
 
 } // namespace
 
-ProcStatistics::ProcStatistics(const std::string &procRoot, const std::string &sysRoot,
-                               std::string home)
-    : m_stat(procRoot + "/stat")
-    , m_meminfo(procRoot + "/meminfo")
-    , m_netDev(procRoot + "/net/dev")
+ProcStatistics::ProcStatistics(const QString &procRoot, const QString &sysRoot, QString home)
+    : m_stat(procRoot + QLatin1String("/stat"))
+    , m_meminfo(procRoot + QLatin1String("/meminfo"))
+    , m_netDev(procRoot + QLatin1String("/net/dev"))
     , m_physical(sysRoot)
     , m_home(std::move(home))
 {
 }
 
 ProcStatistics::ProcStatistics()
-    : ProcStatistics("/proc", "/sys", QDir::homePath().toStdString())
+    : ProcStatistics(QStringLiteral("/proc"), QStringLiteral("/sys"), QDir::homePath())
 {
 }
 
 std::optional<std::vector<CoreTicks>> ProcStatistics::processorTicks()
 {
-    const auto text = m_stat.read();
-    if (!text || !readCores(*text))
+    if (!readCores(readAgain(m_stat)))
         return std::nullopt;
     m_hasReadCores = true;
 
@@ -104,16 +123,13 @@ std::optional<std::vector<CoreTicks>> ProcStatistics::processorTicks()
     return result;
 }
 
-bool ProcStatistics::readCores(std::string_view text)
+bool ProcStatistics::readCores(QByteArrayView text)
 {
     bool isAnyRead = false;
-    TextScanner scanner(text);
-    while (!scanner.atEnd()) {
-        TextScanner line(scanner.line());
-        // The cores come first; the long lines about interrupts need not be looked at.
-        if (!line.skip("cpu"))
-            break;
-        if (line.skip(" "))
+    // The cores come first; the long lines about interrupts need not be looked at.
+    while (text.startsWith("cpu")) {
+        const QByteArrayView line = take(text, '\n').sliced(3);
+        if (line.startsWith(' '))
             continue; // the sum of all cores
         if (const auto core = parseCore(line)) {
             storeCore(core->number, core->ticks);
@@ -137,10 +153,7 @@ void ProcStatistics::storeCore(std::size_t number, const std::array<std::uint64_
 
 std::optional<MemoryPages> ProcStatistics::memoryPages()
 {
-    const auto text = m_meminfo.read();
-    if (!text)
-        return std::nullopt;
-    const MemInfo info = parseMemInfo(TextScanner(*text));
+    const MemInfo info = parseMemInfo(readAgain(m_meminfo));
     if (!info.total || !info.free)
         return std::nullopt;
     m_physicalMemory = *info.total * 1024;
@@ -167,44 +180,36 @@ std::uint64_t ProcStatistics::physicalMemory()
 
 std::optional<std::vector<InterfaceBytes>> ProcStatistics::interfaces()
 {
-    const auto text = m_netDev.read();
-    if (!text)
-        return std::nullopt;
-
-    m_netNames.clear();
-    m_netTraffic.clear();
-    TextScanner scanner(*text);
-    while (!scanner.atEnd()) {
+    const QByteArray bytes = readAgain(m_netDev);
+    QByteArrayView text = bytes;
+    QByteArrayList kernelNames;
+    std::vector<InterfaceBytes> counters;
+    while (!text.isEmpty()) {
         // "name: received-bytes, seven more about receiving, sent-bytes, …"; the two lines of
         // headings hold no number and so drop out.
-        TextScanner line(scanner.line());
-        const auto name = line.until(':');
-        if (!name)
-            continue;
+        QByteArrayView line = take(text, '\n');
+        const QByteArrayView name = take(line, ':').trimmed();
         std::array<std::optional<std::uint64_t>, 9> fields;
-        std::generate(fields.begin(), fields.end(), [&line] { return line.number(); });
+        std::generate(fields.begin(), fields.end(), [&line] { return takeNumber(line); });
         if (!fields.front() || !fields.back())
             continue;
-        m_netNames.push_back(*name);
-        m_netTraffic.push_back({*fields.back(), *fields.front()});
+        kernelNames.append(name.toByteArray());
+        counters.push_back({QString(), *fields.back(), *fields.front()});
     }
-
-    if (m_netNames.empty())
+    if (counters.empty())
         return std::nullopt; // there always is a loopback: this is no list of interfaces
 
-    m_physical.update(m_netNames);
-    std::vector<InterfaceBytes> result;
-    for (std::size_t i = 0; i < m_netNames.size(); ++i) {
-        if (const QString &name = m_physical.nameAt(i); !name.isEmpty())
-            result.push_back({name, m_netTraffic[i].sent, m_netTraffic[i].received});
-    }
-    return result;
+    const QStringList &names = m_physical.namesFor(kernelNames);
+    for (std::size_t i = 0; i < counters.size(); ++i)
+        counters[i].name = names.at(static_cast<qsizetype>(i));
+    std::erase_if(counters, [](const auto &each) { return each.name.isEmpty(); });
+    return counters;
 }
 
 FileSystemSize ProcStatistics::homeFileSystem()
 {
     struct statvfs status = {};
-    if (::statvfs(m_home.c_str(), &status) != 0)
+    if (::statvfs(QFile::encodeName(m_home).constData(), &status) != 0)
         return {};
     const auto blockSize = static_cast<double>(status.f_frsize);
     // What the user can fill, as df and file managers have it; the rest is kept for root.

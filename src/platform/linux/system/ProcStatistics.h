@@ -1,20 +1,20 @@
 #pragma once
 
 #include "platform/SystemStatistics.h"
-#include "platform/linux/system/KernelFile.h"
 #include "platform/linux/system/PhysicalInterfaces.h"
 
-#include <string>
+#include <QFile>
 
 namespace velmora
 {
 
-/// The counters of the Linux kernel. What is missing or garbled reads as nothing.
+/// The counters of the Linux kernel. What is missing or garbled reads as nothing. The files stay
+/// open: reading one again costs a fraction of opening it.
 class ProcStatistics final : public SystemStatistics
 {
 public:
     /// Where procfs and sysfs are mounted, and the directory whose file system is of interest.
-    ProcStatistics(const std::string &procRoot, const std::string &sysRoot, std::string home);
+    ProcStatistics(const QString &procRoot, const QString &sysRoot, QString home);
 
     /// The running system and the user's home.
     ProcStatistics();
@@ -37,25 +37,19 @@ private:
         std::array<std::uint64_t, 4> ticks{};
         bool isSeen = false;
     };
-    struct Traffic {
-        std::uint64_t sent;
-        std::uint64_t received;
-    };
 
-    [[nodiscard]] bool readCores(std::string_view text);
+    [[nodiscard]] bool readCores(QByteArrayView text);
     void storeCore(std::size_t number, const std::array<std::uint64_t, 4> &ticks);
 
-    KernelFile m_stat;
-    KernelFile m_meminfo;
-    KernelFile m_netDev;
+    QFile m_stat;
+    QFile m_meminfo;
+    QFile m_netDev;
     PhysicalInterfaces m_physical;
-    std::string m_home;
+    QString m_home;
 
     std::vector<Core> m_cores;
     bool m_hasReadCores = false;
     std::uint64_t m_physicalMemory = 0;
-    std::vector<std::string_view> m_netNames; ///< scratch space, kept to save allocations
-    std::vector<Traffic> m_netTraffic;        ///< scratch space too
 };
 
 } // namespace velmora

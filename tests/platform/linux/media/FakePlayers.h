@@ -26,10 +26,10 @@ public:
     }
 
     /// A JSON object in which ' stands for ". True when it has been done; the main loop runs on.
-    bool tell(const QString &command)
+    bool tell(QByteArray command)
     {
-        m_process.write(QString(command).replace(u'\'', u'"').toUtf8() + '\n');
-        return QTest::qWaitFor([this] { return takeLine(QStringLiteral("done")); }, 20'000);
+        m_process.write(command.replace('\'', '"') + '\n');
+        return QTest::qWaitFor([this] { return readLines(), m_lines.removeOne("done"); }, 20'000);
     }
 
     void kill()
@@ -38,8 +38,8 @@ public:
         m_process.waitForFinished();
     }
 
-    /// How often a player has been called by this method so far.
-    int calls(const QString &call)
+    /// How often a player has been called by this method so far ("a GetAll").
+    int calls(const QByteArray &call)
     {
         readLines();
         return static_cast<int>(m_lines.count(call));
@@ -49,17 +49,11 @@ private:
     void readLines()
     {
         while (m_process.canReadLine())
-            m_lines.append(QString::fromUtf8(m_process.readLine()).trimmed());
-    }
-
-    bool takeLine(const QString &line)
-    {
-        readLines();
-        return m_lines.removeOne(line);
+            m_lines.append(m_process.readLine().trimmed());
     }
 
     QProcess m_process;
-    QStringList m_lines;
+    QByteArrayList m_lines;
 };
 
 } // namespace velmora::test

@@ -1,8 +1,8 @@
 #include "platform/linux/media/MprisPlayer.h"
 
+#include "platform/linux/Throttle.h"
 #include "platform/linux/media/CurrentPlayer.h"
 #include "platform/linux/media/PlayerNotices.h"
-#include "platform/linux/media/Throttle.h"
 #include "support/VirtualClock.h"
 
 #include <QTest>
@@ -17,9 +17,8 @@ namespace
 
 QVariantMap properties(const QString &title, const QVariantMap &others = {})
 {
-    QVariantMap map{
-        {QStringLiteral("PlaybackStatus"), QStringLiteral("Playing")},
-        {QStringLiteral("Metadata"), QVariantMap{{QStringLiteral("xesam:title"), title}}}};
+    QVariantMap map{{u"PlaybackStatus"_qs, u"Playing"_qs},
+                    {u"Metadata"_qs, QVariantMap{{u"xesam:title"_qs, title}}}};
     map.insert(others);
     return map;
 }
@@ -40,7 +39,6 @@ private Q_SLOTS:
     void computesThePosition();
     void doubtsThePositionAfterChanges();
     void forgetsWhatIsNoLongerTold();
-    void choosesTheCurrentPlayer_data();
     void choosesTheCurrentPlayer();
     void knowsThePlayersWithNotices();
     void throttles();
@@ -53,28 +51,24 @@ void MprisPlayerTest::readsMetadata()
     QCOMPARE(track(length, qulonglong{90'000'000}).duration, 90.0);
     QCOMPARE(track(length, 90'000'000U).duration, 90.0);
     QCOMPARE(track(length, 1'500'000.0).duration, 1.5);
-    for (const QVariant &value :
-         {QVariant(qlonglong{-1}), QVariant(true), QVariant(QStringLiteral("90")), QVariant(),
-          QVariant(std::numeric_limits<double>::quiet_NaN()),
-          QVariant(std::numeric_limits<double>::infinity())})
+    for (const QVariant &value : {QVariant(qlonglong{-1}), QVariant(true), QVariant(u"90"_qs),
+                                  QVariant(), QVariant(std::numeric_limits<double>::quiet_NaN()),
+                                  QVariant(std::numeric_limits<double>::infinity())})
         QCOMPARE(track(length, value).duration, 0.0);
 
     constexpr auto artist = "xesam:artist";
-    QCOMPARE(track(artist, QStringList{QStringLiteral("A"), QString(), QStringLiteral("B")}).artist,
-             QStringLiteral("A, B"));
-    QCOMPARE(track(artist, QStringLiteral("A")).artist, QStringLiteral("A"));
-    QCOMPARE(track(artist, QStringList(5000, QStringLiteral("A"))).artist.size(), 1000);
+    QCOMPARE(track(artist, QStringList{u"A"_qs, QString(), u"B"_qs}).artist, u"A, B"_qs);
+    QCOMPARE(track(artist, u"A"_qs).artist, u"A"_qs);
+    QCOMPARE(track(artist, QStringList(5000, u"A"_qs)).artist.size(), 1000);
 
     constexpr auto title = "xesam:title";
-    const QString note = QStringLiteral("\U0001f3b5"); // two units, which are never torn apart
+    const QString note = u"\U0001f3b5"_qs; // two units, which are never torn apart
     QCOMPARE(track(title, note.repeated(600)).title, note.repeated(500));
-    QCOMPARE(track(title, QStringLiteral("x") + note.repeated(600)).title,
-             QStringLiteral("x") + note.repeated(499));
+    QCOMPARE(track(title, u"x"_qs + note.repeated(600)).title, u"x"_qs + note.repeated(499));
 
     constexpr auto url = "xesam:url";
-    QCOMPARE(track(url, QStringLiteral("file:///a/b%20%C3%A4%23.mp3")).title,
-             QStringLiteral("b \u00e4#.mp3"));
-    QCOMPARE(track(url, QStringLiteral("http://radio.example/")).title, QString());
+    QCOMPARE(track(url, u"file:///a/b%20%C3%A4%23.mp3"_qs).title, u"b \u00e4#.mp3"_qs);
+    QCOMPARE(track(url, u"http://radio.example/"_qs).title, QString());
     QCOMPARE(track(url, QString(1'000'000, u'/')).title, QString());
     QCOMPARE(MprisTrack::fromMetadata(42), MprisTrack());
 }
@@ -82,28 +76,27 @@ void MprisPlayerTest::readsMetadata()
 void MprisPlayerTest::computesThePosition()
 {
     MprisPlayer player;
-    player.takeAll(properties(QStringLiteral("T"), {{QStringLiteral("Rate"), 2.0},
-                                                    {QStringLiteral("Position"), 10'000'000}}),
-                   100s);
+    player.takeAll(properties(u"T"_qs, {{u"Rate"_qs, 2.0}, {u"Position"_qs, 10'000'000}}), 100s);
     QCOMPARE(player.position(103s), 16.0);
-    player.takeChanges({{QStringLiteral("Rate"), 1.0}}, 103s);
+    player.takeChanges({{u"Rate"_qs, 1.0}}, 103s);
     QCOMPARE(player.position(104s), 17.0);
-    player.takeChanges({{QStringLiteral("PlaybackStatus"), QStringLiteral("Paused")}}, 104s);
+    player.takeChanges({{u"PlaybackStatus"_qs, u"Paused"_qs}}, 104s);
     QCOMPARE(player.position(200s), 17.0);
-    for (const QVariant &rate : {QVariant(0.0), QVariant(-1.0), QVariant(QStringLiteral("2")),
+    for (const QVariant &rate : {QVariant(0.0), QVariant(-1.0), QVariant(u"2"_qs),
                                  QVariant(std::numeric_limits<double>::quiet_NaN())}) {
-        player.takeChanges({{QStringLiteral("Rate"), rate}}, 200s);
-        QCOMPARE(player.rate(), 1.0);
+        player.takeChanges({{u"Rate"_qs, 2.0}}, 200s);
+        player.takeChanges({{u"Rate"_qs, rate}, {u"PlaybackStatus"_qs, u"Playing"_qs}}, 200s);
+        player.takePosition(17'000'000, 200s);
+        QCOMPARE(player.position(201s), 18.0);
     }
     player.takePosition(qlonglong{-40'000}, 200s);
     QCOMPARE(player.position(200s), 0.0);
 
     // Not beyond the end of the track.
-    player.takeChanges(
-        {{QStringLiteral("PlaybackStatus"), QStringLiteral("Playing")},
-         {QStringLiteral("Metadata"), QVariantMap{{QStringLiteral("xesam:title"), u"T"_qs},
-                                                  {QStringLiteral("mpris:length"), 60'000'000}}}},
-        200s);
+    player.takeChanges({{u"PlaybackStatus"_qs, u"Playing"_qs},
+                        {u"Metadata"_qs, QVariantMap{{u"xesam:title"_qs, u"T"_qs},
+                                                     {u"mpris:length"_qs, 60'000'000}}}},
+                       200s);
     QCOMPARE(player.position(230s), 30.0);
     QCOMPARE(player.position(300s), 60.0);
 }
@@ -111,7 +104,7 @@ void MprisPlayerTest::computesThePosition()
 void MprisPlayerTest::doubtsThePositionAfterChanges()
 {
     MprisPlayer player;
-    player.takeAll(properties(QStringLiteral("T"), {{QStringLiteral("Position"), 5'000'000}}), 0s);
+    player.takeAll(properties(u"T"_qs, {{u"Position"_qs, 5'000'000}}), 0s);
     QVERIFY(!player.takePositionDoubt());
     const int jumps = player.jumpCount();
     player.takePosition(7'100'000, 2s); // jitter
@@ -120,74 +113,59 @@ void MprisPlayerTest::doubtsThePositionAfterChanges()
     QCOMPARE(player.jumpCount(), jumps + 1);
 
     // What is told later of the same track does not make it another one.
-    QVariantMap metadata{{QStringLiteral("xesam:title"), QStringLiteral("T")},
-                         {QStringLiteral("mpris:artUrl"), QStringLiteral("/cover.png")}};
-    player.takeChanges({{QStringLiteral("Metadata"), metadata}}, 3s);
+    QVariantMap metadata{{u"xesam:title"_qs, u"T"_qs}, {u"mpris:artUrl"_qs, u"/cover.png"_qs}};
+    player.takeChanges({{u"Metadata"_qs, metadata}}, 3s);
     QCOMPARE(player.position(3s), 61.0);
     QVERIFY(!player.takePositionDoubt());
-    metadata.insert(QStringLiteral("mpris:trackid"), QStringLiteral("/2"));
-    player.takeChanges({{QStringLiteral("Metadata"), metadata}}, 3s);
+    metadata.insert(u"mpris:trackid"_qs, u"/2"_qs);
+    player.takeChanges({{u"Metadata"_qs, metadata}}, 3s);
     QCOMPARE(player.position(3s), 0.0);
     QVERIFY(player.takePositionDoubt());
     QVERIFY(!player.takePositionDoubt());
-    player.takeChanges({{QStringLiteral("PlaybackStatus"), QStringLiteral("Paused")}}, 4s);
+    player.takeChanges({{u"PlaybackStatus"_qs, u"Paused"_qs}}, 4s);
     QVERIFY(player.takePositionDoubt());
 }
 
 void MprisPlayerTest::forgetsWhatIsNoLongerTold()
 {
     MprisPlayer player;
-    player.takeAll(properties(QStringLiteral("T"), {{QStringLiteral("Rate"), 2.0}}), 0s);
+    player.takeAll(properties(u"T"_qs, {{u"Rate"_qs, 2.0}}), 0s);
     QVERIFY(player.hasItem());
-    player.takeChanges({{QStringLiteral("Rate"), 3.0}}, 0s);
-    QCOMPARE(player.track().title, QStringLiteral("T"));
-    player.takeChanges({{QStringLiteral("PlaybackStatus"), QStringLiteral("Stopped")}}, 0s);
+    player.takeChanges({{u"Rate"_qs, 3.0}}, 0s);
+    QCOMPARE(player.track().title, u"T"_qs);
+    player.takeChanges({{u"PlaybackStatus"_qs, u"Stopped"_qs}}, 0s);
     QVERIFY(!player.hasItem());
-    player.takeChanges({{QStringLiteral("PlaybackStatus"), QStringLiteral("Dancing")}}, 0s);
+    player.takeChanges({{u"PlaybackStatus"_qs, u"Dancing"_qs}}, 0s);
     QCOMPARE(player.status(), MprisPlayer::Status::Stopped);
-    player.takeAll({{QStringLiteral("PlaybackStatus"), QStringLiteral("Playing")}}, 0s);
+    player.takeAll({{u"PlaybackStatus"_qs, u"Playing"_qs}}, 0s);
     QVERIFY(player.isPlaying() && !player.hasItem());
-    QCOMPARE(player.rate(), 1.0);
-}
-
-void MprisPlayerTest::choosesTheCurrentPlayer_data()
-{
-    QTest::addColumn<QString>("current");
-    QTest::addColumn<QList<PlayerStanding>>("players");
-    QTest::addColumn<QString>("expected");
-    const auto a = QStringLiteral("a");
-    const auto b = QStringLiteral("b");
-    const auto c = QStringLiteral("c");
-    using List = QList<PlayerStanding>;
-    constexpr bool yes = true;
-    constexpr bool no = false;
-    // owner, plays, has an item, started, active
-    QTest::newRow("nobody") << a << List{} << QString();
-    QTest::newRow("keeps it while it plays")
-        << a << List{{a, yes, yes, 1, 1}, {b, yes, yes, 2, 2}} << a;
-    QTest::newRow("the one that started last")
-        << a << List{{a, no, yes, 9, 9}, {b, yes, yes, 3, 3}, {c, yes, yes, 2, 8}} << b;
-    QTest::newRow("keeps it in silence") << a << List{{a, no, yes, 1, 1}, {b, no, yes, 2, 2}} << a;
-    QTest::newRow("plays without a name")
-        << a << List{{a, yes, no, 1, 1}, {b, yes, yes, 2, 2}} << b;
-    QTest::newRow("is gone") << a << List{{b, no, yes, 5, 5}, {c, no, yes, 1, 6}} << c;
-    QTest::newRow("nothing with a name")
-        << a << List{{a, yes, no, 1, 1}, {b, no, no, 2, 2}} << QString();
+    player.takePosition(0, 0s);
+    QCOMPARE(player.position(5s), 5.0); // at the usual rate again
 }
 
 void MprisPlayerTest::choosesTheCurrentPlayer()
 {
-    QFETCH(QString, current);
-    QFETCH(QList<PlayerStanding>, players);
-    QTEST(chooseCurrentPlayer(current, players), "expected");
+    const auto a = u"a"_qs;
+    const auto b = u"b"_qs;
+    const auto c = u"c"_qs;
+    constexpr bool yes = true;
+    constexpr bool no = false;
+    // Of each: owner, plays, has an item, started, active. "a" has been shown until now.
+    QCOMPARE(chooseCurrentPlayer(a, {}), QString());
+    QCOMPARE(chooseCurrentPlayer(a, {{a, yes, yes, 1, 1}, {b, yes, yes, 2, 2}}), a);
+    QCOMPARE(chooseCurrentPlayer(a, {{a, no, yes, 9, 9}, {b, yes, yes, 3, 3}, {c, yes, yes, 2, 8}}),
+             b);
+    QCOMPARE(chooseCurrentPlayer(a, {{a, no, yes, 1, 1}, {b, no, yes, 2, 2}}), a);
+    QCOMPARE(chooseCurrentPlayer(a, {{a, yes, no, 1, 1}, {b, yes, yes, 2, 2}}), b);
+    QCOMPARE(chooseCurrentPlayer(a, {{b, no, yes, 5, 5}, {c, no, yes, 1, 6}}), c);
+    QCOMPARE(chooseCurrentPlayer(a, {{a, yes, no, 1, 1}, {b, no, no, 2, 2}}), QString());
 }
 
 void MprisPlayerTest::knowsThePlayersWithNotices()
 {
-    QCOMPARE(noticeKind({QStringLiteral("spotify")}), NoticeKind::Spotify);
-    QCOMPARE(noticeKind({QStringLiteral("x"), QStringLiteral("ncspot.instance12")}),
-             NoticeKind::Spotify);
-    QCOMPARE(noticeKind({QStringLiteral("Cider")}), NoticeKind::AppleMusic);
+    QCOMPARE(noticeKind({u"spotify"_qs}), NoticeKind::Spotify);
+    QCOMPARE(noticeKind({u"x"_qs, u"ncspot.instance12"_qs}), NoticeKind::Spotify);
+    QCOMPARE(noticeKind({u"Cider"_qs}), NoticeKind::AppleMusic);
     for (const auto *name : {"spotifyfake", "vlc", "", ".spotify"})
         QCOMPARE(noticeKind({QLatin1String(name)}), NoticeKind::None);
 }

@@ -1,9 +1,5 @@
-// Players on the session bus that do what they are told, good or bad:
-//
-//   fake_player [--storm PER_SECOND]
-//
-// Each line of standard input is a JSON object with one command, and is answered by the line
-// "done":
+// Players on the session bus that do what they are told, good or bad. Each line of standard input
+// is a JSON object with one command, and is answered by the line "done":
 //
 //   {"appear": "name", "player": "a"}      a player (a connection of its own) takes a bus name
 //   {"vanish": "a"}                        its connection ends
@@ -19,7 +15,7 @@
 // Strings, lists of strings, booleans, whole numbers (x), fractions (d) and objects (a{sv}) are
 // sent as such. Other types: {"$": "u", "value": 5} for u, i, o, v and NaN; {"$": "repeat",
 // "value": "ab", "count": 9}; {"$": "nest", "count": 9}. Each method that is called is told by a
-// line "a Method". A storm by the clock goes on until the end of the input.
+// line "a Method".
 
 #include <QCoreApplication>
 #include <QDBusConnection>
@@ -43,8 +39,8 @@
 namespace
 {
 
-const auto objectPath = QStringLiteral("/org/mpris/MediaPlayer2");
-const auto playerInterface = QStringLiteral("org.mpris.MediaPlayer2.Player");
+const auto objectPath = u"/org/mpris/MediaPlayer2"_qs;
+const auto playerInterface = u"org.mpris.MediaPlayer2.Player"_qs;
 
 void say(const QString &line)
 {
@@ -56,9 +52,9 @@ QVariantMap toMap(const QJsonObject &object);
 
 QVariant nested(int depth)
 {
-    QVariant value = QStringLiteral("core");
+    QVariant value = u"core"_qs;
     for (int i = 0; i < depth; ++i)
-        value = QVariantMap{{QStringLiteral("inner"), value}};
+        value = QVariantMap{{u"inner"_qs, value}};
     return value;
 }
 
@@ -113,7 +109,7 @@ public:
 
     void appear(const QString &name)
     {
-        m_bus.registerService(QStringLiteral("org.mpris.MediaPlayer2.") + name);
+        m_bus.registerService(u"org.mpris.MediaPlayer2."_qs + name);
     }
 
     void leave() { QDBusConnection::disconnectFromBus(m_name); }
@@ -133,16 +129,14 @@ public:
     void tell(const QVariantMap &changed, const QStringList &invalidated = {})
     {
         QDBusMessage signal = QDBusMessage::createSignal(
-            objectPath, QStringLiteral("org.freedesktop.DBus.Properties"),
-            QStringLiteral("PropertiesChanged"));
+            objectPath, u"org.freedesktop.DBus.Properties"_qs, u"PropertiesChanged"_qs);
         signal << playerInterface << changed << invalidated;
         m_bus.send(signal);
     }
 
     void seeked(const QVariant &position)
     {
-        QDBusMessage signal =
-            QDBusMessage::createSignal(objectPath, playerInterface, QStringLiteral("Seeked"));
+        QDBusMessage signal = QDBusMessage::createSignal(objectPath, playerInterface, u"Seeked"_qs);
         m_bus.send(signal << position);
     }
 
@@ -151,14 +145,13 @@ public:
         for (int i = 0; i < count; ++i) {
             const auto number = QString::number(++m_track);
             const QVariantMap metadata{
-                {QStringLiteral("mpris:trackid"),
-                 QVariant::fromValue(QDBusObjectPath(QStringLiteral("/track/") + number))},
-                {QStringLiteral("mpris:artUrl"), m_covers.isEmpty()
-                                                     ? QString(QLatin1String("/nowhere/") + number)
-                                                     : m_covers.at(m_track % m_covers.size())},
-                {QStringLiteral("xesam:title"), QString(QLatin1String("Track ") + number)}};
-            m_properties.insert(QStringLiteral("Metadata"), metadata);
-            tell({{QStringLiteral("Metadata"), metadata}});
+                {u"mpris:trackid"_qs, QVariant::fromValue(QDBusObjectPath(u"/track/"_qs + number))},
+                {u"mpris:artUrl"_qs, m_covers.isEmpty()
+                                         ? QString(QLatin1String("/nowhere/") + number)
+                                         : m_covers.at(m_track % m_covers.size())},
+                {u"xesam:title"_qs, QString(QLatin1String("Track ") + number)}};
+            m_properties.insert(u"Metadata"_qs, metadata);
+            tell({{u"Metadata"_qs, metadata}});
         }
     }
 
@@ -194,12 +187,12 @@ public:
         } else if (deed == QLatin1String("refuse")) {
             m_bus.send(message.createErrorReply(QDBusError::UnknownObject, QString()));
         } else if (deed == QLatin1String("nonsense")) {
-            m_bus.send(message.createReply(QVariantList{42, QStringLiteral("?")}));
+            m_bus.send(message.createReply(QVariantList{42, u"?"_qs}));
         } else if (method == QLatin1String("GetAll")) {
             m_bus.send(message.createReply(m_properties));
         } else if (method == QLatin1String("Get")) {
             const QString name = message.arguments().value(1).toString();
-            const QVariant value = m_properties.value(name, QStringLiteral("unknown"));
+            const QVariant value = m_properties.value(name, u"unknown"_qs);
             m_bus.send(message.createReply(QVariant::fromValue(QDBusVariant(value))));
         } else {
             m_bus.send(message.createReply());
@@ -280,16 +273,8 @@ int main(int argc, char **argv)
         for (qsizetype end = input.indexOf('\n'); end >= 0; end = input.indexOf('\n')) {
             stage.obey(QJsonDocument::fromJson(input.left(end)).object());
             input.remove(0, end + 1);
-            say(QStringLiteral("done"));
+            say(u"done"_qs);
         }
     });
-
-    const qsizetype option = QCoreApplication::arguments().indexOf(QStringLiteral("--storm"));
-    if (option > 0) {
-        Player &player = stage.player(QStringLiteral("storm"));
-        player.set({{QStringLiteral("PlaybackStatus"), QStringLiteral("Playing")}});
-        player.appear(QStringLiteral("storm"));
-        player.stormOn(QCoreApplication::arguments().value(option + 1).toInt());
-    }
     return QCoreApplication::exec();
 }

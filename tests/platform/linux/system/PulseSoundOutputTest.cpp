@@ -19,10 +19,12 @@ namespace
 
 constexpr int patience = 20'000; // milliseconds, for a loaded machine
 
+#define TRY_COMPARE(actual, expected) QTRY_COMPARE_WITH_TIMEOUT(actual, expected, patience)
+
 QByteArray pactl(const QStringList &arguments)
 {
     QProcess process;
-    process.start(QStringLiteral("pactl"), arguments);
+    process.start(u"pactl"_qs, arguments);
     if (!process.waitForFinished(patience) || process.exitCode() != 0)
         return {};
     return process.readAllStandardOutput().trimmed();
@@ -30,25 +32,23 @@ QByteArray pactl(const QStringList &arguments)
 
 void setVolume(const QString &sink, const QStringList &channels)
 {
-    pactl(QStringList{QStringLiteral("set-sink-volume"), sink} + channels);
+    pactl(QStringList{u"set-sink-volume"_qs, sink} + channels);
 }
 
 /// The percentages of all channels of a sink, as another client sees them.
 QStringList volumes(const QString &sink)
 {
-    const auto words =
-        QString::fromUtf8(pactl({QStringLiteral("get-sink-volume"), sink})).split(u' ');
-    return words.filter(QStringLiteral("%"));
+    const auto words = QString::fromUtf8(pactl({u"get-sink-volume"_qs, sink})).split(u' ');
+    return words.filter(u"%"_qs);
 }
 
 QString newSink(const QString &name)
 {
-    return QString::fromUtf8(
-        pactl({QStringLiteral("load-module"), QStringLiteral("module-null-sink"),
-               QStringLiteral("sink_name=") + name, QStringLiteral("media.class=Audio/Sink")}));
+    return QString::fromUtf8(pactl({u"load-module"_qs, u"module-null-sink"_qs,
+                                    u"sink_name="_qs + name, u"media.class=Audio/Sink"_qs}));
 }
 
-const QString testSink = QStringLiteral("velmora_test");
+const QString testSink = u"velmora_test"_qs;
 
 } // namespace
 
@@ -79,9 +79,9 @@ private:
 
 void PulseSoundOutputTest::init()
 {
-    pactl({QStringLiteral("set-default-sink"), testSink});
-    setVolume(testSink, {QStringLiteral("40%")});
-    QCOMPARE(volumes(testSink).value(0), QStringLiteral("40%"));
+    pactl({u"set-default-sink"_qs, testSink});
+    setVolume(testSink, {u"40%"_qs});
+    QCOMPARE(volumes(testSink).value(0), u"40%"_qs);
 }
 
 std::unique_ptr<PulseSoundOutput> PulseSoundOutputTest::connected()
@@ -102,14 +102,14 @@ void PulseSoundOutputTest::readsAndFollows()
 {
     const auto output = connected();
     QCOMPARE(output->volumePercent(), 40);
-    setVolume(testSink, {QStringLiteral("55%")});
-    QTRY_COMPARE_WITH_TIMEOUT(output->volumePercent(), 55, patience);
-    setVolume(testSink, {QStringLiteral("20%"), QStringLiteral("60%")});
-    QTRY_COMPARE_WITH_TIMEOUT(output->volumePercent(), 60, patience);
-    setVolume(testSink, {QStringLiteral("0%")});
-    QTRY_COMPARE_WITH_TIMEOUT(output->volumePercent(), 0, patience);
-    setVolume(testSink, {QStringLiteral("150%")});
-    QTRY_COMPARE_WITH_TIMEOUT(output->volumePercent(), 100, patience);
+    setVolume(testSink, {u"55%"_qs});
+    TRY_COMPARE(output->volumePercent(), 55);
+    setVolume(testSink, {u"20%"_qs, u"60%"_qs});
+    TRY_COMPARE(output->volumePercent(), 60);
+    setVolume(testSink, {u"0%"_qs});
+    TRY_COMPARE(output->volumePercent(), 0);
+    setVolume(testSink, {u"150%"_qs});
+    TRY_COMPARE(output->volumePercent(), 100);
 }
 
 void PulseSoundOutputTest::writes()
@@ -119,33 +119,31 @@ void PulseSoundOutputTest::writes()
         output->setVolumePercent(percent);
         // At once, so that a view does not jump back, and then for good.
         QCOMPARE(output->volumePercent(), percent);
-        const auto text = QStringLiteral("%1%").arg(percent);
-        QTRY_COMPARE_WITH_TIMEOUT(volumes(testSink), (QStringList{text, text}), patience);
+        const auto text = u"%1%"_qs.arg(percent);
+        TRY_COMPARE(volumes(testSink), (QStringList{text, text}));
         QCOMPARE(output->volumePercent(), percent);
     }
     output->setVolumePercent(1000);
     QCOMPARE(output->volumePercent(), 100);
     output->setVolumePercent(-5);
-    QTRY_COMPARE_WITH_TIMEOUT(volumes(testSink).value(0), QStringLiteral("0%"), patience);
+    TRY_COMPARE(volumes(testSink).value(0), u"0%"_qs);
     // The server is the one to believe again after a write.
-    setVolume(testSink, {QStringLiteral("44%")});
-    QTRY_COMPARE_WITH_TIMEOUT(output->volumePercent(), 44, patience);
+    setVolume(testSink, {u"44%"_qs});
+    TRY_COMPARE(output->volumePercent(), 44);
 }
 
 void PulseSoundOutputTest::keepsTheBalance()
 {
-    const QStringList balanced{QStringLiteral("20%"), QStringLiteral("60%")};
+    const QStringList balanced{u"20%"_qs, u"60%"_qs};
     setVolume(testSink, balanced);
     const auto output = connected();
     output->setVolumePercent(30);
-    QTRY_COMPARE_WITH_TIMEOUT(
-        volumes(testSink), (QStringList{QStringLiteral("10%"), QStringLiteral("30%")}), patience);
+    TRY_COMPARE(volumes(testSink), (QStringList{u"10%"_qs, u"30%"_qs}));
     // Even through silence, where the channels cannot be told apart.
     output->setVolumePercent(0);
-    QTRY_COMPARE_WITH_TIMEOUT(volumes(testSink),
-                              (QStringList{QStringLiteral("0%"), QStringLiteral("0%")}), patience);
+    TRY_COMPARE(volumes(testSink), (QStringList{u"0%"_qs, u"0%"_qs}));
     output->setVolumePercent(60);
-    QTRY_COMPARE_WITH_TIMEOUT(volumes(testSink), balanced, patience);
+    TRY_COMPARE(volumes(testSink), balanced);
 }
 
 void PulseSoundOutputTest::lastOfManyWritesCounts()
@@ -154,29 +152,29 @@ void PulseSoundOutputTest::lastOfManyWritesCounts()
     for (int percent = 0; percent <= 100; ++percent)
         output->setVolumePercent(percent);
     output->setVolumePercent(64);
-    QTRY_COMPARE_WITH_TIMEOUT(volumes(testSink).value(0), QStringLiteral("64%"), patience);
+    TRY_COMPARE(volumes(testSink).value(0), u"64%"_qs);
     QCOMPARE(output->volumePercent(), 64);
 }
 
 void PulseSoundOutputTest::followsTheDefaultSink()
 {
     const auto output = connected();
-    const auto other = QStringLiteral("velmora_other");
+    const auto other = u"velmora_other"_qs;
     const QString module = newSink(other);
     QVERIFY(!module.isEmpty());
     // The new sink may be connected a moment after its module is loaded.
     QTRY_VERIFY_WITH_TIMEOUT(!volumes(other).isEmpty(), patience);
-    setVolume(other, {QStringLiteral("80%")});
-    pactl({QStringLiteral("set-default-sink"), other});
-    QTRY_COMPARE_WITH_TIMEOUT(volumeLater(*output), 80, patience);
+    setVolume(other, {u"80%"_qs});
+    pactl({u"set-default-sink"_qs, other});
+    TRY_COMPARE(volumeLater(*output), 80);
     output->setVolumePercent(15);
-    QTRY_COMPARE_WITH_TIMEOUT(volumes(other).value(0), QStringLiteral("15%"), patience);
-    QCOMPARE(volumes(testSink).value(0), QStringLiteral("40%"));
+    TRY_COMPARE(volumes(other).value(0), u"15%"_qs);
+    QCOMPARE(volumes(testSink).value(0), u"40%"_qs);
     // Gone with a write under way: the one that is left takes over, untouched.
     output->setVolumePercent(25);
-    pactl({QStringLiteral("unload-module"), module});
-    QTRY_COMPARE_WITH_TIMEOUT(volumeLater(*output), 40, patience);
-    QCOMPARE(volumes(testSink).value(0), QStringLiteral("40%"));
+    pactl({u"unload-module"_qs, module});
+    TRY_COMPARE(volumeLater(*output), 40);
+    QCOMPARE(volumes(testSink).value(0), u"40%"_qs);
 }
 
 void PulseSoundOutputTest::destroyedAtAnyMoment()
@@ -200,13 +198,13 @@ void PulseSoundOutputTest::retriesWithPatience()
     const QByteArray realServer = qgetenv("PULSE_SERVER");
     const auto restore = qScopeGuard([&] { qputenv("PULSE_SERVER", realServer); });
     const QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("socket"));
+    const QString path = folder.filePath(u"socket"_qs);
     qputenv("PULSE_SERVER", "unix:" + path.toLocal8Bit());
 
     // Nothing there: no volume, no crash, one attempt at a time.
     PulseSoundOutput output(m_clock);
     m_clock.advance(0ms);
-    QTRY_COMPARE_WITH_TIMEOUT(m_clock.runningTimers(), 1, patience);
+    TRY_COMPARE(m_clock.runningTimers(), 1);
     output.setVolumePercent(50);
     QCOMPARE(output.volumePercent(), std::nullopt);
 
@@ -227,8 +225,8 @@ void PulseSoundOutputTest::retriesWithPatience()
         QCOMPARE(m_clock.runningTimers(), 1);
         QCOMPARE(attempts, before);
         m_clock.advance(1ms);
-        QTRY_COMPARE_WITH_TIMEOUT(attempts, before + 1, patience);
-        QTRY_COMPARE_WITH_TIMEOUT(m_clock.runningTimers(), 1, patience);
+        TRY_COMPARE(attempts, before + 1);
+        TRY_COMPARE(m_clock.runningTimers(), 1);
     }
     QCOMPARE(output.volumePercent(), std::nullopt);
 }
@@ -240,30 +238,30 @@ void PulseSoundOutputTest::survivesTheServersDeath()
     const int server = qEnvironmentVariableIntValue("VELMORA_PID_PIPEWIRE_PULSE");
     QVERIFY(server > 0);
     output->setVolumePercent(35);
-    QTRY_COMPARE_WITH_TIMEOUT(volumes(testSink).value(0), QStringLiteral("35%"), patience);
+    TRY_COMPARE(volumes(testSink).value(0), u"35%"_qs);
     output->setVolumePercent(36);
     QCOMPARE(::kill(server, SIGKILL), 0);
-    QTRY_COMPARE_WITH_TIMEOUT(output->volumePercent(), std::nullopt, patience);
+    TRY_COMPARE(output->volumePercent(), std::nullopt);
     output->setVolumePercent(90);
     QCOMPARE(output->volumePercent(), std::nullopt);
 
     QProcess replacement;
-    replacement.start(QStringLiteral("pipewire-pulse"), {});
+    replacement.start(u"pipewire-pulse"_qs, {});
     const auto end = qScopeGuard([&] {
         replacement.kill();
         replacement.waitForFinished(patience);
     });
-    QTRY_VERIFY_WITH_TIMEOUT(!pactl({QStringLiteral("info")}).isEmpty(), patience);
-    const auto module = newSink(QStringLiteral("velmora_again"));
-    QTRY_VERIFY_WITH_TIMEOUT(!volumes(QStringLiteral("velmora_again")).isEmpty(), patience);
-    pactl({QStringLiteral("set-default-sink"), QStringLiteral("velmora_again")});
-    setVolume(QStringLiteral("velmora_again"), {QStringLiteral("66%")});
+    QTRY_VERIFY_WITH_TIMEOUT(!pactl({u"info"_qs}).isEmpty(), patience);
+    const auto module = newSink(u"velmora_again"_qs);
+    QTRY_VERIFY_WITH_TIMEOUT(!volumes(u"velmora_again"_qs).isEmpty(), patience);
+    pactl({u"set-default-sink"_qs, u"velmora_again"_qs});
+    setVolume(u"velmora_again"_qs, {u"66%"_qs});
     m_clock.advance(2s);
-    QTRY_COMPARE_WITH_TIMEOUT(output->volumePercent(), 66, patience);
+    TRY_COMPARE(output->volumePercent(), 66);
 
     // No sink at all: nothing to report, or the silent stand-in that the server makes; no write
     // may hang on to the sink that went.
-    pactl({QStringLiteral("unload-module"), module});
+    pactl({u"unload-module"_qs, module});
     QTRY_VERIFY_WITH_TIMEOUT(output->volumePercent() != 66, patience);
 }
 

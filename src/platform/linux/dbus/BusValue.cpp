@@ -1,4 +1,4 @@
-#include "platform/linux/media/BusValue.h"
+#include "platform/linux/dbus/BusValue.h"
 
 #include <QDBusArgument>
 #include <QDBusObjectPath>
@@ -12,7 +12,44 @@ namespace velmora
 namespace
 {
 
-constexpr int maximumEntries = 256; // real players send about twenty
+constexpr int maximumEntries = 256; // real ones have about twenty
+constexpr int maximumObjects = 4096;
+
+QString keyText(const QString &key)
+{
+    return key;
+}
+
+QString keyText(const QDBusObjectPath &key)
+{
+    return key.path();
+}
+
+/// Only the beginning of a map without measure.
+template<typename Key, typename Read>
+auto readMap(const QDBusArgument &argument, int limit, Read read)
+{
+    QMap<QString, decltype(read(argument))> entries;
+    argument.beginMap();
+    for (int i = 0; i < limit && !argument.atEnd(); ++i) {
+        Key key;
+        argument.beginMapEntry();
+        argument >> key;
+        entries.insert(keyText(key), read(argument));
+        argument.endMapEntry();
+    }
+    argument.endMap(); // frees what beginMap has made
+    return entries;
+}
+
+QVariantMap readDictionary(const QDBusArgument &argument)
+{
+    return readMap<QString>(argument, maximumEntries, [](const QDBusArgument &value) {
+        QDBusVariant entry;
+        value >> entry;
+        return entry.variant();
+    });
+}
 
 /// Some players wrap a value twice.
 QVariant unwrapped(QVariant value)
@@ -35,18 +72,19 @@ std::optional<QVariantMap> toDictionary(const QVariant &value)
     const auto argument = inner.value<QDBusArgument>();
     if (argument.currentSignature() != QLatin1String("a{sv}"))
         return std::nullopt;
-    QVariantMap entries;
-    argument.beginMap();
-    for (int i = 0; i < maximumEntries && !argument.atEnd(); ++i) {
-        QString key;
-        QDBusVariant entry;
-        argument.beginMapEntry();
-        argument >> key >> entry;
-        argument.endMapEntry();
-        entries.insert(key, entry.variant());
-    }
-    argument.endMap(); // frees what beginMap has made
-    return entries;
+    return readDictionary(argument);
+}
+
+QMap<QString, QMap<QString, QVariantMap>> toObjects(const QVariant &value)
+{
+    if (value.metaType() != QMetaType::fromType<QDBusArgument>())
+        return {};
+    const auto argument = value.value<QDBusArgument>();
+    if (argument.currentSignature() != QLatin1String("a{oa{sa{sv}}}"))
+        return {};
+    return readMap<QDBusObjectPath>(argument, maximumObjects, [](const QDBusArgument &object) {
+        return readMap<QString>(object, maximumEntries, readDictionary);
+    });
 }
 
 QString toText(const QVariant &value)

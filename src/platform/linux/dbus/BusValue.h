@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QMap>
 #include <QString>
 #include <QVariant>
 #include <QVariantMap>
@@ -15,6 +16,10 @@ namespace velmora
 /// The entries of an a{sv}; nothing for any other type. Of a dictionary without measure only the
 /// beginning is read.
 [[nodiscard]] std::optional<QVariantMap> toDictionary(const QVariant &value);
+
+/// Objects by their paths with their interfaces and properties (a{oa{sa{sv}}}); empty for any other
+/// type. Limited as above.
+[[nodiscard]] QMap<QString, QMap<QString, QVariantMap>> toObjects(const QVariant &value);
 
 /// A string or an object path; empty for any other type.
 [[nodiscard]] QString toText(const QVariant &value);

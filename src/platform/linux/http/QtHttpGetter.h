@@ -1,0 +1,39 @@
+#pragma once
+
+#include "platform/Clock.h"
+#include "platform/HttpGetter.h"
+
+#include <QHash>
+#include <QList>
+#include <QString>
+
+#include <memory>
+
+class QNetworkAccessManager;
+
+namespace velmora
+{
+
+/// The network machinery is made for the first request: many a session never has one.
+class QtHttpGetter final : public HttpGetter
+{
+public:
+    /// The clock has to outlive the object.
+    explicit QtHttpGetter(Clock &clock);
+    ~QtHttpGetter() override;
+
+    [[nodiscard]] HttpHandle get(const HttpRequest &request, Handler handler) override;
+
+private:
+    class Fetch;
+
+    void leave(Fetch &fetch);
+    void startNext(const QString &kind);
+
+    Clock &m_clock;
+    std::unique_ptr<QNetworkAccessManager> m_network;
+    QHash<QString, QList<Fetch *>> m_waiting; ///< by kind; the last one is next
+    QHash<QString, Fetch *> m_running;        ///< by kind
+};
+
+} // namespace velmora
