@@ -55,13 +55,11 @@ Item {
             Repeater {
                 model: row.strip.slideCount
 
-                Rectangle {
+                RoundedRectangle {
                     required property int index
 
-                    antialiasing: true
-                    color: Qt.rgba(1, 1, 1, index === row.strip.currentIndex ? 0.75 : 0.2)
+                    color: index === row.strip.currentIndex ? Style.control : Style.dim
                     height: 3
-                    radius: 1.5
                     width: 3
 
                     Behavior on color {
@@ -85,7 +83,7 @@ Item {
 
             Symbol {
                 anchors.centerIn: parent
-                color: Qt.rgba(1, 1, 1, row.strip.showVolume ? 0.7 : 0.35)
+                color: row.strip.showVolume ? Style.fill : Style.hint
                 name: row.strip.showVolume ? "speaker.wave.2.fill" : "speaker.fill"
                 size: 8
             }

@@ -4,6 +4,7 @@
 
 #include <QSignalSpy>
 #include <QTest>
+#include <QTranslator>
 
 using namespace velmora;
 using namespace std::chrono_literals;
@@ -37,6 +38,16 @@ struct Desk {
     {
         Q_EMIT platform.media.spotifyPlaybackStateChanged(
             QVariantHash{{QStringLiteral("Player State"), QStringLiteral("Stopped")}});
+    }
+};
+
+/// Another language, in which every text is the same.
+struct Translated final : QTranslator {
+    Translated() { QCoreApplication::installTranslator(this); }
+    [[nodiscard]] bool isEmpty() const override { return false; }
+    [[nodiscard]] QString translate(const char *, const char *, const char *, int) const override
+    {
+        return QStringLiteral("x");
     }
 };
 
@@ -95,6 +106,12 @@ void CollapsedLiveStripTest::pomodoroSlide()
     timer.start();
     QCOMPARE(strip->look().second, QStringLiteral("BREAK"));
     QCOMPARE(strip->look().symbol, QStringLiteral("cup.and.saucer.fill"));
+
+    const Translated translated;
+    timer.skip();
+    timer.start();
+    QCOMPARE(strip->look().second, QStringLiteral("x"));
+    QCOMPARE(strip->look().symbol, QStringLiteral("timer"));
 }
 
 void CollapsedLiveStripTest::takesTurns()

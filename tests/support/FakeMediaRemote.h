@@ -61,4 +61,14 @@ inline QVariantHash playingTrack(const QString &title, const QString &artist = {
             {QLatin1String(NowPlayingKey::playbackRate), 1.0}};
 }
 
+/// Likewise, with some values of its own.
+inline QVariantHash playingTrack(std::initializer_list<std::pair<const char *, QVariant>> changes)
+{
+    QVariantHash track = playingTrack(QStringLiteral("Song"), QStringLiteral("Them"));
+    for (const auto &[key, value] : changes) {
+        track.insert(QLatin1String(key), value);
+    }
+    return track;
+}
+
 } // namespace velmora

@@ -1,24 +1,9 @@
-#include "support/FakePlatform.h"
-#include "support/QmlItems.h"
-#include "support/QmlWarnings.h"
-#include "widgets/NowPlayingModel.h"
-
-#include <QAccessible>
-#include <QQmlEngine>
-#include <QQuickView>
-#include <QTest>
-#include <QtQml/qqmlextensionplugin.h>
+#include "widgets/ShownWidget.h"
 
 #include <optional>
 
-Q_IMPORT_QML_PLUGIN(Velmora_ConfigPlugin)
-Q_IMPORT_QML_PLUGIN(Velmora_DropPlugin)
-Q_IMPORT_QML_PLUGIN(Velmora_MediaPlugin)
-Q_IMPORT_QML_PLUGIN(Velmora_ServicesPlugin)
-Q_IMPORT_QML_PLUGIN(Velmora_StylePlugin)
-Q_IMPORT_QML_PLUGIN(Velmora_WidgetsPlugin)
-
 using namespace velmora;
+using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
 class NowPlayingMediaViewTest : public QObject
@@ -26,72 +11,44 @@ class NowPlayingMediaViewTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
+    void init() { m_shown.emplace("media", 300); }
+    void cleanup()
+    {
+        m_shown->end();
+        m_shown.reset();
+    }
 
     void nothingPlaying();
     void tracksFollowEachOther();
+    void newTitlesKeepOffTheButtons();
     void coverComesAndGoes();
     void buttonsReachThePlayer();
     void longTitles_data();
     void longTitles();
 
 private:
-    [[nodiscard]] QList<QQuickItem *> items(const char *type) const
-    {
-        return qmlItems(*m_view->contentItem(), type);
-    }
-    void play(QVariantHash changes = {});
+    using Changes = std::initializer_list<std::pair<const char *, QVariant>>;
 
-    std::optional<QmlWarnings> m_warnings;
-    std::optional<FakePlatform> m_platform;
-    std::unique_ptr<MediaRemoteService> m_service;
-    std::unique_ptr<QQuickView> m_view;
+    [[nodiscard]] QList<QQuickItem *> items(const char *type) const { return m_shown->items(type); }
+    void play(Changes changes = {});
+
+    std::optional<ShownWidget> m_shown;
 };
 
-void NowPlayingMediaViewTest::init()
+void NowPlayingMediaViewTest::play(Changes changes)
 {
-    m_warnings.emplace();
-    m_platform.emplace();
-    m_service = std::make_unique<MediaRemoteService>(m_platform->clock, m_platform->media, QUrl());
-    m_view = std::make_unique<QQuickView>();
-    m_view->engine()->addImportPath(QStringLiteral("qrc:/qt/qml"));
-    m_view->setResizeMode(QQuickView::SizeRootObjectToView);
-    m_view->resize(300, 90);
-    m_view->setInitialProperties(
-        {{QStringLiteral("service"), QVariant::fromValue(m_service.get())},
-         {QStringLiteral("clock"), QVariant::fromValue<Clock *>(&m_platform->clock)}});
-    m_view->setSource(QUrl(QStringLiteral("qrc:/qt/qml/Velmora/Widgets/NowPlayingMediaView.qml")));
-    m_view->show();
-    QVERIFY(QTest::qWaitForWindowExposed(m_view.get()));
-}
-
-void NowPlayingMediaViewTest::cleanup()
-{
-    m_view.reset();
-    m_service.reset();
-    m_platform.reset();
-    const QStringList warnings = m_warnings->list();
-    m_warnings.reset();
-    QCOMPARE(warnings, QStringList());
-}
-
-void NowPlayingMediaViewTest::play(QVariantHash changes)
-{
-    QVariantHash track = playingTrack(QStringLiteral("Song"), QStringLiteral("Them"));
-    track.insert(changes);
-    m_service->refresh();
-    m_platform->media.answer(track);
+    QVariantHash track = playingTrack(changes);
+    track.insert(QLatin1String(NowPlayingKey::artworkPending), true);
+    m_shown->services.mediaService()->refresh();
+    m_shown->platform.media.answer(track);
 }
 
 void NowPlayingMediaViewTest::nothingPlaying()
 {
-    const auto texts = items("MarqueeText");
-    QCOMPARE(texts.size(), 1);
-    QCOMPARE(texts.front()->property("text").toString(), QStringLiteral("Nothing Playing"));
+    QCOMPARE(m_shown->texts("MarqueeText"), QStringList(u"Nothing Playing"_s));
     QCOMPARE(items("SymbolButton").size(), 3);
     QVERIFY(items("MediaProgressBar").isEmpty());
-    QCOMPARE(items("velmora::RoundedImage").front()->opacity(), 0.0);
+    QVERIFY(items("velmora::RoundedImage").isEmpty());
 
     // The rest stands in the middle, and makes room for the bar.
     const double before = items("NowPlayingText").front()->mapToScene({0, 0}).y();
@@ -99,9 +56,7 @@ void NowPlayingMediaViewTest::nothingPlaying()
     QTRY_COMPARE(items("MediaProgressBar").size(), 1);
     QTRY_VERIFY(items("NowPlayingText").size() == 1 &&
                 items("NowPlayingText").front()->mapToScene({0, 0}).y() < before - 5);
-    const QRectF bar = items("MediaProgressBar")
-                           .front()
-                           ->mapRectToScene(items("MediaProgressBar").front()->boundingRect());
+    const QRectF bar = ShownWidget::place(*items("MediaProgressBar").front());
     QVERIFY(bar.bottom() <= 90 && bar.left() == 8 && bar.right() == 292);
 }
 
@@ -109,86 +64,97 @@ void NowPlayingMediaViewTest::tracksFollowEachOther()
 {
     play();
     QTRY_COMPARE(items("NowPlayingText").size(), 1); // "Nothing Playing" has left
-    QTRY_COMPARE(items("AlbumArtView").size(), 1);
     const auto *first = items("NowPlayingText").front();
-    play({{QLatin1String(NowPlayingKey::playbackRate), 0.0}});
-    QCOMPARE(items("NowPlayingText"), QList<QQuickItem *>{items("NowPlayingText").front()});
+    play({{NowPlayingKey::playbackRate, 0.0}});
+    QCOMPARE(items("NowPlayingText").size(), 1);
     QCOMPARE(items("NowPlayingText").front(), first);
 
-    play({{QLatin1String(NowPlayingKey::title), QStringLiteral("Next")}});
+    play({{NowPlayingKey::title, u"Next"_s}});
     QCOMPARE(items("NowPlayingText").size(), 2);
-    QCOMPARE(items("AlbumArtView").size(), 2);
-    const auto texts = items("MarqueeText");
-    QCOMPARE(texts.front()->property("text").toString(), QStringLiteral("Song")); // still says it
+    QCOMPARE(m_shown->texts("MarqueeText").front(), u"Song"_s); // still says it
     QTRY_COMPARE(items("NowPlayingText").size(), 1);
-    QTRY_COMPARE(items("AlbumArtView").size(), 1);
     // A burst leaves one behind.
     for (int i = 0; i < 20; ++i) {
-        play({{QLatin1String(NowPlayingKey::title), QString::number(i)}});
+        play({{NowPlayingKey::title, QString::number(i)}});
     }
     QTRY_COMPARE(items("NowPlayingText").size(), 1);
-    QCOMPARE(items("MarqueeText").front()->property("text").toString(), QStringLiteral("19"));
+    QCOMPARE(m_shown->texts("MarqueeText").front(), u"19"_s);
 
     // Without an artist, and of unknown length.
-    play({{QLatin1String(NowPlayingKey::artist), QString()},
-          {QLatin1String(NowPlayingKey::duration), 0.0}});
+    play({{NowPlayingKey::artist, QString()}, {NowPlayingKey::duration, 0.0}});
     QTRY_COMPARE(items("MarqueeText").size(), 1);
     QCOMPARE(items("TimeText").size(), 0);
     QCOMPARE(items("MediaProgressBar").size(), 1);
+}
+
+void NowPlayingMediaViewTest::newTitlesKeepOffTheButtons()
+{
+    m_shown->view.resize(153, 90); // the buttons are below the texts
+    play();
+    QTRY_COMPARE(items("NowPlayingText").size(), 1);
+    play({{NowPlayingKey::title, u"Next"_s}});
+    QCOMPARE(items("NowPlayingText").size(), 2);
+    for (const QQuickItem *text : items("NowPlayingText")) {
+        const QQuickItem *frame = text->parentItem();
+        QRectF visible = ShownWidget::place(*text);
+        visible = frame->clip() ? visible & ShownWidget::place(*frame) : visible;
+        for (const QQuickItem *button : items("SymbolButton")) {
+            QVERIFY(!visible.intersects(ShownWidget::place(*button)));
+        }
+    }
 }
 
 void NowPlayingMediaViewTest::coverComesAndGoes()
 {
     QImage cover(4, 4, QImage::Format_RGB32);
     cover.fill(Qt::red);
-    play({{QLatin1String(NowPlayingKey::artworkData), cover}});
+    play({{NowPlayingKey::artworkData, cover}});
     QTRY_COMPARE(items("AlbumArtView").size(), 1);
-    QTRY_COMPARE(items("velmora::RoundedImage").front()->opacity(), 1.0);
-    const auto *view = items("AlbumArtView").front();
-    const QPoint middle = view->mapToScene({22, 22}).toPoint();
-    const QPoint corner = view->mapToScene({1, 1}).toPoint();
-    QImage picture = m_view->grabWindow();
+    const QPointer<QQuickItem> shown = items("AlbumArtView").front();
+    QTRY_COMPARE(shown->opacity(), 1.0);
+    const QPoint middle = shown->mapToScene({22, 22}).toPoint();
+    const QPoint corner = shown->mapToScene({1, 1}).toPoint();
+    const QImage picture = m_shown->view.grabWindow();
     QCOMPARE(picture.pixelColor(middle), QColor(Qt::red));
     QVERIFY(picture.pixelColor(corner) != QColor(Qt::red)); // it is rounded
 
-    play({{QLatin1String(NowPlayingKey::title), QStringLiteral("Next")}});
+    // The next track of the album: nothing is to flicker.
+    play({{NowPlayingKey::title, u"Next"_s}, {NowPlayingKey::artworkData, cover.copy()}});
+    QCOMPARE(items("AlbumArtView"), QList<QQuickItem *>{shown});
+    QCOMPARE(shown->opacity(), 1.0);
+
+    play({{NowPlayingKey::title, u"Bare"_s}});
+    m_shown->clock.advance(1s);
     QTRY_COMPARE(items("AlbumArtView").size(), 1);
-    QTRY_COMPARE(items("velmora::RoundedImage").front()->opacity(), 0.0);
+    QVERIFY(items("velmora::RoundedImage").isEmpty());
 }
 
 void NowPlayingMediaViewTest::buttonsReachThePlayer()
 {
     play();
-    const auto buttons = items("SymbolButton");
-    QCOMPARE(buttons.size(), 3);
-    QStringList names;
-    for (QQuickItem *button : buttons) {
-        names << QAccessible::queryAccessibleInterface(button)->text(QAccessible::Name);
-        QTest::mouseClick(m_view.get(), Qt::LeftButton, {},
-                          button->mapToScene({3, 3}).toPoint()); // anywhere in its area
-    }
-    QCOMPARE(m_platform->media.commands, (QList<quint32>{5, 2, 4}));
-    QCOMPARE(names.at(1), QStringLiteral("Pause"));
-    play({{QLatin1String(NowPlayingKey::playbackRate), 0.0}});
-    QCOMPARE(buttons.at(1)->property("symbol").toString(), QStringLiteral("play.fill"));
+    m_shown->checkHover(0.85F);
+    m_shown->press({u"Previous track"_s, u"Pause"_s, u"Next track"_s});
+    QCOMPARE(m_shown->platform.media.commands, (QList<quint32>{5, 2, 4}));
+    play({{NowPlayingKey::playbackRate, 0.0}});
+    QCOMPARE(items("SymbolButton").at(1)->property("symbol").toString(), u"play.fill"_s);
 }
 
 void NowPlayingMediaViewTest::longTitles_data()
 {
     QTest::addColumn<int>("width");
-    QTest::addColumn<QString>("title");
-    QTest::newRow("wide") << 300 << QString(200, u'W');
-    QTest::newRow("narrow") << 153 << QString(200, u'W');
-    QTest::newRow("right to left") << 153 << QString(200, QChar(0x5e9));
-    QTest::newRow("tiny") << 20 << QString(200, u'W');
+    QTest::addColumn<QChar>("letter");
+    QTest::newRow("wide") << 300 << QChar(u'W');
+    QTest::newRow("narrow") << 153 << QChar(u'W');
+    QTest::newRow("right to left") << 153 << QChar(0x5e9);
+    QTest::newRow("tiny") << 20 << QChar(u'W');
 }
 
 void NowPlayingMediaViewTest::longTitles()
 {
     QFETCH(int, width);
-    QFETCH(QString, title);
-    m_view->resize(width, 90);
-    play({{QLatin1String(NowPlayingKey::title), title}});
+    QFETCH(QChar, letter);
+    m_shown->view.resize(width, 90);
+    play({{NowPlayingKey::title, QString(200, letter)}});
     QTRY_COMPARE(items("NowPlayingText").size(), 1);
     if (width < 100) {
         return; // no warning, no crash
@@ -196,17 +162,17 @@ void NowPlayingMediaViewTest::longTitles()
     const auto *marquee = items("MarqueeText").front();
     const auto *label = items("NotchText").front();
     QVERIFY(marquee->clip() && marquee->width() > 60);
-    const bool fromRight = title.isRightToLeft();
+    const bool fromRight = letter != u'W';
     const double beginning =
         fromRight ? label->x() + label->width() - marquee->width() : label->x();
     QVERIFY(qAbs(beginning) < 1);
-    m_platform->clock.advance(2300ms);
+    m_shown->clock.advance(2300ms);
     QVERIFY(qAbs(label->x() + (fromRight ? label->width() - marquee->width() - 36 : 36)) < 1);
     // The texts have room of their own, also where the buttons are below them.
     for (const QQuickItem *button : items("SymbolButton")) {
-        const QRectF place = button->mapRectToScene(button->boundingRect());
+        const QRectF place = ShownWidget::place(*button);
         QVERIFY(place.right() <= width && place.bottom() <= 90);
-        QVERIFY(!place.intersects(marquee->mapRectToScene(marquee->boundingRect())));
+        QVERIFY(!place.intersects(ShownWidget::place(*marquee)));
     }
 }
 
