@@ -25,14 +25,12 @@ Item {
 
         target: notice.strip
     }
-    Rectangle {
+    RoundedRectangle {
         id: capsule
 
         anchors.centerIn: parent
-        antialiasing: true
         color: Qt.rgba(0.12, 0.12, 0.12, 1)
         height: label.implicitHeight + 6
-        radius: height / 2
         width: Math.min(label.implicitWidth + 18, notice.width - 20)
 
         NotchText {

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "services/PomodoroService.h"
+#include "style/Style.h"
+
 #include <QColor>
 #include <QObject>
 #include <QString>
@@ -12,7 +15,6 @@ namespace velmora
 {
 
 class MediaRemoteService;
-class PomodoroService;
 
 struct MediaSlide {
     QString title;
@@ -24,6 +26,7 @@ struct MediaSlide {
 
 struct PomodoroSlide {
     QString time;
+    PomodoroPhase phase = PomodoroPhase::work;
     QString phaseLabel;
     QColor color;
 
@@ -58,7 +61,7 @@ public:
     QColor symbolColor;
     bool isStacked = false;
     QString first;
-    double firstSize = 9;
+    double firstSize = Style::text;
     bool isFirstFigure = false; ///< in digits of one width
     QColor firstColor = Qt::white;
     QString second; ///< empty: there is none

@@ -51,13 +51,11 @@ Item {
         Repeater {
             model: row.strip.slideCount
 
-            Rectangle {
+            RoundedRectangle {
                 required property int index
 
-                antialiasing: true
-                color: Qt.rgba(1, 1, 1, index === row.strip.currentIndex ? 0.75 : 0.2)
+                color: index === row.strip.currentIndex ? Style.control : Style.dim
                 height: 3
-                radius: 1.5
                 width: 3
 
                 Behavior on color {

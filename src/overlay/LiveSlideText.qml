@@ -48,7 +48,7 @@ Successor {
         NotchText {
             color: block.look.secondColor
             horizontalAlignment: Text.AlignLeft
-            size: 7.5
+            size: Style.tinyText
             text: block.look.second
             visible: text !== ""
             width: parent.width
@@ -59,25 +59,35 @@ Successor {
         spacing: 5
         visible: !block.look.isStacked
 
+        TabularText {
+            id: figure
+
+            anchors.verticalCenter: parent.verticalCenter
+            color: block.look.firstColor
+            size: block.look.firstSize
+            text: block.look.isFirstFigure ? block.look.first : ""
+            visible: block.look.isFirstFigure
+            weight: Font.DemiBold
+        }
         NotchText {
             id: main
 
             anchors.verticalCenter: parent.verticalCenter
             color: block.look.firstColor
-            font.family: block.look.isFirstFigure ? "JetBrains Mono" : "Inter"
             font.weight: Font.DemiBold
             size: block.look.firstSize
             text: block.look.first
+            visible: !block.look.isFirstFigure
             width: Math.min(implicitWidth, block.width)
         }
         NotchText {
             anchors.verticalCenter: parent.verticalCenter
             color: block.look.secondColor
             font.weight: block.look.isSecondMedium ? Font.Medium : Font.Normal
-            size: 7.5
+            size: Style.tinyText
             text: block.look.second
             visible: text !== ""
-            width: Math.max(0, Math.min(implicitWidth, block.width - main.width - 5))
+            width: Math.max(0, Math.min(implicitWidth, block.width - (block.look.isFirstFigure ? figure : main).width - 5))
         }
     }
 }

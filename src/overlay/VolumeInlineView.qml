@@ -22,7 +22,7 @@ Item {
 
         anchors.left: parent.left
         anchors.verticalCenter: parent.verticalCenter
-        color: Qt.rgba(1, 1, 1, 0.4)
+        color: Style.label
         name: "speaker.fill"
         size: 8
     }
@@ -40,25 +40,16 @@ Item {
         }
         value: view.monitor.volume
 
-        background: Rectangle {
+        background: RoundedRectangle {
             color: Qt.rgba(1, 1, 1, 0.15)
+            fill: Style.fill
             height: 3
-            radius: 1.5
+            value: (slider.handle.x + slider.handle.width / 2) / Math.max(1, width)
             width: slider.width
             y: (slider.height - height) / 2
-
-            Rectangle {
-                color: Qt.rgba(1, 1, 1, 0.7)
-                height: parent.height
-                radius: 1.5
-                width: slider.handle.x + slider.handle.width / 2
-            }
         }
-        handle: Rectangle {
-            antialiasing: true
-            color: "white"
+        handle: RoundedRectangle {
             height: 10
-            radius: 5
             width: 10
             x: slider.visualPosition * (slider.width - width)
             y: (slider.height - height) / 2
@@ -75,7 +66,7 @@ Item {
 
         anchors.right: parent.right
         anchors.verticalCenter: parent.verticalCenter
-        color: Qt.rgba(1, 1, 1, 0.4)
+        color: Style.label
         name: "speaker.wave.3.fill"
         size: 8
     }

@@ -2,10 +2,12 @@
 
 #include "platform/KeyValueStore.h"
 #include "platform/UserNotifications.h"
+#include "style/Accents.h"
 
 #include <QUuid>
 
 #include <algorithm>
+#include <array>
 
 namespace velmora
 {
@@ -24,55 +26,46 @@ QString settingsKey()
     return QStringLiteral("pomodoro_settings_v1");
 }
 
-qint64 minutesOf(PomodoroPhase phase, const PomodoroSettings &settings)
+struct PhaseTraits {
+    const char *rawValue;
+    const char *label;
+    const QColor &color;
+    qint64 PomodoroSettings::*minutes;
+    QString title; ///< of the notification when it begins
+    QString body;
+};
+
+/// By the order of the phases.
+const PhaseTraits &traitsOf(PomodoroPhase phase)
 {
-    switch (phase) {
-    case PomodoroPhase::shortBreak:
-        return settings.shortBreakMinutes;
-    case PomodoroPhase::longBreak:
-        return settings.longBreakMinutes;
-    case PomodoroPhase::work:
-        break;
-    }
-    return settings.workMinutes;
+    static const std::array<PhaseTraits, 3> traits{{
+        {"work", QT_TRANSLATE_NOOP("velmora::PomodoroService", "WORK"), accent::red,
+         &PomodoroSettings::workMinutes, QStringLiteral("Break over \u2014 back to work!"),
+         QStringLiteral("Start your %1-minute focus session.")},
+        {"shortBreak", QT_TRANSLATE_NOOP("velmora::PomodoroService", "BREAK"), accent::green,
+         &PomodoroSettings::shortBreakMinutes, QStringLiteral("Pomodoro complete!"),
+         QStringLiteral("Take a %1-minute break.")},
+        {"longBreak", QT_TRANSLATE_NOOP("velmora::PomodoroService", "LONG"), accent::blue,
+         &PomodoroSettings::longBreakMinutes, QStringLiteral("4 sessions done \u2014 great work!"),
+         QStringLiteral("Take a %1-minute long break.")},
+    }};
+    return traits.at(static_cast<std::size_t>(phase));
 }
 
 UserNotification announcementOf(PomodoroPhase phase, const PomodoroSettings &settings)
 {
-    UserNotification notification;
-    notification.identifier = QUuid::createUuid().toString(QUuid::WithoutBraces);
-    notification.hasSound = true;
-    const QString minutes = QString::number(minutesOf(phase, settings));
-    switch (phase) {
-    case PomodoroPhase::work:
-        notification.title = QStringLiteral("Break over \u2014 back to work!");
-        notification.body = QStringLiteral("Start your %1-minute focus session.").arg(minutes);
-        break;
-    case PomodoroPhase::shortBreak:
-        notification.title = QStringLiteral("Pomodoro complete!");
-        notification.body = QStringLiteral("Take a %1-minute break.").arg(minutes);
-        break;
-    case PomodoroPhase::longBreak:
-        notification.title = QStringLiteral("4 sessions done \u2014 great work!");
-        notification.body = QStringLiteral("Take a %1-minute long break.").arg(minutes);
-        break;
-    }
-    return notification;
+    const PhaseTraits &traits = traitsOf(phase);
+    return {.identifier = QUuid::createUuid().toString(QUuid::WithoutBraces),
+            .title = traits.title,
+            .body = traits.body.arg(settings.*traits.minutes),
+            .hasSound = true};
 }
 
 } // namespace
 
 QString rawValue(PomodoroPhase phase)
 {
-    switch (phase) {
-    case PomodoroPhase::shortBreak:
-        return QStringLiteral("shortBreak");
-    case PomodoroPhase::longBreak:
-        return QStringLiteral("longBreak");
-    case PomodoroPhase::work:
-        break;
-    }
-    return QStringLiteral("work");
+    return QString::fromLatin1(traitsOf(phase).rawValue);
 }
 
 PomodoroService::PomodoroService(Clock &clock, KeyValueStore &store,
@@ -89,50 +82,28 @@ PomodoroService::PomodoroService(Clock &clock, KeyValueStore &store,
 
 QString PomodoroService::phaseLabel() const
 {
-    switch (phase()) {
-    case PomodoroPhase::shortBreak:
-        return tr("BREAK");
-    case PomodoroPhase::longBreak:
-        return tr("LONG");
-    case PomodoroPhase::work:
-        break;
-    }
-    return tr("WORK");
+    return tr(traitsOf(phase()).label);
 }
 
 QColor PomodoroService::phaseColor() const
 {
-    switch (phase()) {
-    case PomodoroPhase::shortBreak:
-        return QColor::fromRgbF(0.3F, 0.9F, 0.5F);
-    case PomodoroPhase::longBreak:
-        return QColor::fromRgbF(0.3F, 0.7F, 1.0F);
-    case PomodoroPhase::work:
-        break;
-    }
-    return QColor::fromRgbF(1.0F, 0.38F, 0.28F);
+    return traitsOf(phase()).color;
 }
 
 QString PomodoroService::timeString() const
 {
-    const QLatin1Char zero('0');
-    return QStringLiteral("%1:%2")
-        .arg(secondsRemaining() / 60, 2, 10, zero)
-        .arg(secondsRemaining() % 60, 2, 10, zero);
+    return QString::asprintf("%02lld:%02lld", secondsRemaining() / 60, secondsRemaining() % 60);
 }
 
 qint64 PomodoroService::durationOf(const State &state)
 {
-    return minutesOf(state.phase, state.settings) * 60;
+    return state.settings.*traitsOf(state.phase).minutes * 60;
 }
 
 double PomodoroService::progressOf(const State &state)
 {
-    const qint64 duration = durationOf(state);
-    if (duration < 1) {
-        return 0;
-    }
-    return 1 - static_cast<double>(state.secondsRemaining) / static_cast<double>(duration);
+    const auto duration = static_cast<double>(durationOf(state));
+    return duration < 1 ? 0 : 1 - static_cast<double>(state.secondsRemaining) / duration;
 }
 
 void PomodoroService::loadSettings()
@@ -196,26 +167,23 @@ void PomodoroService::save()
 
 void PomodoroService::start()
 {
-    if (isRunning()) {
-        return;
+    if (!isRunning()) {
+        const State before = m_state;
+        m_state.isRunning = true;
+        m_countedUntil = m_clock.bootTime();
+        m_timer = m_clock.every(tickInterval, [this] { countWhatPassed(leastTick); });
+        publish(before);
     }
-    const State before = m_state;
-    m_state.isRunning = true;
-    m_countedUntil = m_clock.bootTime();
-    m_timer = m_clock.every(tickInterval, [this] { countWhatPassed(leastTick); });
-    publish(before);
 }
 
 void PomodoroService::pause()
 {
-    if (!isRunning()) {
-        return;
+    if (isRunning()) {
+        countWhatPassed(tickInterval); // the machine may have slept since the last tick
+        const State before = m_state;
+        stop();
+        publish(before);
     }
-    // The machine may have slept since the last tick.
-    countWhatPassed(tickInterval);
-    const State before = m_state;
-    stop();
-    publish(before);
 }
 
 void PomodoroService::reset()
@@ -246,12 +214,11 @@ void PomodoroService::stop()
 void PomodoroService::countWhatPassed(std::chrono::nanoseconds leastForOne)
 {
     const auto passed = m_clock.bootTime() - m_countedUntil;
-    if (passed < leastForOne) {
-        return;
+    if (passed >= leastForOne) {
+        const auto seconds = std::max(std::chrono::floor<std::chrono::seconds>(passed), 1s);
+        m_countedUntil += seconds;
+        count(seconds.count());
     }
-    const auto seconds = std::max(std::chrono::floor<std::chrono::seconds>(passed), 1s);
-    m_countedUntil += seconds;
-    count(seconds.count());
 }
 
 /// The display rests on 00:00 for a second: the phase ends with the second after its last.
@@ -290,22 +257,14 @@ void PomodoroService::publish(const State &before)
             Q_EMIT(this->*signal)();
         }
     };
-    const auto tellLength = [&](qint64 PomodoroSettings::*member,
-                                void (PomodoroService::*signal)()) {
-        tell(now.settings.*member != before.settings.*member, signal);
-    };
-    tellLength(&PomodoroSettings::workMinutes, &PomodoroService::workMinutesChanged);
-    tellLength(&PomodoroSettings::shortBreakMinutes, &PomodoroService::shortBreakMinutesChanged);
-    tellLength(&PomodoroSettings::longBreakMinutes, &PomodoroService::longBreakMinutesChanged);
-    tellLength(&PomodoroSettings::sessionsBeforeLongBreak,
-               &PomodoroService::sessionsBeforeLongBreakChanged);
+    tell(now.settings != before.settings, &PomodoroService::settingsChanged);
     tell(now.phase != before.phase, &PomodoroService::phaseChanged);
-    tell(durationOf(now) != durationOf(before), &PomodoroService::phaseDurationChanged);
     tell(now.sessionsCompleted != before.sessionsCompleted,
          &PomodoroService::sessionsCompletedChanged);
     tell(now.secondsRemaining != before.secondsRemaining,
          &PomodoroService::secondsRemainingChanged);
-    tell(progressOf(now) != progressOf(before), &PomodoroService::progressChanged);
+    tell(durationOf(now) != durationOf(before) || progressOf(now) != progressOf(before),
+         &PomodoroService::progressChanged);
     tell(now.isRunning != before.isRunning, &PomodoroService::isRunningChanged);
 }
 

@@ -35,19 +35,18 @@ class PomodoroService : public QObject
     /// Minutes and seconds, "25:00"; minutes are not wrapped into hours.
     Q_PROPERTY(QString timeString READ timeString NOTIFY secondsRemainingChanged FINAL)
     /// The whole length of the phase in seconds.
-    Q_PROPERTY(double phaseDuration READ phaseDuration NOTIFY phaseDurationChanged FINAL)
+    Q_PROPERTY(double phaseDuration READ phaseDuration NOTIFY progressChanged FINAL)
     /// The part of the phase that is over: 0 to 1, or below 0 where its length was cut meanwhile.
     Q_PROPERTY(double progress READ progress NOTIFY progressChanged FINAL)
     /// Work sessions since the last long break.
     Q_PROPERTY(
         double sessionsCompleted READ sessionsCompleted NOTIFY sessionsCompletedChanged FINAL)
 
-    Q_PROPERTY(double workMinutes READ workMinutes NOTIFY workMinutesChanged FINAL)
+    Q_PROPERTY(double workMinutes READ workMinutes NOTIFY settingsChanged FINAL)
+    Q_PROPERTY(double shortBreakMinutes READ shortBreakMinutes NOTIFY settingsChanged FINAL)
+    Q_PROPERTY(double longBreakMinutes READ longBreakMinutes NOTIFY settingsChanged FINAL)
     Q_PROPERTY(
-        double shortBreakMinutes READ shortBreakMinutes NOTIFY shortBreakMinutesChanged FINAL)
-    Q_PROPERTY(double longBreakMinutes READ longBreakMinutes NOTIFY longBreakMinutesChanged FINAL)
-    Q_PROPERTY(double sessionsBeforeLongBreak READ sessionsBeforeLongBreak NOTIFY
-                   sessionsBeforeLongBreakChanged FINAL)
+        double sessionsBeforeLongBreak READ sessionsBeforeLongBreak NOTIFY settingsChanged FINAL)
 
 public:
     /// What is handed in has to outlive the service.
@@ -90,13 +89,9 @@ Q_SIGNALS:
     void phaseChanged();
     void isRunningChanged();
     void secondsRemainingChanged();
-    void phaseDurationChanged();
     void progressChanged();
     void sessionsCompletedChanged();
-    void workMinutesChanged();
-    void shortBreakMinutesChanged();
-    void longBreakMinutesChanged();
-    void sessionsBeforeLongBreakChanged();
+    void settingsChanged();
 
 private:
     struct State {

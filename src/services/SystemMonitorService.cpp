@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace velmora
 {
@@ -56,7 +57,8 @@ void SystemMonitorService::adjustVolume(float delta)
         return;
     const float volume = std::clamp(m_volume + delta, 0.0F, 1.0F);
     m_sound.setVolumePercent(static_cast<int>(volume * 100.0F));
-    publish(m_volume, volume, &SystemMonitorService::volumeChanged);
+    set(m_volume, volume);
+    publish();
 }
 
 void SystemMonitorService::sample()
@@ -66,6 +68,7 @@ void SystemMonitorService::sample()
     sampleVolume();
     sampleNetwork();
     sampleDisk();
+    publish();
 }
 
 void SystemMonitorService::sampleProcessor()
@@ -90,8 +93,7 @@ void SystemMonitorService::sampleProcessor()
         previous->second = ticks;
     }
     if (total > 0)
-        m_previousCpuUsage = used / total * 100;
-    publish(m_cpuUsage, m_previousCpuUsage, &SystemMonitorService::cpuUsageChanged);
+        set(m_cpuUsage, used / total * 100);
 }
 
 void SystemMonitorService::sampleMemory()
@@ -101,15 +103,14 @@ void SystemMonitorService::sampleMemory()
         return;
     const auto used = static_cast<double>((pages->active + pages->wired) * pages->pageSize);
     const auto total = static_cast<double>(m_statistics.physicalMemory());
-    publish(m_memUsedGB, used * bytesToGB, &SystemMonitorService::memUsedGBChanged);
-    publish(m_memTotalGB, total * bytesToGB, &SystemMonitorService::memTotalGBChanged);
+    set(m_memUsedGB, used * bytesToGB);
+    set(m_memTotalGB, total * bytesToGB);
 }
 
 void SystemMonitorService::sampleVolume()
 {
     if (const auto percent = m_sound.volumePercent())
-        publish(m_volume, static_cast<float>(*percent) / 100.0F,
-                &SystemMonitorService::volumeChanged);
+        set(m_volume, static_cast<float>(*percent) / 100.0F);
 }
 
 void SystemMonitorService::sampleNetwork()
@@ -118,15 +119,12 @@ void SystemMonitorService::sampleNetwork()
     const auto now = m_clock.uptime();
     const NetworkBytes bytes = interfaceTotals();
     const double elapsed = std::chrono::duration<double>(now - m_previousBytesTime).count();
-    if (m_hasPreviousBytes && elapsed > 0) {
-        publish(m_netUpKBs, rate(m_previousBytes.up, bytes.up, elapsed),
-                &SystemMonitorService::netUpKBsChanged);
-        publish(m_netDownKBs, rate(m_previousBytes.down, bytes.down, elapsed),
-                &SystemMonitorService::netDownKBsChanged);
+    if (m_previousBytes && elapsed > 0) {
+        set(m_netUpKBs, rate(m_previousBytes->up, bytes.up, elapsed));
+        set(m_netDownKBs, rate(m_previousBytes->down, bytes.down, elapsed));
     }
     m_previousBytes = bytes;
     m_previousBytesTime = now;
-    m_hasPreviousBytes = true;
 }
 
 SystemMonitorService::NetworkBytes SystemMonitorService::interfaceTotals() const
@@ -149,17 +147,22 @@ void SystemMonitorService::sampleDisk()
     const FileSystemSize size = m_statistics.homeFileSystem();
     const double free = finiteOrZero(size.freeBytes) * bytesToGB;
     const double total = finiteOrZero(size.totalBytes) * bytesToGB;
-    publish(m_diskTotalGB, total, &SystemMonitorService::diskTotalGBChanged);
-    publish(m_diskUsedGB, total - free, &SystemMonitorService::diskUsedGBChanged);
+    set(m_diskTotalGB, total);
+    set(m_diskUsedGB, total - free);
 }
 
 template<typename T>
-void SystemMonitorService::publish(T &property, T value, Signal changed)
+void SystemMonitorService::set(T &property, T value)
 {
-    if (property == value)
-        return;
+    m_hasChanged |= property != value;
     property = value;
-    Q_EMIT(this->*changed)();
+}
+
+void SystemMonitorService::publish()
+{
+    if (std::exchange(m_hasChanged, false)) {
+        Q_EMIT changed();
+    }
 }
 
 } // namespace velmora

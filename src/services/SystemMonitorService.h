@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <unordered_map>
 
 namespace velmora
@@ -24,18 +25,18 @@ class SystemMonitorService : public QObject
     QML_UNCREATABLE("Made once by the program")
 
     /// Load of all cores together, 0 to 100.
-    Q_PROPERTY(double cpuUsage READ cpuUsage NOTIFY cpuUsageChanged)
+    Q_PROPERTY(double cpuUsage READ cpuUsage NOTIFY changed FINAL)
     /// Memory in units of 2^30 bytes.
-    Q_PROPERTY(double memUsedGB READ memUsedGB NOTIFY memUsedGBChanged)
-    Q_PROPERTY(double memTotalGB READ memTotalGB NOTIFY memTotalGBChanged)
+    Q_PROPERTY(double memUsedGB READ memUsedGB NOTIFY changed FINAL)
+    Q_PROPERTY(double memTotalGB READ memTotalGB NOTIFY changed FINAL)
     /// Output volume, 0 to 1.
-    Q_PROPERTY(float volume READ volume NOTIFY volumeChanged)
+    Q_PROPERTY(float volume READ volume NOTIFY changed FINAL)
     /// Rates in units of 1024 bytes a second.
-    Q_PROPERTY(double netUpKBs READ netUpKBs NOTIFY netUpKBsChanged)
-    Q_PROPERTY(double netDownKBs READ netDownKBs NOTIFY netDownKBsChanged)
+    Q_PROPERTY(double netUpKBs READ netUpKBs NOTIFY changed FINAL)
+    Q_PROPERTY(double netDownKBs READ netDownKBs NOTIFY changed FINAL)
     /// The file system of the home directory, in units of 2^30 bytes.
-    Q_PROPERTY(double diskUsedGB READ diskUsedGB NOTIFY diskUsedGBChanged)
-    Q_PROPERTY(double diskTotalGB READ diskTotalGB NOTIFY diskTotalGBChanged)
+    Q_PROPERTY(double diskUsedGB READ diskUsedGB NOTIFY changed FINAL)
+    Q_PROPERTY(double diskTotalGB READ diskTotalGB NOTIFY changed FINAL)
 
 public:
     /// Takes the first sample at once. What is handed in has to outlive the service.
@@ -56,21 +57,14 @@ public:
     Q_INVOKABLE void adjustVolume(float delta);
 
 Q_SIGNALS:
-    void cpuUsageChanged();
-    void memUsedGBChanged();
-    void memTotalGBChanged();
-    void volumeChanged();
-    void netUpKBsChanged();
-    void netDownKBsChanged();
-    void diskUsedGBChanged();
-    void diskTotalGBChanged();
+    /// After a sample, or a new volume, by which one of the figures differs.
+    void changed();
 
 private:
     struct NetworkBytes {
         std::uint64_t up = 0;
         std::uint64_t down = 0;
     };
-    using Signal = void (SystemMonitorService::*)();
 
     void sample();
     void sampleProcessor();
@@ -81,7 +75,8 @@ private:
 
     [[nodiscard]] NetworkBytes interfaceTotals() const;
     template<typename T>
-    void publish(T &property, T value, Signal changed);
+    void set(T &property, T value);
+    void publish();
 
     Clock &m_clock;
     SystemStatistics &m_statistics;
@@ -97,10 +92,9 @@ private:
     double m_diskTotalGB = 0;
 
     std::unordered_map<std::uint32_t, std::array<std::uint32_t, 4>> m_previousTicks;
-    double m_previousCpuUsage = 0;
-    NetworkBytes m_previousBytes;
+    std::optional<NetworkBytes> m_previousBytes;
     std::chrono::nanoseconds m_previousBytesTime;
-    bool m_hasPreviousBytes = false;
+    bool m_hasChanged = false; ///< since the last signal
 
     TimerHandle m_timer;
 };

@@ -79,30 +79,6 @@ QRegion roundedRegion(const QRectF &rect, double radius)
     return QRegion(path.toFillPolygon().toPolygon());
 }
 
-BottomRoundedShape::BottomRoundedShape(QQuickItem *parent)
-    : QQuickPaintedItem(parent)
-{
-    setAntialiasing(true);
-}
-
-void BottomRoundedShape::setRadius(qreal radius)
-{
-    if (radius != m_radius) {
-        m_radius = radius;
-        update();
-        Q_EMIT radiusChanged();
-    }
-}
-
-void BottomRoundedShape::setColor(const QColor &color)
-{
-    if (color != m_color) {
-        m_color = color;
-        update();
-        Q_EMIT colorChanged();
-    }
-}
-
 void BottomRoundedShape::paint(QPainter *painter)
 {
     painter->setRenderHint(QPainter::Antialiasing);

@@ -1,8 +1,9 @@
 #pragma once
 
+#include "style/ShapeItem.h"
+
 #include <QColor>
 #include <QPainterPath>
-#include <QQuickPaintedItem>
 #include <QRegion>
 #include <QtQml/qqmlregistration.h>
 
@@ -24,26 +25,15 @@ enum class PixelRule { Touched, Centre };
 [[nodiscard]] QRegion roundedRegion(const QRectF &rect, double radius);
 
 /// The outline, filled.
-class BottomRoundedShape : public QQuickPaintedItem
+class BottomRoundedShape : public velmora::ShapeItem
 {
     Q_OBJECT
     QML_ELEMENT
-    Q_PROPERTY(qreal radius READ radius WRITE setRadius NOTIFY radiusChanged FINAL)
-    Q_PROPERTY(QColor color READ color WRITE setColor NOTIFY colorChanged FINAL)
+    Q_PROPERTY(qreal radius MEMBER m_radius NOTIFY changed FINAL)
+    Q_PROPERTY(QColor color MEMBER m_color NOTIFY changed FINAL)
 
 public:
-    explicit BottomRoundedShape(QQuickItem *parent = nullptr);
-
-    [[nodiscard]] qreal radius() const { return m_radius; }
-    void setRadius(qreal radius);
-    [[nodiscard]] QColor color() const { return m_color; }
-    void setColor(const QColor &color);
-
     void paint(QPainter *painter) override;
-
-Q_SIGNALS:
-    void radiusChanged();
-    void colorChanged();
 
 private:
     qreal m_radius = 0;

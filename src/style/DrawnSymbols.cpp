@@ -71,22 +71,14 @@ QPainterPath speaker()
     return polygon({{2, 9}, {6, 9}, {11, 4.5}, {11, 19.5}, {6, 15}, {2, 15}});
 }
 
-QPainterPath wave(int number)
+/// With as many waves before it.
+QPainterPath speakerWaves(int count)
 {
-    return arc({11, 12}, 1 + 3.6 * number, -45, 90, 1.8);
-}
-
-QPainterPath speakerWave1()
-{
-    return speaker() + wave(1);
-}
-QPainterPath speakerWave2()
-{
-    return speakerWave1() + wave(2);
-}
-QPainterPath speakerWave3()
-{
-    return speakerWave2() + wave(3);
+    QPainterPath path = speaker();
+    for (int wave = 1; wave <= count; ++wave) {
+        path += arc({11, 12}, 1 + 3.6 * wave, -45, 90, 1.8);
+    }
+    return path;
 }
 
 QPainterPath playSlash()
@@ -130,12 +122,6 @@ QPainterPath wave3Right()
            arc(centre, 16.5, -42, 84, 2.2);
 }
 
-QPainterPath trackpad()
-{
-    return (box({2, 4, 20, 16}, 3) - box({3.6, 14, 16.8, 1.4}, 0.7)) -
-           box({11.3, 14.7, 1.4, 4.4}, 0.7);
-}
-
 /// An open tray, seen from the front: a body with an inlet at the top.
 QPainterPath tray()
 {
@@ -159,11 +145,6 @@ QPainterPath trayAndArrowDown()
     return (tray() - room) + arrow;
 }
 
-QPainterPath rectangle3Group()
-{
-    return box({2, 4, 9, 16}, 2) + box({13, 4, 9, 7}, 2) + box({13, 13, 9, 7}, 2);
-}
-
 QPainterPath calendarBadgeExclamationmark()
 {
     const QPainterPath page = box({2, 4, 17, 16}, 2.6) - box({3.7, 9, 13.6, 9.3}, 1.2);
@@ -176,11 +157,6 @@ QPainterPath earbud(double side)
 {
     const double x = 12 + side * 5.4;
     return circle({x, 7.4}, 4) + segment({x + side * 1.4, 9}, {x + side * 1.4, 20}, 3);
-}
-
-QPainterPath airpodsPro()
-{
-    return earbud(-1) + earbud(1);
 }
 
 QPainterPath checklist()
@@ -235,22 +211,29 @@ constexpr std::array<DrawnSymbol, 23> symbols{{
     {"checkmark", checkmark},
     {"chevron.right", chevronRight},
     {"rectangle.topthird.inset.filled", rectangleTopThirdInsetFilled},
-    {"rectangle.3.group", rectangle3Group},
+    {"rectangle.3.group",
+     [] {
+         return box({2, 4, 9, 16}, 2) + box({13, 4, 9, 7}, 2) + box({13, 13, 9, 7}, 2);
+     }},
     {"speaker.fill", speaker},
-    {"speaker.wave.1.fill", speakerWave1},
-    {"speaker.wave.2.fill", speakerWave2},
-    {"speaker.wave.2", speakerWave2},
-    {"speaker.wave.3.fill", speakerWave3},
+    {"speaker.wave.1.fill", [] { return speakerWaves(1); }},
+    {"speaker.wave.2.fill", [] { return speakerWaves(2); }},
+    {"speaker.wave.2", [] { return speakerWaves(2); }},
+    {"speaker.wave.3.fill", [] { return speakerWaves(3); }},
     {"play.slash", playSlash},
     {"switch.2", switch2},
     {"sun.horizon", sunHorizon},
     {"quote.bubble", quoteBubble},
     {"wave.3.right", wave3Right},
-    {"trackpad.fill", trackpad},
+    {"trackpad.fill",
+     [] {
+         return box({2, 4, 20, 16}, 3) - box({3.6, 14, 16.8, 1.4}, 0.7) -
+                box({11.3, 14.7, 1.4, 4.4}, 0.7);
+     }},
     {"tray.fill", tray},
     {"tray.and.arrow.down.fill", trayAndArrowDown},
     {"calendar.badge.exclamationmark", calendarBadgeExclamationmark},
-    {"airpodspro", airpodsPro},
+    {"airpodspro", [] { return earbud(-1) + earbud(1); }},
     {"checklist", checklist},
 }};
 

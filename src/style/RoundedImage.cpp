@@ -6,21 +6,6 @@
 namespace velmora
 {
 
-RoundedImage::RoundedImage(QQuickItem *parent)
-    : QQuickPaintedItem(parent)
-{
-    setAntialiasing(true);
-}
-
-void RoundedImage::setImage(const QImage &image)
-{
-    if (image.cacheKey() != m_image.cacheKey()) {
-        m_image = image;
-        update();
-        Q_EMIT imageChanged();
-    }
-}
-
 void RoundedImage::paint(QPainter *painter)
 {
     if (m_image.isNull()) {

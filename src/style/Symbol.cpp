@@ -14,38 +14,14 @@ constexpr double boxPerSize = 1.2; // side of the symbol's square for a text siz
 } // namespace
 
 Symbol::Symbol(QQuickItem *parent)
-    : QQuickPaintedItem(parent)
+    : ShapeItem(parent)
 {
-    setAntialiasing(true);
-}
-
-void Symbol::setName(const QString &name)
-{
-    if (name != m_name) {
-        m_name = name;
-        m_path = symbolPath(name);
-        update();
-        Q_EMIT nameChanged();
-    }
-}
-
-void Symbol::setSize(qreal points)
-{
-    if (points != m_size) {
-        m_size = points;
-        setImplicitSize(points * boxPerSize, points * boxPerSize);
-        update();
-        Q_EMIT sizeChanged();
-    }
-}
-
-void Symbol::setColor(const QColor &color)
-{
-    if (color != m_color) {
-        m_color = color;
-        update();
-        Q_EMIT colorChanged();
-    }
+    connect(this, &Symbol::nameChanged, this, [this] {
+        m_path = symbolPath(m_name);
+        Q_EMIT changed();
+    });
+    connect(this, &Symbol::changed, this,
+            [this] { setImplicitSize(m_size * boxPerSize, m_size * boxPerSize); });
 }
 
 void Symbol::paint(QPainter *painter)

@@ -115,12 +115,9 @@ QPainterPath symbolPath(const QString &name)
 QStringList symbolNames()
 {
     QStringList names;
-    for (const DrawnSymbol &symbol : drawnSymbols()) {
-        names << QString::fromLatin1(symbol.name);
-    }
-    for (const FontSymbol &symbol : fontSymbols) {
-        names << QString::fromLatin1(symbol.name);
-    }
+    const auto add = [&names](const auto &symbol) { names << QString::fromLatin1(symbol.name); };
+    std::for_each(drawnSymbols().begin(), drawnSymbols().end(), add);
+    std::for_each(fontSymbols.begin(), fontSymbols.end(), add);
     return names;
 }
 

@@ -1,6 +1,7 @@
 pragma ComponentBehavior: Bound
 
 import QtQuick
+import QtQuick.Window
 
 // A short text whose digits all take up the same width, so that the rest stands still while they
 // change. The toolkit cannot ask the font for such digits, hence a cell for each.
@@ -29,11 +30,8 @@ Row {
         readonly property real digitWidth: widestDigit(font)
 
         function widestDigit(ignored: font): real {
-            let widest = 0;
-            for (const digit of "0123456789") {
-                widest = Math.max(widest, advanceWidth(digit));
-            }
-            return Math.round(widest);
+            const widest = Math.max(...Array.from("0123456789", digit => advanceWidth(digit)));
+            return Math.round(widest * Screen.devicePixelRatio) / Screen.devicePixelRatio;
         }
 
         font: sample.font

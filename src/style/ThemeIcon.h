@@ -1,6 +1,7 @@
 #pragma once
 
-#include <QQuickPaintedItem>
+#include "style/ShapeItem.h"
+
 #include <QString>
 #include <QtQml/qqmlregistration.h>
 
@@ -9,22 +10,14 @@ namespace velmora
 
 /// The icon of a program: by its name in the icon theme, or by the absolute path of a picture.
 /// Nothing is drawn for what is not there.
-class ThemeIcon : public QQuickPaintedItem
+class ThemeIcon : public velmora::ShapeItem
 {
     Q_OBJECT
     QML_ELEMENT
-    Q_PROPERTY(QString name READ name WRITE setName NOTIFY nameChanged FINAL)
+    Q_PROPERTY(QString name MEMBER m_name NOTIFY changed FINAL)
 
 public:
-    explicit ThemeIcon(QQuickItem *parent = nullptr);
-
-    [[nodiscard]] QString name() const { return m_name; }
-    void setName(const QString &name);
-
     void paint(QPainter *painter) override;
-
-Q_SIGNALS:
-    void nameChanged();
 
 private:
     QString m_name;

@@ -2,68 +2,36 @@ import QtQuick
 import Velmora.Style
 import Velmora.Widgets
 
-// The cover of one track, or a note in its place. It follows the news until another track has come.
+// One cover, or a note in the place of one that is not known.
 Successor {
     id: view
 
     required property NowPlayingModel playing
     required property real size
 
-    property bool hasImage: false
-
-    function take() {
-        hasImage = playing.hasArtwork;
-        if (hasImage) {
-            cover.image = playing.artwork; // and still there while it fades out
-        }
-    }
-
     duration: 350
 
-    Component.onCompleted: take()
-
-    component Fade: NumberAnimation {
-        easing.type: Easing.InOutQuad
+    Component.onCompleted: {
+        cover.visible = playing.hasArtwork;
+        cover.image = playing.artwork; // and still the same while it fades out
     }
 
-    Connections {
-        function onArtworkChanged() {
-            view.take();
-        }
-
-        enabled: view.isCurrent
-        target: view.playing
-    }
-    Rectangle {
+    RoundedRectangle {
         anchors.fill: parent
-        antialiasing: true
         color: Qt.rgba(1, 1, 1, 0.08)
         radius: 6
     }
     Symbol {
         anchors.centerIn: parent
-        color: Qt.rgba(1, 1, 1, 0.3)
+        color: Style.placeholder
         name: "music.note"
-        opacity: view.hasImage ? 0 : 1
         size: view.size * 0.38
-
-        Behavior on opacity {
-            Fade {
-                duration: 250
-            }
-        }
+        visible: !cover.visible
     }
     RoundedImage {
         id: cover
 
         anchors.fill: parent
-        opacity: view.hasImage ? 1 : 0
         radius: 6
-
-        Behavior on opacity {
-            Fade {
-                duration: 350
-            }
-        }
     }
 }

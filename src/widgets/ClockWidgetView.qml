@@ -28,9 +28,9 @@ Item {
             width: parent.width
         }
         NotchText {
-            color: Qt.rgba(1, 1, 1, 0.5)
+            color: Style.detail
             horizontalAlignment: Text.AlignHCenter
-            size: 9
+            size: Style.text
             text: model.date
             width: parent.width
         }

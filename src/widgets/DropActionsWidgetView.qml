@@ -3,6 +3,7 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import Velmora.Drop
 import Velmora.Style
+import Velmora.Widgets
 
 // A reminder of what can be done with files that are dragged here. It takes no clicks and no drops.
 Item {
@@ -10,8 +11,8 @@ Item {
 
     required property DropActionsService service
     /// As many columns as have room, at least so wide.
-    required property real minimumColumnWidth
-    required property real columnSpacing
+    property real minimumColumnWidth: 28
+    property real columnSpacing: 6
 
     component Tile: Column {
         id: tile
@@ -26,7 +27,7 @@ Item {
 
             action: tile.modelData
         }
-        Rectangle {
+        RoundedRectangle {
             anchors.horizontalCenter: parent.horizontalCenter
             color: Qt.alpha(info.color, 0.12)
             height: 22
@@ -42,7 +43,7 @@ Item {
         }
         NotchText {
             anchors.horizontalCenter: parent.horizontalCenter
-            color: Qt.rgba(1, 1, 1, 0.4)
+            color: Style.label
             height: 8 // whatever the font is rounded to: two rows of tiles fill the zone exactly
             horizontalAlignment: Text.AlignHCenter
             size: 6.5
@@ -52,37 +53,10 @@ Item {
         }
     }
 
-    component Header: Item {
-        height: 5 + title.height
-
-        NotchText {
-            id: title
-
-            anchors {
-                left: parent.left
-                leftMargin: 10
-                right: count.left
-                rightMargin: 4
-                bottom: parent.bottom
-            }
-            color: Qt.rgba(1, 1, 1, 0.4)
-            font.weight: Font.DemiBold
-            height: 11
-            size: 9
-            text: qsTr("Drop Actions")
-        }
-        NotchText {
-            id: count
-
-            anchors {
-                right: parent.right
-                rightMargin: 10
-                verticalCenter: title.verticalCenter
-            }
-            color: Qt.rgba(1, 1, 1, 0.25)
-            size: 8
-            text: qsTr("%1 enabled").arg(view.service.enabledActions.length)
-        }
+    component Header: WidgetHeader {
+        note: qsTr("%1 enabled").arg(view.service.enabledActions.length)
+        noteColor: Qt.rgba(1, 1, 1, 0.25)
+        title: qsTr("Drop Actions")
     }
 
     Header {
@@ -98,9 +72,9 @@ Item {
             right: parent.right
             top: emptyHeader.bottom
         }
-        color: Qt.rgba(1, 1, 1, 0.3)
+        color: Style.placeholder
         horizontalAlignment: Text.AlignHCenter
-        size: 9
+        size: Style.text
         text: qsTr("No actions enabled")
         visible: !content.visible
     }
@@ -141,15 +115,15 @@ Item {
 
             Symbol {
                 anchors.verticalCenter: hint.verticalCenter
-                color: Qt.rgba(1, 1, 1, 0.2)
+                color: Style.dim
                 name: "arrow.down.to.line"
                 size: 7
             }
             NotchText {
                 id: hint
 
-                color: Qt.rgba(1, 1, 1, 0.2)
-                size: 7.5
+                color: Style.dim
+                size: Style.tinyText
                 text: qsTr("Drag files onto the notch")
             }
         }

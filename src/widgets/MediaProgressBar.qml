@@ -14,11 +14,11 @@ Column {
 
     spacing: 2
 
-    component TimeText: FigureText {
+    component TimeText: TabularText {
         Accessible.ignored: true
 
-        color: Qt.rgba(1, 1, 1, 0.35)
-        size: 8
+        color: Style.hint
+        size: Style.smallText
     }
 
     Item {
@@ -27,8 +27,8 @@ Column {
 
         MiniBar {
             anchors.verticalCenter: parent.verticalCenter
-            color: Qt.rgba(1, 1, 1, 0.12)
-            fill: Qt.rgba(1, 1, 1, 0.7)
+            color: Style.track
+            fill: Style.fill
             height: view.barHeight
             value: view.playing.progress
             width: parent.width

@@ -19,9 +19,9 @@ Item {
     readonly property real textWidth: row.width - cover.width - buttons.width - 2 * 8
 
     component TransportButton: SymbolButton {
+        color: Style.strong
         height: 26
-        opacity: 0.85 / 0.75
-        width: 26
+        width: 28
     }
 
     NowPlayingModel {
@@ -53,7 +53,7 @@ Item {
 
             anchors.verticalCenter: parent.verticalCenter
             height: 44
-            key: model.trackKey
+            key: model.coverKey
             width: 44
 
             delegate: AlbumArtView {
@@ -66,6 +66,7 @@ Item {
 
             anchors.left: cover.right
             anchors.leftMargin: 8
+            clip: true // what comes and goes does not do so across the buttons
             height: 31
             key: model.trackKey
             width: Math.max(0, view.isNarrow ? parent.width - x : view.textWidth)

@@ -13,6 +13,7 @@ namespace
 using namespace std::chrono_literals;
 
 constexpr auto pollInterval = 1s;
+constexpr auto coverPatience = 300ms;
 constexpr std::chrono::milliseconds shortestMove = 16ms; // a frame
 constexpr std::chrono::milliseconds longestMove = 250ms; // for the seconds of the label
 constexpr double pixelsPerMove = 0.25;
@@ -48,16 +49,35 @@ void NowPlayingModel::takeNews()
     if (m_shown.title != before.title || m_shown.artist != before.artist) {
         Q_EMIT trackChanged();
     }
-    if (m_shown.artwork.cacheKey() != before.artwork.cacheKey()) {
-        Q_EMIT artworkChanged();
-    }
     if (m_shown.isPlaying != before.isPlaying) {
         Q_EMIT isPlayingChanged();
     }
     if (m_shown.duration != before.duration) {
         Q_EMIT durationChanged();
     }
+    takeCover();
     movePosition();
+}
+
+/// The cover of a new track comes a little later than its title, and is often the same.
+void NowPlayingModel::takeCover()
+{
+    if (!m_shown.artwork.isNull() || !hasTrack()) {
+        setCover(m_shown.artwork);
+    } else if (!m_cover.isNull() && !m_coverWait) {
+        m_coverWait = m_clock->after(coverPatience, [this] { setCover({}); });
+    }
+}
+
+void NowPlayingModel::setCover(const QImage &cover)
+{
+    m_coverWait.reset();
+    const bool isSame = cover == m_cover;
+    m_cover = cover; // of two that look the same the new one, as it will come again
+    if (!isSame) {
+        ++m_coverKey;
+        Q_EMIT coverChanged();
+    }
 }
 
 void NowPlayingModel::movePosition()

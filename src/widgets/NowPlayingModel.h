@@ -32,9 +32,11 @@ class NowPlayingModel : public QObject, public QQmlParserStatus
     Q_PROPERTY(bool hasTrack READ hasTrack NOTIFY trackChanged FINAL)
     Q_PROPERTY(QString title READ title NOTIFY trackChanged FINAL)
     Q_PROPERTY(QString artist READ artist NOTIFY trackChanged FINAL)
+    /// Another key is another cover, or none; tracks may share one.
+    Q_PROPERTY(int coverKey READ coverKey NOTIFY coverChanged FINAL)
     /// A QImage, which the views' linter knows nothing of.
-    Q_PROPERTY(QVariant artwork READ artwork NOTIFY artworkChanged FINAL)
-    Q_PROPERTY(bool hasArtwork READ hasArtwork NOTIFY artworkChanged FINAL)
+    Q_PROPERTY(QVariant artwork READ artwork NOTIFY coverChanged FINAL)
+    Q_PROPERTY(bool hasArtwork READ hasArtwork NOTIFY coverChanged FINAL)
     Q_PROPERTY(bool isPlaying READ isPlaying NOTIFY isPlayingChanged FINAL)
     Q_PROPERTY(bool hasDuration READ hasDuration NOTIFY durationChanged FINAL)
     Q_PROPERTY(QString durationText READ durationText NOTIFY durationChanged FINAL)
@@ -51,8 +53,9 @@ public:
     [[nodiscard]] bool hasTrack() const { return !trackKey().isEmpty(); }
     [[nodiscard]] QString title() const;
     [[nodiscard]] QString artist() const { return m_shown.artist.simplified(); }
-    [[nodiscard]] QVariant artwork() const { return m_shown.artwork; }
-    [[nodiscard]] bool hasArtwork() const { return !m_shown.artwork.isNull(); }
+    [[nodiscard]] int coverKey() const { return m_coverKey; }
+    [[nodiscard]] QVariant artwork() const { return m_cover; }
+    [[nodiscard]] bool hasArtwork() const { return !m_cover.isNull(); }
     [[nodiscard]] bool isPlaying() const { return m_shown.isPlaying; }
     [[nodiscard]] bool hasDuration() const { return m_shown.duration > 0; }
     [[nodiscard]] QString durationText() const { return playbackTimeText(m_shown.duration); }
@@ -61,7 +64,7 @@ public:
 
 Q_SIGNALS:
     void trackChanged();
-    void artworkChanged();
+    void coverChanged();
     void isPlayingChanged();
     void durationChanged();
     void progressChanged();
@@ -69,12 +72,17 @@ Q_SIGNALS:
 
 private:
     void takeNews();
+    void takeCover();
+    void setCover(const QImage &cover);
     void movePosition();
 
     MediaRemoteService *m_service = nullptr;
     Clock *m_clock = nullptr;
     qreal m_barPixels = 100;
     NowPlayingInfo m_shown;
+    QImage m_cover;
+    int m_coverKey = 0;
+    TimerHandle m_coverWait; ///< for the one of a new track
     double m_progress = 0;
     QString m_positionText;
     TimerHandle m_poll;

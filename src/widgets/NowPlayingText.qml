@@ -30,7 +30,7 @@ Successor {
 
             clock: block.clock
             height: 16
-            size: block.isNarrow && artist.text === "" ? 10 : 12 // room for "Nothing Playing"
+            size: block.isNarrow && artist.text === "" ? Style.largeText : 12 // room for "Nothing Playing"
             weight: Font.DemiBold
             width: parent.width
         }
@@ -38,9 +38,9 @@ Successor {
             id: artist
 
             clock: block.clock
-            color: Qt.rgba(1, 1, 1, 0.5)
+            color: Style.detail
             height: 13
-            size: 10
+            size: Style.largeText
             visible: text !== ""
             width: parent.width
         }

@@ -11,9 +11,10 @@ Item {
 
     required property PomodoroService service
 
+    // A frame of 20 for the symbol, and half of the space between two of them at each side.
     component Button: SymbolButton {
-        height: 20
-        width: 20
+        height: 24
+        width: 30
     }
 
     Column {
@@ -21,38 +22,12 @@ Item {
         spacing: 3
         width: parent.width
 
-        Item {
-            height: title.height + 5
+        WidgetHeader {
+            note: view.service.phaseLabel
+            noteColor: view.service.phaseColor
+            noteWeight: Font.Bold
+            title: qsTr("Pomodoro")
             width: parent.width
-
-            NotchText {
-                id: title
-
-                anchors {
-                    bottom: parent.bottom
-                    left: parent.left
-                    leftMargin: 10
-                    right: phase.left
-                    rightMargin: 4
-                }
-                color: Qt.rgba(1, 1, 1, 0.4)
-                font.weight: Font.DemiBold
-                size: 9
-                text: qsTr("Pomodoro")
-            }
-            NotchText {
-                id: phase
-
-                anchors {
-                    right: parent.right
-                    rightMargin: 10
-                    verticalCenter: title.verticalCenter
-                }
-                color: view.service.phaseColor
-                font.weight: Font.Bold
-                size: 8
-                text: view.service.phaseLabel
-            }
         }
         TabularText {
             anchors.horizontalCenter: parent.horizontalCenter
@@ -68,13 +43,13 @@ Item {
             x: 10
         }
         Item {
-            height: buttons.height + 5
+            height: 20 + 5
             width: parent.width
 
             Row {
                 id: dots
 
-                readonly property real room: buttons.x - x
+                readonly property real room: buttons.x + 5 - x
 
                 anchors.verticalCenter: buttons.verticalCenter
                 spacing: 4
@@ -84,12 +59,11 @@ Item {
                     // No more than have room, however many are asked for.
                     model: Math.max(0, Math.min(view.service.sessionsBeforeLongBreak, Math.floor(dots.room / 9)))
 
-                    Rectangle {
+                    RoundedRectangle {
                         required property int index
 
-                        color: index < view.service.sessionsCompleted ? view.service.phaseColor : Qt.rgba(1, 1, 1, 0.2)
+                        color: index < view.service.sessionsCompleted ? view.service.phaseColor : Style.dim
                         height: 5
-                        radius: 2.5
                         width: 5
                     }
                 }
@@ -98,8 +72,8 @@ Item {
                 id: buttons
 
                 anchors.right: parent.right
-                anchors.rightMargin: 10
-                spacing: 10
+                anchors.rightMargin: 10 - 5
+                y: -2
 
                 Button {
                     description: qsTr("Reset")

@@ -1,13 +1,15 @@
 import QtQuick
 import Velmora.Style
 
-// A symbol to press, without any frame around it.
+// A symbol to press, without any frame around it until the pointer is over it.
 Item {
     id: button
 
     required property string description // for those who do not see the symbol
     required property real size
     required property string symbol
+
+    property color color: Style.control
 
     signal activated
 
@@ -16,11 +18,26 @@ Item {
 
     Accessible.onPressAction: button.activated()
 
+    RoundedRectangle {
+        anchors.fill: parent
+        color: Style.track
+        opacity: hover.hovered ? 1 : 0
+        radius: 6
+
+        Behavior on opacity {
+            NumberAnimation {
+                duration: 100
+            }
+        }
+    }
     Symbol {
         anchors.centerIn: parent
-        color: Qt.rgba(1, 1, 1, tap.pressed ? 0.4 : 0.75)
+        color: tap.pressed ? Style.label : hover.hovered ? "white" : button.color
         name: button.symbol
         size: button.size
+    }
+    HoverHandler {
+        id: hover
     }
     TapHandler {
         id: tap

@@ -24,85 +24,33 @@ QString freeSpaceText(double usedGB, double totalGB)
                        : QString::asprintf("%.0fM free", free * 1024);
 }
 
-void SystemMonitorRow::setMonitor(SystemMonitorService *monitor)
+void SystemMonitorRow::componentComplete()
 {
-    if (monitor == m_monitor) {
-        return;
-    }
-    if (m_monitor != nullptr) {
-        m_monitor->disconnect(this);
-    }
-    m_monitor = monitor;
-    Q_EMIT monitorChanged();
-    if (m_monitor != nullptr) {
-        const auto forward = &SystemMonitorRow::changed;
-        connect(m_monitor, &SystemMonitorService::cpuUsageChanged, this, forward);
-        connect(m_monitor, &SystemMonitorService::memUsedGBChanged, this, forward);
-        connect(m_monitor, &SystemMonitorService::memTotalGBChanged, this, forward);
-        connect(m_monitor, &SystemMonitorService::diskUsedGBChanged, this, forward);
-        connect(m_monitor, &SystemMonitorService::diskTotalGBChanged, this, forward);
-    }
-    Q_EMIT changed();
+    connect(m_monitor, &SystemMonitorService::changed, this, &SystemMonitorRow::takeFigures);
+    takeFigures();
 }
 
-void SystemMonitorRow::setKind(Kind kind)
-{
-    if (kind != m_kind) {
-        m_kind = kind;
-        Q_EMIT kindChanged();
-        Q_EMIT changed();
-    }
-}
-
-QString SystemMonitorRow::label() const
-{
-    switch (m_kind) {
-    case Kind::Processor:
-        return QStringLiteral("CPU");
-    case Kind::Memory:
-        return QStringLiteral("RAM");
-    case Kind::Disk:
-        return QStringLiteral("DISK");
-    }
-    return {};
-}
-
-double SystemMonitorRow::fraction() const
+void SystemMonitorRow::takeFigures()
 {
     const auto ratio = [](double used, double total) { return total > 0 ? used / total : 0.0; };
-    if (m_monitor == nullptr) {
-        return 0;
-    }
     switch (m_kind) {
     case Kind::Processor:
-        return m_monitor->cpuUsage() / 100;
+        m_label = QStringLiteral("CPU");
+        m_fraction = m_monitor->cpuUsage() / 100;
+        m_text = QString::asprintf("%.0f%%", m_monitor->cpuUsage());
+        break;
     case Kind::Memory:
-        return ratio(m_monitor->memUsedGB(), m_monitor->memTotalGB());
+        m_label = QStringLiteral("RAM");
+        m_fraction = ratio(m_monitor->memUsedGB(), m_monitor->memTotalGB());
+        m_text = QString::asprintf("%.1fG", m_monitor->memUsedGB());
+        break;
     case Kind::Disk:
-        return ratio(m_monitor->diskUsedGB(), m_monitor->diskTotalGB());
+        m_label = QStringLiteral("DISK");
+        m_fraction = ratio(m_monitor->diskUsedGB(), m_monitor->diskTotalGB());
+        m_text = freeSpaceText(m_monitor->diskUsedGB(), m_monitor->diskTotalGB());
+        break;
     }
-    return 0;
-}
-
-QString SystemMonitorRow::text() const
-{
-    if (m_monitor == nullptr) {
-        return {};
-    }
-    switch (m_kind) {
-    case Kind::Processor:
-        return QString::asprintf("%.0f%%", m_monitor->cpuUsage());
-    case Kind::Memory:
-        return QString::asprintf("%.1fG", m_monitor->memUsedGB());
-    case Kind::Disk:
-        return freeSpaceText(m_monitor->diskUsedGB(), m_monitor->diskTotalGB());
-    }
-    return {};
-}
-
-QColor SystemMonitorRow::color() const
-{
-    return loadColor(fraction());
+    Q_EMIT changed();
 }
 
 } // namespace velmora

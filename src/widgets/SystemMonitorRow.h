@@ -4,22 +4,28 @@
 
 #include <QColor>
 #include <QObject>
-#include <QPointer>
+#include <QQmlParserStatus>
 #include <QString>
 #include <QtQml/qqmlregistration.h>
 
 namespace velmora
 {
 
+/// Green, orange above 65 %, red above 85 %.
+[[nodiscard]] QColor loadColor(double fraction);
+
+/// "12G free", below one unit of 2^30 bytes "512M free"; a dash while the size is not known.
+[[nodiscard]] QString freeSpaceText(double usedGB, double totalGB);
+
 /// One gauge of the system monitor widget, derived from the service's figures.
-class SystemMonitorRow : public QObject
+class SystemMonitorRow : public QObject, public QQmlParserStatus
 {
     Q_OBJECT
     QML_ELEMENT
-    Q_PROPERTY(velmora::SystemMonitorService *monitor READ monitor WRITE setMonitor NOTIFY
-                   monitorChanged REQUIRED FINAL)
-    Q_PROPERTY(Kind kind READ kind WRITE setKind NOTIFY kindChanged REQUIRED FINAL)
-    Q_PROPERTY(QString label READ label NOTIFY kindChanged FINAL)
+    Q_INTERFACES(QQmlParserStatus)
+    Q_PROPERTY(velmora::SystemMonitorService *monitor MEMBER m_monitor REQUIRED FINAL)
+    Q_PROPERTY(Kind kind MEMBER m_kind REQUIRED FINAL)
+    Q_PROPERTY(QString label READ label NOTIFY changed FINAL)
     Q_PROPERTY(qreal fraction READ fraction NOTIFY changed FINAL) ///< may go beyond 0 to 1
     Q_PROPERTY(QString text READ text NOTIFY changed FINAL)
     Q_PROPERTY(QColor color READ color NOTIFY changed FINAL)
@@ -30,29 +36,25 @@ public:
 
     using QObject::QObject;
 
-    [[nodiscard]] SystemMonitorService *monitor() const { return m_monitor; }
-    void setMonitor(SystemMonitorService *monitor);
-    [[nodiscard]] Kind kind() const { return m_kind; }
-    void setKind(Kind kind);
-    [[nodiscard]] QString label() const;
-    [[nodiscard]] double fraction() const;
-    [[nodiscard]] QString text() const;
-    [[nodiscard]] QColor color() const;
+    void classBegin() override {}
+    void componentComplete() override;
+
+    [[nodiscard]] QString label() const { return m_label; }
+    [[nodiscard]] double fraction() const { return m_fraction; }
+    [[nodiscard]] QString text() const { return m_text; }
+    [[nodiscard]] QColor color() const { return loadColor(m_fraction); }
 
 Q_SIGNALS:
-    void monitorChanged();
-    void kindChanged();
     void changed();
 
 private:
-    QPointer<SystemMonitorService> m_monitor;
+    void takeFigures();
+
+    SystemMonitorService *m_monitor = nullptr;
     Kind m_kind = Kind::Processor;
+    QString m_label;
+    double m_fraction = 0;
+    QString m_text;
 };
-
-/// Green, orange above 65 %, red above 85 %.
-[[nodiscard]] QColor loadColor(double fraction);
-
-/// "12G free", below one unit of 2^30 bytes "512M free"; a dash while the size is not known.
-[[nodiscard]] QString freeSpaceText(double usedGB, double totalGB);
 
 } // namespace velmora

@@ -25,13 +25,13 @@ Item {
             kind: gauge.kind
             monitor: view.monitor
         }
-        FigureText {
+        NotchText {
             id: label
 
             anchors.verticalCenter: parent.verticalCenter
-            color: Qt.rgba(1, 1, 1, 0.4)
+            color: Style.label
             font.weight: Font.DemiBold
-            size: 8
+            size: Style.smallText
             text: row.label
             width: 28
         }
@@ -47,17 +47,23 @@ Item {
             height: 4
             value: row.fraction
         }
-        FigureText {
+        Item {
             id: figure
 
             anchors.right: parent.right
-            anchors.verticalCenter: parent.verticalCenter
-            color: row.color
-            font.weight: Font.Medium
-            horizontalAlignment: Text.AlignRight
-            size: 8
-            text: row.text
-            width: Math.max(40, implicitWidth) // a little more where the text needs it
+            height: parent.height
+            width: Math.max(40, text.width) // a little more where the text needs it
+
+            TabularText {
+                id: text
+
+                anchors.right: parent.right
+                anchors.verticalCenter: parent.verticalCenter
+                color: row.color
+                size: Style.smallText
+                text: row.text
+                weight: Font.Medium
+            }
         }
     }
 
@@ -73,9 +79,9 @@ Item {
 
         NotchText {
             bottomPadding: 1
-            color: Qt.rgba(1, 1, 1, 0.35)
+            color: Style.hint
             font.weight: Font.DemiBold
-            size: 8
+            size: Style.smallText
             text: qsTr("SYSTEM")
             width: parent.width
         }

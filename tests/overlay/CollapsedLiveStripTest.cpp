@@ -4,6 +4,7 @@
 
 #include <QSignalSpy>
 #include <QTest>
+#include <QTranslator>
 
 using namespace velmora;
 using namespace std::chrono_literals;
@@ -33,6 +34,16 @@ struct Desk {
     }
 
     void stopPlaying() { Q_EMIT platform.media.spotifyChanged({}); }
+};
+
+/// Another language, in which every text is the same.
+struct Translated final : QTranslator {
+    Translated() { QCoreApplication::installTranslator(this); }
+    [[nodiscard]] bool isEmpty() const override { return false; }
+    [[nodiscard]] QString translate(const char *, const char *, const char *, int) const override
+    {
+        return QStringLiteral("x");
+    }
 };
 
 } // namespace
@@ -74,6 +85,12 @@ void CollapsedLiveStripTest::slides()
     QCOMPARE(strip->slideCount(), 0); // the break waits to be started
     timer.start();
     QCOMPARE(strip->look().symbol, QStringLiteral("cup.and.saucer.fill"));
+
+    const Translated translated;
+    timer.skip();
+    timer.start();
+    QCOMPARE(strip->look().second, QStringLiteral("x"));
+    QCOMPARE(strip->look().symbol, QStringLiteral("timer"));
 }
 
 void CollapsedLiveStripTest::takesTurns()

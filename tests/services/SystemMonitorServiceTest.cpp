@@ -1,13 +1,14 @@
 #include "services/SystemMonitorService.h"
 
-#include "platform/SoundOutput.h"
-#include "platform/SystemStatistics.h"
+#include "support/FakeSystem.h"
+#include "support/HandClock.h"
 #include "support/VirtualClock.h"
 
 #include <QSignalSpy>
 #include <QTest>
 
 #include <limits>
+#include <optional>
 
 using namespace velmora;
 using namespace std::chrono_literals;
@@ -17,32 +18,16 @@ namespace
 
 constexpr std::uint64_t gibibyte = 1024ULL * 1024 * 1024;
 
-struct FakeStatistics final : SystemStatistics {
-    std::optional<std::vector<CoreTicks>> ticks = std::vector<CoreTicks>{};
-    std::optional<MemoryPages> pages;
-    std::uint64_t memory = 0;
-    std::optional<std::vector<InterfaceBytes>> network = std::vector<InterfaceBytes>{};
-    FileSystemSize disk;
-
-    std::optional<std::vector<CoreTicks>> processorTicks() override { return ticks; }
-    std::optional<MemoryPages> memoryPages() override { return pages; }
-    std::uint64_t physicalMemory() override { return memory; }
-    std::optional<std::vector<InterfaceBytes>> interfaces() override { return network; }
-    FileSystemSize homeFileSystem() override { return disk; }
-};
-
-struct FakeSound final : SoundOutput {
-    std::optional<int> reported;
-    std::vector<int> written;
-
-    std::optional<int> volumePercent() const override { return reported; }
-    void setVolumePercent(int percent) override { written.push_back(percent); }
-};
-
 InterfaceBytes en0(std::uint64_t sent, std::uint64_t received)
 {
     return {QStringLiteral("en0"), sent, received};
 }
+
+struct Machine {
+    VirtualClock clock;
+    FakeStatistics statistics;
+    FakeSound sound;
+};
 
 } // namespace
 
@@ -51,109 +36,92 @@ class SystemMonitorServiceTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void startsWithABaseline();
+    void cleanup() { m_service.reset(); }
+
     void loadIsTheSumOverAllCores();
     void loadSurvivesWrapsAndGaps();
     void memoryCountsActiveAndWired();
     void volumeFollowsTheServer();
     void adjustVolume_data();
     void adjustVolume();
-    void adjustVolumeIgnoresNonsense();
     void networkRates();
     void networkRatesNeverGoNegative();
     void noTimeBetweenTwoSamplesKeepsTheRates();
-    void wallClockJumpsDoNotTouchTheRates();
     void diskFailureShowsZero();
-    void signalsOnlyOnChange();
-    void destroyedServiceStopsSampling();
+    void tellsOfChangesOnly();
 
 private:
-    VirtualClock m_clock;
+    /// Begins to sample what the doubles of a new machine say after `prepare`.
+    SystemMonitorService &start(const std::function<void()> &prepare = [] {});
+    void nextSample() { m_machine->clock.advance(2s); }
+    [[nodiscard]] FakeStatistics &statistics() { return m_machine->statistics; }
+
+    std::optional<Machine> m_machine;
+    std::optional<SystemMonitorService> m_service;
 };
 
-void SystemMonitorServiceTest::startsWithABaseline()
+SystemMonitorService &SystemMonitorServiceTest::start(const std::function<void()> &prepare)
 {
-    FakeStatistics statistics;
-    statistics.ticks = {{{500, 500, 100, 0}}};
-    statistics.network = {{en0(10'000'000, 20'000'000)}};
-    FakeSound sound;
-    const SystemMonitorService service(m_clock, statistics, sound);
-    QCOMPARE(service.cpuUsage(), 0.0);
-    QCOMPARE(service.netUpKBs(), 0.0);
-    QCOMPARE(service.netDownKBs(), 0.0);
-    QCOMPARE(service.volume(), 0.5F);
+    m_service.reset();
+    m_machine.emplace();
+    prepare();
+    return m_service.emplace(m_machine->clock, m_machine->statistics, m_machine->sound);
 }
 
 void SystemMonitorServiceTest::loadIsTheSumOverAllCores()
 {
-    FakeStatistics statistics;
-    statistics.ticks = {{{0, 0, 0, 0}, {0, 0, 0, 0}}};
-    FakeSound sound;
-    const SystemMonitorService service(m_clock, statistics, sound);
-    // 60 of 100 ticks on one core and 100 of 300 on the other: 40 %, where a mean would say 46.7 %.
-    statistics.ticks = {{{30, 20, 40, 10}, {100, 0, 200, 0}}};
-    m_clock.advance(1999ms);
+    const auto &service = start([this] { statistics().ticks = {{{5, 5, 9, 0}, {0, 0, 0, 0}}}; });
     QCOMPARE(service.cpuUsage(), 0.0);
-    m_clock.advance(1ms);
+    // 60 of 100 ticks on one core and 100 of 300 on the other: 40 %, where a mean would say 46.7 %.
+    statistics().ticks = {{{35, 25, 49, 10}, {100, 0, 200, 0}}};
+    m_machine->clock.advance(1999ms);
+    QCOMPARE(service.cpuUsage(), 0.0);
+    m_machine->clock.advance(1ms);
     QCOMPARE(service.cpuUsage(), 40.0);
 }
 
 void SystemMonitorServiceTest::loadSurvivesWrapsAndGaps()
 {
-    FakeStatistics statistics;
     constexpr auto top = std::numeric_limits<std::uint32_t>::max();
-    statistics.ticks = {{{top, 100, 100, 0}}};
-    FakeSound sound;
-    const SystemMonitorService service(m_clock, statistics, sound);
-    // The wrapped field counts 0 in this sample only.
-    statistics.ticks = {{{50, 125, 175, 0}}};
-    m_clock.advance(2s);
-    QCOMPARE(service.cpuUsage(), 25.0);
-    // A failed reading keeps the load, and the next one spans the gap.
-    statistics.ticks = std::nullopt;
-    m_clock.advance(2s);
-    QCOMPARE(service.cpuUsage(), 25.0);
-    statistics.ticks = {{{100, 125, 225, 0}}};
-    m_clock.advance(2s);
-    QCOMPARE(service.cpuUsage(), 50.0);
-    // No core at all: the last load that could be computed.
-    statistics.ticks->clear();
-    m_clock.advance(2s);
-    QCOMPARE(service.cpuUsage(), 50.0);
-    // Counters that stand still count as one idle tick.
-    statistics.ticks = {{{100, 125, 225, 0}}};
-    m_clock.advance(2s);
-    QCOMPARE(service.cpuUsage(), 0.0);
+    const auto &service = start([this] { statistics().ticks = {{{top, 100, 100, 0}}}; });
+    const auto next = [this, &service](const std::optional<std::vector<CoreTicks>> &ticks) {
+        statistics().ticks = ticks;
+        nextSample();
+        return service.cpuUsage();
+    };
+    QCOMPARE(next({{{50, 125, 175, 0}}}), 25.0);  // the field that wrapped counts 0 this time
+    QCOMPARE(next(std::nullopt), 25.0);           // a failed reading keeps the load,
+    QCOMPARE(next({{{100, 125, 225, 0}}}), 50.0); // and the next one spans the gap
+    QCOMPARE(next(std::vector<CoreTicks>()), 50.0);
+    QCOMPARE(next({{{100, 125, 225, 0}}}), 0.0); // standing still is one idle tick
 }
 
 void SystemMonitorServiceTest::memoryCountsActiveAndWired()
 {
-    FakeStatistics statistics;
-    statistics.pages = MemoryPages{262'144, 131'072, 4096};
-    statistics.memory = 8 * gibibyte;
-    FakeSound sound;
-    const SystemMonitorService service(m_clock, statistics, sound);
-    QCOMPARE(service.memUsedGB(), 1.5);
-    QCOMPARE(service.memTotalGB(), 8.0);
-    statistics.pages = std::nullopt;
-    statistics.memory = 0;
-    m_clock.advance(2s);
-    QCOMPARE(service.memUsedGB(), 1.5);
-    QCOMPARE(service.memTotalGB(), 8.0);
+    const auto &service = start([this] {
+        statistics().pages = MemoryPages{262'144, 131'072, 4096};
+        statistics().memory = 8 * gibibyte;
+    });
+    for (int sample = 0; sample < 2; ++sample) {
+        QCOMPARE(service.memUsedGB(), 1.5);
+        QCOMPARE(service.memTotalGB(), 8.0);
+        statistics().pages = std::nullopt; // a failed reading keeps both
+        statistics().memory = 0;
+        nextSample();
+    }
 }
 
 void SystemMonitorServiceTest::volumeFollowsTheServer()
 {
-    FakeStatistics statistics;
-    FakeSound sound;
-    sound.reported = 0;
-    const SystemMonitorService service(m_clock, statistics, sound);
+    const auto &service = start();
+    QCOMPARE(service.volume(), 0.5F);
+    m_machine->sound.reported = 0;
+    nextSample();
     QCOMPARE(service.volume(), 0.0F);
-    sound.reported = 37;
-    m_clock.advance(2s);
-    QCOMPARE(service.volume(), 0.37F);
-    sound.reported = std::nullopt;
-    m_clock.advance(2s);
+    m_machine->sound.reported = 37;
+    nextSample();
+    m_machine->sound.reported = std::nullopt;
+    nextSample();
     QCOMPARE(service.volume(), 0.37F);
 }
 
@@ -161,175 +129,111 @@ void SystemMonitorServiceTest::adjustVolume_data()
 {
     QTest::addColumn<int>("before");
     QTest::addColumn<float>("delta");
-    QTest::addColumn<int>("written");
+    QTest::addColumn<std::vector<int>>("written");
     QTest::addColumn<float>("after");
-
-    QTest::newRow("up to the top") << 95 << 0.1F << 100 << 1.0F;
-    QTest::newRow("down to the bottom") << 5 << -0.1F << 0 << 0.0F;
-    QTest::newRow("truncates") << 50 << 0.2575F << 75 << 0.7575F;
-    QTest::newRow("without bounds") << 50 << std::numeric_limits<float>::infinity() << 100 << 1.0F;
+    using Limits = std::numeric_limits<float>;
+    QTest::newRow("up to the top") << 95 << 0.1F << std::vector{100} << 1.0F;
+    QTest::newRow("down to the bottom") << 5 << -0.1F << std::vector{0} << 0.0F;
+    QTest::newRow("truncates") << 50 << 0.2575F << std::vector{75} << 0.7575F;
+    QTest::newRow("without bounds") << 50 << Limits::infinity() << std::vector{100} << 1.0F;
+    QTest::newRow("no number") << 50 << Limits::quiet_NaN() << std::vector<int>() << 0.5F;
 }
 
 void SystemMonitorServiceTest::adjustVolume()
 {
     QFETCH(int, before);
     QFETCH(float, delta);
-    QFETCH(int, written);
-    QFETCH(float, after);
-
-    FakeStatistics statistics;
-    FakeSound sound;
-    sound.reported = before;
-    SystemMonitorService service(m_clock, statistics, sound);
+    auto &service = start([&] { m_machine->sound.reported = before; });
     service.adjustVolume(delta);
-    QCOMPARE(sound.written, std::vector<int>{written});
-    QCOMPARE(service.volume(), after);
+    QTEST(m_machine->sound.written, "written");
+    QTEST(service.volume(), "after");
     // The server has the last word.
-    m_clock.advance(2s);
+    nextSample();
     QCOMPARE(service.volume(), static_cast<float>(before) / 100.0F);
-}
-
-void SystemMonitorServiceTest::adjustVolumeIgnoresNonsense()
-{
-    FakeStatistics statistics;
-    FakeSound sound;
-    SystemMonitorService service(m_clock, statistics, sound);
-    service.adjustVolume(std::numeric_limits<float>::quiet_NaN());
-    QVERIFY(sound.written.empty());
-    QCOMPARE(service.volume(), 0.5F);
 }
 
 void SystemMonitorServiceTest::networkRates()
 {
-    FakeStatistics statistics;
-    FakeSound sound;
-    const SystemMonitorService service(m_clock, statistics, sound);
-    statistics.network = {{
-        en0(2048, 4096),
+    const auto &service = start([this] { statistics().network = {{en0(1000, 2000)}}; });
+    QCOMPARE(service.netUpKBs(), 0.0);
+    statistics().network = {{
+        en0(1000 + 2048, 2000 + 4096),
         {QStringLiteral("lo0"), 1'000'000, 1'000'000},
         {QStringLiteral("en1"), 2048, 0},
         {QStringLiteral("utun0"), 1'000'000, 1'000'000},
     }};
-    m_clock.advance(2s);
+    m_machine->clock.setNow(m_machine->clock.now().addDays(-30)); // does not touch the rates
+    nextSample();
     QCOMPARE(service.netUpKBs(), 2.0);
     QCOMPARE(service.netDownKBs(), 2.0);
-    m_clock.advance(2s);
+    nextSample();
     QCOMPARE(service.netUpKBs(), 0.0);
 }
 
 void SystemMonitorServiceTest::networkRatesNeverGoNegative()
 {
-    FakeStatistics statistics;
-    statistics.network = {{en0(1'000'000, 1'000'000)}};
-    FakeSound sound;
-    const SystemMonitorService service(m_clock, statistics, sound);
-    statistics.network = {{en0(1'002'048, 10)}};
-    m_clock.advance(2s);
+    const auto &service = start([this] { statistics().network = {{en0(1'000'000, 1'000'000)}}; });
+    statistics().network = {{en0(1'002'048, 10)}};
+    nextSample();
     QCOMPARE(service.netUpKBs(), 1.0);
     QCOMPARE(service.netDownKBs(), 0.0);
     // A list that cannot be read counts as no bytes at all, and so becomes the new baseline.
-    statistics.network = std::nullopt;
-    m_clock.advance(2s);
+    statistics().network = std::nullopt;
+    nextSample();
     QCOMPARE(service.netUpKBs(), 0.0);
-    statistics.network = {{en0(4096, 0)}};
-    m_clock.advance(2s);
+    statistics().network = {{en0(4096, 0)}};
+    nextSample();
     QCOMPARE(service.netUpKBs(), 2.0);
 }
-
-/// A clock whose monotonic time can be held still while its timers fire.
-struct StuckClock final : Clock {
-    std::chrono::nanoseconds time{0};
-    Task task;
-
-    QDateTime now() const override { return {}; }
-    std::chrono::nanoseconds uptime() const override { return time; }
-    std::chrono::nanoseconds bootTime() const override { return time; }
-    TimerHandle every(std::chrono::milliseconds, Task repeated) override
-    {
-        task = std::move(repeated);
-        return std::make_unique<Timer>();
-    }
-    TimerHandle after(std::chrono::milliseconds, Task) override { return {}; }
-    TimerHandle everyFrame(Task) override { return {}; }
-};
 
 void SystemMonitorServiceTest::noTimeBetweenTwoSamplesKeepsTheRates()
 {
-    FakeStatistics statistics;
+    FakeStatistics fake;
     FakeSound sound;
-    StuckClock clock;
-    const SystemMonitorService service(clock, statistics, sound);
-    statistics.network = {{en0(1024, 0)}};
-    clock.time = 1s;
-    clock.task();
-    QCOMPARE(service.netUpKBs(), 1.0);
-    statistics.network = {{en0(9216, 0)}};
-    clock.task();
-    QCOMPARE(service.netUpKBs(), 1.0);
-    // The sample without time has moved the baseline nevertheless.
-    statistics.network = {{en0(11264, 0)}};
-    clock.time = 2s;
-    clock.task();
-    QCOMPARE(service.netUpKBs(), 2.0);
-}
-
-void SystemMonitorServiceTest::wallClockJumpsDoNotTouchTheRates()
-{
-    FakeStatistics statistics;
-    FakeSound sound;
-    const SystemMonitorService service(m_clock, statistics, sound);
-    statistics.network = {{en0(2048, 0)}};
-    m_clock.setNow(m_clock.now().addDays(-30));
-    m_clock.advance(2s);
-    QCOMPARE(service.netUpKBs(), 1.0);
+    HandClock clock;
+    const SystemMonitorService service(clock, fake, sound);
+    const auto rateAt = [&](std::chrono::nanoseconds time, std::uint64_t sent) {
+        fake.network = {{en0(sent, 0)}};
+        clock.fireAt(time);
+        return service.netUpKBs();
+    };
+    QCOMPARE(rateAt(1s, 1024), 1.0);
+    QCOMPARE(rateAt(1s, 9216), 1.0);
+    QCOMPARE(rateAt(2s, 11264), 2.0); // yet the baseline has moved
 }
 
 void SystemMonitorServiceTest::diskFailureShowsZero()
 {
-    FakeStatistics statistics;
-    statistics.disk = {30.0 * gibibyte, 100.0 * gibibyte};
-    FakeSound sound;
-    const SystemMonitorService service(m_clock, statistics, sound);
+    const auto &service = start([this] {
+        statistics().disk = {30.0 * gibibyte, 100.0 * gibibyte};
+    });
     QCOMPARE(service.diskTotalGB(), 100.0);
     QCOMPARE(service.diskUsedGB(), 70.0);
-    statistics.disk.freeBytes = std::nullopt;
-    m_clock.advance(2s);
+    statistics().disk.freeBytes = std::nullopt;
+    nextSample();
     QCOMPARE(service.diskUsedGB(), 100.0);
-    statistics.disk = {};
-    m_clock.advance(2s);
+    statistics().disk = {};
+    nextSample();
     QCOMPARE(service.diskTotalGB(), 0.0);
     QCOMPARE(service.diskUsedGB(), 0.0);
 }
 
-void SystemMonitorServiceTest::signalsOnlyOnChange()
+void SystemMonitorServiceTest::tellsOfChangesOnly()
 {
-    FakeStatistics statistics;
-    statistics.pages = MemoryPages{1, 1, 4096};
-    statistics.disk = {1.0, 2.0};
-    FakeSound sound;
-    sound.reported = 20;
-    SystemMonitorService service(m_clock, statistics, sound);
-    QSignalSpy memory(&service, &SystemMonitorService::memUsedGBChanged);
-    QSignalSpy disk(&service, &SystemMonitorService::diskUsedGBChanged);
-    QSignalSpy volume(&service, &SystemMonitorService::volumeChanged);
-    QSignalSpy load(&service, &SystemMonitorService::cpuUsageChanged);
-    m_clock.advance(1h);
-    QCOMPARE(memory.size() + disk.size() + volume.size() + load.size(), 0);
-    sound.reported = 21;
-    m_clock.advance(1h);
-    QCOMPARE(volume.size(), 1);
-    QCOMPARE(memory.size() + disk.size() + load.size(), 0);
-}
-
-void SystemMonitorServiceTest::destroyedServiceStopsSampling()
-{
-    FakeStatistics statistics;
-    FakeSound sound;
-    {
-        const SystemMonitorService service(m_clock, statistics, sound);
-        QCOMPARE(m_clock.runningTimers(), 1);
-    }
-    QCOMPARE(m_clock.runningTimers(), 0);
+    auto &service = start([this] {
+        statistics().pages = MemoryPages{1, 1, 4096};
+        m_machine->sound.reported = 20;
+    });
+    const QSignalSpy changes(&service, &SystemMonitorService::changed);
+    m_machine->clock.advance(1h);
+    QCOMPARE(changes.size(), 0);
+    m_machine->sound.reported = 21;
+    m_machine->clock.advance(1h);
+    QCOMPARE(changes.size(), 1);
+    service.adjustVolume(0.5F);
+    QCOMPARE(changes.size(), 2);
+    m_service.reset();
+    QCOMPARE(m_machine->clock.runningTimers(), 0);
 }
 
 QTEST_GUILESS_MAIN(SystemMonitorServiceTest)

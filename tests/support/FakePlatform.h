@@ -6,8 +6,7 @@
 #include "support/FakeMediaRemote.h"
 #include "support/FakeNotifications.h"
 #include "support/FakeScreens.h"
-#include "support/FakeSound.h"
-#include "support/FakeStatistics.h"
+#include "support/FakeSystem.h"
 #include "support/MemoryStore.h"
 #include "support/VirtualClock.h"
 

@@ -6,10 +6,8 @@
 #include <QSignalSpy>
 #include <QTest>
 
-#include <cmath>
-#include <limits>
-
 using namespace velmora;
+using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
 namespace
@@ -23,6 +21,7 @@ struct Rig {
 
     Rig()
     {
+        platform.media.questions = 0; // of the service
         model.setProperty("service", QVariant::fromValue(&service));
         model.setProperty("clock", QVariant::fromValue<Clock *>(&clock));
         model.setProperty("barPixels", 150);
@@ -32,7 +31,7 @@ struct Rig {
     /// A track that only differs from others in what `change` makes of it.
     void play(const std::function<void(MediaTrack &)> &change = [](MediaTrack &) {})
     {
-        MediaTrack track = playingTrack(QStringLiteral("Song"), QStringLiteral("Them"));
+        MediaTrack track = playingTrack(u"Song"_s, u"Them"_s);
         change(track);
         platform.media.answer(track);
     }
@@ -47,7 +46,7 @@ struct Marquee {
         motion.setProperty("clock", QVariant::fromValue<Clock *>(&clock));
         motion.setProperty("textWidth", textWidth);
         motion.setProperty("frameWidth", frameWidth);
-        motion.setText(QStringLiteral("Song"));
+        motion.setText(u"Song"_s);
         motion.componentComplete();
     }
 };
@@ -59,76 +58,90 @@ class NowPlayingModelTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void timeText_data();
     void timeText();
     void asksWhileOnShow();
     void whatItShows();
+    void covers();
     void positionMovesWhileItCanBeSeen();
     void marqueeStandsStillIfItFits();
     void marqueeSlides();
     void marqueeBeginsAnew();
 };
 
-void NowPlayingModelTest::timeText_data()
-{
-    QTest::addColumn<double>("seconds");
-    QTest::addColumn<QString>("text");
-    QTest::newRow("zero") << 0.0 << "0:00";
-    QTest::newRow("cut") << 59.99 << "0:59";
-    QTest::newRow("minute") << 60.0 << "1:00";
-    QTest::newRow("over an hour") << 3700.0 << "61:40";
-    QTest::newRow("negative") << -1.0 << "0:00";
-    QTest::newRow("nan") << std::nan("") << "0:00";
-    QTest::newRow("infinite") << std::numeric_limits<double>::infinity() << "0:00";
-    QTest::newRow("absurd") << 1e300 << "150000000000000:00";
-}
-
 void NowPlayingModelTest::timeText()
 {
-    QFETCH(double, seconds);
-    QTEST(playbackTimeText(seconds), "text");
+    for (const double none : {0.0, -1.0, qQNaN(), qInf()}) {
+        QCOMPARE(playbackTimeText(none), u"0:00"_s);
+    }
+    QCOMPARE(playbackTimeText(59.99), u"0:59"_s);
+    QCOMPARE(playbackTimeText(3700), u"61:40"_s);
+    QCOMPARE(playbackTimeText(1e300), u"150000000000000:00"_s);
 }
 
 void NowPlayingModelTest::asksWhileOnShow()
 {
-    FakePlatform platform;
-    MediaRemoteService service(platform.clock, platform.media, platform.http, platform.store);
-    platform.clock.advance(10s); // the retry of the start is over
-    platform.media.questions = 0;
-    {
-        NowPlayingModel model;
-        model.setProperty("service", QVariant::fromValue(&service));
-        model.setProperty("clock", QVariant::fromValue<Clock *>(&platform.clock));
-        model.componentComplete();
-        QCOMPARE(platform.media.questions, 1);
-        platform.clock.advance(3s);
-        QCOMPARE(platform.media.questions, 7); // with the service's own
-    }
-    platform.clock.advance(3s);
-    QCOMPARE(platform.media.questions, 10);
+    Rig rig;
+    auto &questions = rig.platform.media.questions;
+    QCOMPARE(questions, 1);
+    rig.clock.advance(10s); // the retry of the start is over
+    questions = 0;
+    rig.clock.advance(3s);
+    QCOMPARE(questions, 6); // with the service's own
 }
 
 void NowPlayingModelTest::whatItShows()
 {
     Rig rig;
-    QCOMPARE(rig.model.title(), QStringLiteral("Nothing Playing"));
+    QCOMPARE(rig.model.title(), u"Nothing Playing"_s);
     QVERIFY(!rig.model.hasTrack() && !rig.model.hasDuration());
 
     QSignalSpy tracks(&rig.model, &NowPlayingModel::trackChanged);
-    QSignalSpy covers(&rig.model, &NowPlayingModel::artworkChanged);
     rig.play();
-    QCOMPARE(rig.model.title(), QStringLiteral("Song"));
-    QCOMPARE(rig.model.durationText(), QStringLiteral("1:40"));
+    QCOMPARE(rig.model.title(), u"Song"_s);
+    QCOMPARE(rig.model.durationText(), u"1:40"_s);
+    rig.play([&](MediaTrack &track) { track.isPlaying = false; });
+    // A pause and the repetitions of the poll are the same track.
+    QCOMPARE(tracks.size(), 1);
+    QVERIFY(!rig.model.isPlaying());
+    rig.play([&](MediaTrack &track) { track.artist = u"Others"_s; });
+    QCOMPARE(tracks.size(), 2);
+}
+
+void NowPlayingModelTest::covers()
+{
+    Rig rig;
+    const auto play = [&rig](const QString &title, const QImage &cover) {
+        rig.play([&](MediaTrack &track) {
+            track.title = title;
+            track.isArtworkPending = true;
+            track.artwork = cover;
+        });
+        return rig.model.coverKey();
+    };
     QImage cover(2, 2, QImage::Format_RGB32);
     cover.fill(Qt::red);
-    rig.play([&](MediaTrack &track) { track.artwork = cover; });
-    rig.play([&](MediaTrack &track) { track.isPlaying = false; });
-    // A cover, a pause and the repetitions of the poll are the same track.
-    QCOMPARE(tracks.size(), 1);
-    QCOMPARE(covers.size(), 1);
-    QVERIFY(!rig.model.isPlaying());
-    rig.play([&](MediaTrack &track) { track.artist = QStringLiteral("Others"); });
-    QCOMPARE(tracks.size(), 2);
+    const int red = play(u"One"_s, cover);
+    QCOMPARE(play(u"One"_s, cover.copy()), red);
+    QCOMPARE(play(u"Two"_s, cover.copy()), red);
+    // One that comes a moment after its track is waited for,
+    QCOMPARE(play(u"Three"_s, {}), red);
+    rig.clock.advance(200ms);
+    QCOMPARE(play(u"Three"_s, cover), red);
+    rig.clock.advance(200ms);
+    QCOMPARE(rig.model.coverKey(), red);
+    // but not for ever, however often there is news meanwhile.
+    for (int i = 0; i < 4; ++i) {
+        play(u"Four"_s, {});
+        rig.clock.advance(100ms);
+    }
+    QVERIFY(!rig.model.hasArtwork());
+    const int none = rig.model.coverKey();
+    QVERIFY(none != red);
+    QCOMPARE(play(u"Five"_s, {}), none);
+    cover.fill(Qt::blue);
+    QVERIFY(play(u"Five"_s, cover) != none);
+    Q_EMIT rig.platform.media.spotifyChanged(PlayerNotice());
+    QVERIFY(!rig.model.hasArtwork()); // the end of all tracks is no new one
 }
 
 void NowPlayingModelTest::positionMovesWhileItCanBeSeen()
@@ -138,7 +151,7 @@ void NowPlayingModelTest::positionMovesWhileItCanBeSeen()
     QCOMPARE(rig.model.progress(), 0.1);
     QSignalSpy moves(&rig.model, &NowPlayingModel::progressChanged);
     rig.clock.advance(10200ms);
-    QCOMPARE(rig.model.positionText(), QStringLiteral("0:20"));
+    QCOMPARE(rig.model.positionText(), u"0:20"_s);
     // A quarter of a pixel each: 100 s / 150 px / 4 = 167 ms.
     QVERIFY(moves.size() >= 55 && moves.size() <= 70);
 
@@ -151,25 +164,19 @@ void NowPlayingModelTest::positionMovesWhileItCanBeSeen()
     QVERIFY(moves.size() >= 55 && moves.size() <= 63); // each frame
     rig.clock.advance(5s);
     QCOMPARE(rig.model.progress(), 1.0);
-    QCOMPARE(rig.model.positionText(), QStringLiteral("0:02"));
+    QCOMPARE(rig.model.positionText(), u"0:02"_s);
 
-    // At its end, paused, of unknown length: nothing moves.
-    const auto standsStill = [&rig] {
-        QSignalSpy spy(&rig.model, &NowPlayingModel::progressChanged);
-        const int timers = rig.clock.runningTimers();
-        rig.clock.advance(5s);
-        return spy.isEmpty() && timers == 2; // of the two polls
-    };
-    QVERIFY(standsStill());
+    // At its end, paused, of unknown length: nothing moves, and only the two polls go on.
+    QCOMPARE(rig.clock.runningTimers(), 2);
     rig.play([&](MediaTrack &track) { track.isPlaying = false; });
     QCOMPARE(rig.model.progress(), 0.1);
-    QVERIFY(standsStill());
+    QCOMPARE(rig.clock.runningTimers(), 2);
     rig.play([&](MediaTrack &track) { track.duration = 0.0; });
     QCOMPARE(rig.model.progress(), 0.0);
-    QVERIFY(standsStill());
+    QCOMPARE(rig.clock.runningTimers(), 2);
     rig.play([&](MediaTrack &track) { track.elapsed = 500.0; });
     QCOMPARE(rig.model.progress(), 1.0);
-    QCOMPARE(rig.model.positionText(), QStringLiteral("1:40"));
+    QCOMPARE(rig.model.positionText(), u"1:40"_s);
     rig.play([&](MediaTrack &track) { track.elapsed = -3.0; });
     QCOMPARE(rig.model.progress(), 0.0);
 }
@@ -187,20 +194,17 @@ void NowPlayingModelTest::marqueeStandsStillIfItFits()
 void NowPlayingModelTest::marqueeSlides()
 {
     Marquee marquee(156, 100); // 56 + 16 points, 2 seconds
-    const auto offset = [&] { return marquee.motion.offset(); };
-    marquee.clock.advance(1300ms);
-    QCOMPARE(offset(), 0.0);
+    const auto after = [&marquee](std::chrono::milliseconds time) {
+        marquee.clock.advance(time);
+        return marquee.motion.offset();
+    };
+    QCOMPARE(after(1300ms), 0.0);
     for (int round = 0; round < 3; ++round) {
-        marquee.clock.advance(1s);
-        QVERIFY(qAbs(offset() + 36) < 1);
-        marquee.clock.advance(1050ms);
-        QCOMPARE(offset(), -72.0);
-        marquee.clock.advance(740ms);
-        QCOMPARE(offset(), -72.0);
-        marquee.clock.advance(30ms); // with the frame in which it arrived
-        QCOMPARE(offset(), 0.0);
-        marquee.clock.advance(780ms);
-        QVERIFY(offset() > -2.0);
+        QVERIFY(qAbs(after(1s) + 36) < 1);
+        QCOMPARE(after(1050ms), -72.0);
+        QCOMPARE(after(740ms), -72.0);
+        QCOMPARE(after(30ms), 0.0); // with the frame in which it arrived
+        QVERIFY(after(780ms) > -2.0);
     }
 }
 
@@ -209,15 +213,12 @@ void NowPlayingModelTest::marqueeBeginsAnew()
     Marquee marquee(156, 100);
     marquee.clock.advance(2s);
     QVERIFY(marquee.motion.offset() < 0);
-    marquee.motion.setText(QStringLiteral("Other"));
-    QCOMPARE(marquee.motion.offset(), 0.0);
-    marquee.motion.setProperty("textWidth", 90);
-    marquee.clock.advance(10s);
+    marquee.motion.setText(u"Other"_s);
     QCOMPARE(marquee.motion.offset(), 0.0);
     // A place that still grows when the text comes.
     marquee.motion.setProperty("frameWidth", 20);
     marquee.clock.advance(1s);
-    marquee.motion.setProperty("frameWidth", 100);
+    marquee.motion.setProperty("frameWidth", 200);
     marquee.clock.advance(10s);
     QCOMPARE(marquee.motion.offset(), 0.0);
     QVERIFY(!marquee.motion.isRightToLeft());

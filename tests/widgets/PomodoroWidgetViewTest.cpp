@@ -1,149 +1,89 @@
-#include "services/PomodoroService.h"
-#include "support/FakeNotifications.h"
-#include "support/MemoryStore.h"
-#include "support/QmlItems.h"
-#include "support/QmlWarnings.h"
-#include "support/VirtualClock.h"
+#include "widgets/ShownWidget.h"
 
-#include <QAccessible>
-#include <QQmlEngine>
-#include <QQuickItem>
-#include <QQuickView>
-#include <QTest>
-#include <QtQml/qqmlextensionplugin.h>
+#include <QRegion>
 
+#include <cmath>
 #include <limits>
+#include <numbers>
 #include <optional>
 
-Q_IMPORT_QML_PLUGIN(Velmora_ServicesPlugin)
-Q_IMPORT_QML_PLUGIN(Velmora_StylePlugin)
-Q_IMPORT_QML_PLUGIN(Velmora_WidgetsPlugin)
-
 using namespace velmora;
+using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
+
+namespace
+{
+
+// A point is no whole number of pixels then: nothing is to look ragged.
+constexpr double scale = 1.25;
+const bool isScaled = qputenv("QT_SCALE_FACTOR", "1.25");
+
+} // namespace
 
 class PomodoroWidgetViewTest : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
+    void init() { m_shown.emplace("pomodoro", 154); }
+    void cleanup()
+    {
+        m_shown->end();
+        m_shown.reset();
+    }
 
     void showsTheState();
     void dotsCountSessions();
     void dotsAreNoMoreThanFit();
+    void dotsAreRound();
     void digitsStandStill();
     void buttonsDriveTheService();
 
 private:
-    [[nodiscard]] QList<QQuickItem *> items(const QByteArray &type) const;
-    [[nodiscard]] QStringList texts() const;
-    [[nodiscard]] QString dots() const;
-    [[nodiscard]] double filled() const;
-    void press(const QString &description);
+    [[nodiscard]] PomodoroService &service() { return *m_shown->services.pomodoroService(); }
+    [[nodiscard]] QString shown() const;
+    [[nodiscard]] QList<QQuickItem *> dotItems() const;
+    [[nodiscard]] QString dots();
 
-    std::optional<QmlWarnings> m_warnings;
-    VirtualClock m_clock;
-    MemoryStore m_store;
-    FakeNotifications m_notifications;
-    std::unique_ptr<PomodoroService> m_service;
-    std::unique_ptr<QQuickView> m_view;
+    std::optional<ShownWidget> m_shown;
 };
 
-void PomodoroWidgetViewTest::init()
+/// Time, phase, and the part of the bar in colour.
+QString PomodoroWidgetViewTest::shown() const
 {
-    m_warnings.emplace();
-    m_service = std::make_unique<PomodoroService>(m_clock, m_store, m_notifications);
-    m_view = std::make_unique<QQuickView>();
-    m_view->engine()->addImportPath(QStringLiteral("qrc:/qt/qml"));
-    m_view->setResizeMode(QQuickView::SizeRootObjectToView);
-    m_view->resize(154, 90);
-    m_view->setInitialProperties(
-        {{QStringLiteral("service"), QVariant::fromValue(m_service.get())}});
-    m_view->setSource(QUrl(QStringLiteral("qrc:/qt/qml/Velmora/Widgets/PomodoroWidgetView.qml")));
-    m_view->show();
-    QVERIFY(QTest::qWaitForWindowExposed(m_view.get()));
+    const QString phase = m_shown->items("WidgetHeader").constFirst()->property("note").toString();
+    const double value = m_shown->items("MiniBar").constFirst()->property("value").toDouble();
+    return u"%1 %2 %3"_s.arg(m_shown->texts("TabularText").constFirst(), phase).arg(value);
 }
 
-void PomodoroWidgetViewTest::cleanup()
+QList<QQuickItem *> PomodoroWidgetViewTest::dotItems() const
 {
-    m_view.reset();
-    m_service.reset();
-    m_store.values.clear();
-    const QStringList warnings = m_warnings->list();
-    m_warnings.reset();
-    QCOMPARE(warnings, QStringList());
-}
-
-QList<QQuickItem *> PomodoroWidgetViewTest::items(const QByteArray &type) const
-{
-    return qmlItems(*m_view->contentItem(), type);
-}
-
-/// The time, its characters joined, and then all other texts.
-QStringList PomodoroWidgetViewTest::texts() const
-{
-    QStringList texts;
-    for (const QQuickItem *line : items("TabularText")) {
-        texts << line->property("text").toString();
-    }
-    for (const QQuickItem *text : items("NotchText")) {
-        if (text->property("text").toString().size() > 1) {
-            texts << text->property("text").toString();
-        }
-    }
-    return texts;
+    auto items = m_shown->items("velmora::RoundedRectangle");
+    items.removeIf([](const QQuickItem *item) { return item->width() != 5; });
+    return items;
 }
 
 /// One character a dot, from the left: O for one in the colour of the phase.
-QString PomodoroWidgetViewTest::dots() const
+QString PomodoroWidgetViewTest::dots()
 {
     QString dots;
-    for (const QQuickItem *each : items("QQuickRectangle")) {
-        if (each->width() == 5 && each->height() == 5) {
-            const bool isLit = each->property("color").value<QColor>() == m_service->phaseColor();
-            dots += QLatin1Char(isLit ? 'O' : '.');
-        }
+    for (const QQuickItem *each : dotItems()) {
+        const bool isLit = each->property("color").value<QColor>() == service().phaseColor();
+        dots += QLatin1Char(isLit ? 'O' : '.');
     }
     return dots;
 }
 
-/// The part of the bar in colour.
-double PomodoroWidgetViewTest::filled() const
-{
-    const QQuickItem *bar = items("MiniBar").constFirst();
-    return bar->childItems().constFirst()->width() / bar->width();
-}
-
-void PomodoroWidgetViewTest::press(const QString &description)
-{
-    for (const QQuickItem *button : items("SymbolButton")) {
-        if (button->property("description").toString() == description) {
-            const QPointF centre(button->width() / 2, button->height() / 2);
-            QTest::mouseClick(m_view.get(), Qt::LeftButton, {},
-                              button->mapToScene(centre).toPoint());
-            return;
-        }
-    }
-    QFAIL(qPrintable(description));
-}
-
 void PomodoroWidgetViewTest::showsTheState()
 {
-    QCOMPARE(texts(), (QStringList{QStringLiteral("25:00"), QStringLiteral("Pomodoro"),
-                                   QStringLiteral("WORK")}));
-    QCOMPARE(filled(), 0.0);
-    m_service->start();
-    m_clock.advance(375s);
-    QCOMPARE(texts().constFirst(), QStringLiteral("18:45"));
-    QCOMPARE(filled(), 0.25);
-    m_clock.advance(1125s);
-    QCOMPARE(filled(), 1.0);
-    m_clock.advance(1s);
-    QCOMPARE(texts(), (QStringList{QStringLiteral("05:00"), QStringLiteral("Pomodoro"),
-                                   QStringLiteral("BREAK")}));
-    QCOMPARE(filled(), 0.0);
+    QCOMPARE(shown(), u"25:00 WORK 0"_s);
+    service().start();
+    m_shown->clock.advance(375s);
+    QCOMPARE(shown(), u"18:45 WORK 0.25"_s);
+    m_shown->clock.advance(1125s);
+    QCOMPARE(shown(), u"00:00 WORK 1"_s);
+    m_shown->clock.advance(1s);
+    QCOMPARE(shown(), u"05:00 BREAK 0"_s);
 }
 
 void PomodoroWidgetViewTest::dotsCountSessions()
@@ -151,70 +91,88 @@ void PomodoroWidgetViewTest::dotsCountSessions()
     QStringList seen;
     for (int phase = 0; phase < 8; ++phase) {
         seen << dots();
-        m_service->skip();
+        service().skip();
     }
-    QCOMPARE(seen.join(QLatin1Char(' ')),
-             QStringLiteral(".... O... O... OO.. OO.. OOO. OOO. ...."));
+    QCOMPARE(seen.join(QLatin1Char(' ')), u".... O... O... OO.. OO.. OOO. OOO. ...."_s);
 }
 
 void PomodoroWidgetViewTest::dotsAreNoMoreThanFit()
 {
-    m_service->setSessionsBeforeLongBreak(0);
+    service().setSessionsBeforeLongBreak(0);
     QCOMPARE(dots(), QString());
-    m_service->setSessionsBeforeLongBreak(1);
-    QCOMPARE(dots(), QStringLiteral("."));
-    m_service->setSessionsBeforeLongBreak(std::numeric_limits<qint64>::max());
-    QCOMPARE(dots(), QStringLiteral("......")); // up to the buttons
-    m_view->resize(40, 90);
+    service().setSessionsBeforeLongBreak(1);
+    QCOMPARE(dots(), u"."_s);
+    service().setSessionsBeforeLongBreak(std::numeric_limits<qint64>::max());
+    QCOMPARE(dots(), u"......"_s); // up to the buttons
+    m_shown->view.resize(40, 90);
     QTRY_COMPARE(dots(), QString());
+}
+
+void PomodoroWidgetViewTest::dotsAreRound()
+{
+    const QImage picture = m_shown->view.grabWindow();
+    QCOMPARE(picture.width(), qCeil(154 * scale));
+    const auto coverage = [&picture](int x, int y) { return qGray(picture.pixel(x, y)) / 51.0; };
+    for (const QQuickItem *item : dotItems()) {
+        const QRectF place = ShownWidget::place(*item);
+        const QRect area = QRectF(place.topLeft() * scale, place.size() * scale)
+                               .toAlignedRect()
+                               .adjusted(-1, -1, 1, 1);
+        QRegion ink;
+        double sum = 0;
+        for (int y = area.top(); y <= area.bottom(); ++y) {
+            for (int x = area.left(); x <= area.right(); ++x) {
+                ink += coverage(x, y) > 0 ? QRect(x, y, 1, 1) : QRect();
+                sum += coverage(x, y);
+            }
+        }
+        QVERIFY2(qAbs(sum - std::numbers::pi * std::pow(2.5 * scale, 2)) < 4,
+                 qPrintable(QString::number(sum)));
+        const QRect dot = ink.boundingRect();
+        for (const QRect &row : ink) { // it looks the same from each side
+            for (int x = row.left(); x <= row.right(); ++x) {
+                const double here = coverage(x, row.y());
+                QVERIFY(qAbs(here - coverage(dot.left() + dot.right() - x, row.y())) < 0.2);
+                QVERIFY(qAbs(here - coverage(x, dot.top() + dot.bottom() - row.y())) < 0.2);
+            }
+        }
+    }
 }
 
 void PomodoroWidgetViewTest::digitsStandStill()
 {
     const auto places = [this] {
-        QList<double> places;
-        for (const QQuickItem *text : items("NotchText")) {
-            if (text->property("text").toString().size() == 1) {
-                places << text->mapToScene({0, 0}).x() << text->width();
+        QList<QRectF> places;
+        for (const QQuickItem *line : m_shown->items("TabularText")) {
+            for (const QQuickItem *text : qmlItems(*line, "NotchText")) {
+                places << QRectF(text->mapToScene({0, 0}), QSizeF(text->width(), 1));
             }
         }
         return places;
     };
-    m_service->setWorkMinutes(11);
-    m_service->start();
-    m_clock.advance(49s);
-    QCOMPARE(texts().constFirst(), QStringLiteral("10:11"));
-    const QList<double> before = places();
-    QCOMPARE(before.size(), 10);
-    m_clock.advance(3s);
-    QCOMPARE(texts().constFirst(), QStringLiteral("10:08"));
+    service().setWorkMinutes(11);
+    service().start();
+    m_shown->clock.advance(49s);
+    QVERIFY(shown().startsWith(u"10:11"_s));
+    const auto before = places();
+    QCOMPARE(before.size(), 5);
+    m_shown->clock.advance(3s);
+    QVERIFY(shown().startsWith(u"10:08"_s));
     QCOMPARE(places(), before);
 }
 
 void PomodoroWidgetViewTest::buttonsDriveTheService()
 {
-    press(QStringLiteral("Start"));
-    QCOMPARE(m_service->isRunning(), true);
-    m_clock.advance(5s);
-    press(QStringLiteral("Pause"));
-    QCOMPARE(m_service->isRunning(), false);
-    QCOMPARE(m_service->secondsRemaining(), 1495);
-    press(QStringLiteral("Skip"));
-    QCOMPARE(m_service->phase(), PomodoroPhase::shortBreak);
-    press(QStringLiteral("Start"));
-    press(QStringLiteral("Reset"));
-    QCOMPARE(m_service->phase(), PomodoroPhase::work);
-    QCOMPARE(m_service->isRunning(), false);
-    QCOMPARE(m_service->sessionsCompleted(), 0);
-
-    // Those who do not see the symbols are told what they do.
-    QAccessible::setActive(true);
-    for (QQuickItem *button : items("SymbolButton")) {
-        QAccessibleInterface *told = QAccessible::queryAccessibleInterface(button);
-        QVERIFY(told);
-        QCOMPARE(told->role(), QAccessible::Button);
-        QCOMPARE(told->text(QAccessible::Name), button->property("description").toString());
-    }
+    m_shown->checkHover(0.75F);
+    m_shown->press({u"Start"_s});
+    QCOMPARE(service().isRunning(), true);
+    m_shown->clock.advance(5s);
+    m_shown->press({u"Pause"_s, u"Skip"_s, u"Start"_s});
+    QCOMPARE(service().phase(), PomodoroPhase::shortBreak);
+    QCOMPARE(service().isRunning(), true);
+    m_shown->press({u"Reset"_s});
+    QCOMPARE(service().phase(), PomodoroPhase::work);
+    QCOMPARE(service().isRunning(), false);
 }
 
 QTEST_MAIN(PomodoroWidgetViewTest)

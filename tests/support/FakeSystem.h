@@ -1,6 +1,9 @@
 #pragma once
 
+#include "platform/SoundOutput.h"
 #include "platform/SystemStatistics.h"
+
+#include <vector>
 
 namespace velmora
 {
@@ -18,6 +21,15 @@ struct FakeStatistics final : SystemStatistics {
     std::uint64_t physicalMemory() override { return memory; }
     std::optional<std::vector<InterfaceBytes>> interfaces() override { return network; }
     FileSystemSize homeFileSystem() override { return disk; }
+};
+
+/// A sound server that says what a test wants, and remembers what it was told.
+struct FakeSound final : SoundOutput {
+    std::optional<int> reported;
+    std::vector<int> written;
+
+    std::optional<int> volumePercent() const override { return reported; }
+    void setVolumePercent(int percent) override { written.push_back(percent); }
 };
 
 } // namespace velmora
