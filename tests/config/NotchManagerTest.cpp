@@ -129,11 +129,12 @@ void NotchManagerTest::servicesAreMadeInOrder()
 {
     static QStringList asked;
     struct Media final : MediaRemote {
-        std::optional<Functions> load(QString &) override
+        std::optional<MediaTrack> track() override
         {
             asked << text("media");
             return std::nullopt;
         }
+        void send(PlaybackCommand) override {}
     };
     struct Sound final : SoundOutput {
         std::optional<int> volumePercent() const override
