@@ -8,6 +8,7 @@
 #include <QSignalSpy>
 #include <QTest>
 
+#include <functional>
 #include <limits>
 
 using namespace velmora;
@@ -68,20 +69,16 @@ private Q_SLOTS:
     void storedSettingsAreRead();
     void garbageFallsBack_data();
     void garbageFallsBack();
-    void strayIndexIsCorrectedInMemoryOnly_data();
     void strayIndexIsCorrectedInMemoryOnly();
     void brokenProfilesStayUntilTheNextSave_data();
     void brokenProfilesStayUntilTheNextSave();
 
     void everyAssignmentStoresAndRebuilds();
-    void zonesHaveTheirOwnKeys_data();
-    void zonesHaveTheirOwnKeys();
     void enabling();
     void overlaysOfAllScreens();
 
     void switchingRebuildsOnce();
-    void switchingOutOfRangeDoesNothing_data();
-    void switchingOutOfRangeDoesNothing();
+    void indexesOutOfRangeDoNothing();
     void adding();
     void removing_data();
     void removing();
@@ -235,26 +232,19 @@ void NotchManagerTest::garbageFallsBack()
     QVERIFY(m_platform->store.values.at(key) == value);
 }
 
-void NotchManagerTest::strayIndexIsCorrectedInMemoryOnly_data()
-{
-    QTest::addColumn<qint64>("stored");
-    for (const qint64 stored : {qint64{4}, qint64{7}, qint64{-1}, (qint64{1} << 32) + 1,
-                                std::numeric_limits<qint64>::min()}) {
-        QTest::addRow("%lld", stored) << stored;
-    }
-}
-
 void NotchManagerTest::strayIndexIsCorrectedInMemoryOnly()
 {
-    QFETCH(const qint64, stored);
     const QString activeKey = text("activeProfileIndex");
     storeProfiles();
-    m_platform->store.setInteger(activeKey, stored);
-    NotchManager &manager = launch();
-    QCOMPARE(manager.activeProfileIndex(), 0);
-    QCOMPARE(m_platform->store.integer(activeKey), stored);
-    manager.saveProfiles();
-    QCOMPARE(m_platform->store.integer(activeKey), 0);
+    for (const qint64 stored :
+         {qint64{4}, qint64{-1}, (qint64{1} << 32) + 1, std::numeric_limits<qint64>::min()}) {
+        m_platform->store.setInteger(activeKey, stored);
+        NotchManager &manager = launch();
+        QCOMPARE(manager.activeProfileIndex(), 0);
+        QCOMPARE(m_platform->store.integer(activeKey), stored);
+        manager.saveProfiles();
+        QCOMPARE(m_platform->store.integer(activeKey), 0);
+    }
 }
 
 void NotchManagerTest::brokenProfilesStayUntilTheNextSave_data()
@@ -290,64 +280,45 @@ void NotchManagerTest::brokenProfilesStayUntilTheNextSave()
 void NotchManagerTest::everyAssignmentStoresAndRebuilds()
 {
     NotchManager &manager = launch();
-    const std::vector<std::pair<const char *, void (NotchManager::*)(double)>> setters{
-        {"notchWidth", &NotchManager::setNotchWidth},
-        {"notchHeight", &NotchManager::setNotchHeight},
-        {"cornerRadius", &NotchManager::setCornerRadius},
-        {"expandedTopPadding", &NotchManager::setExpandedTopPadding}};
+    MemoryStore &store = m_platform->store;
     const QSignalSpy changes(&manager, &NotchManager::settingsChanged);
-    double value = 0;
-    for (const auto &[name, set] : setters) {
-        // Twice the same: an assignment counts, not a difference. Nothing is limited.
+    NotchSettings expected = manager.settings();
+    // Each twice the same: an assignment counts, not a difference. Nothing is limited.
+    const auto assign = [&](const QString &key, const MemoryStore::Value &value,
+                            const std::function<void()> &set) {
         for (int i = 0; i < 2; ++i) {
-            (manager.*set)(value);
-            QCOMPARE(m_platform->store.values.at(text(name)), MemoryStore::Value(value));
-            QCOMPARE(manager.property(name).toDouble(), value);
+            set();
+            QCOMPARE(std::exchange(store.written, {}), QStringList(key));
+            QVERIFY(store.values.at(key) == value);
             QCOMPARE(m_overlays.takeEvents(), list("close A,free A,make A,show A"));
+            QVERIFY(m_overlays.built.back() == expected);
         }
+    };
+    double value = 0;
+    const std::vector<std::pair<const char *, double NotchSettings::*>> sizes{
+        {"notchWidth", &NotchSettings::notchWidth},
+        {"notchHeight", &NotchSettings::notchHeight},
+        {"cornerRadius", &NotchSettings::cornerRadius},
+        {"expandedTopPadding", &NotchSettings::expandedTopPadding}};
+    for (const auto &size : sizes) {
+        expected.*size.second = value;
+        assign(text(size.first), value, [&] { manager.setProperty(size.first, value); });
+        QCOMPARE(manager.property(size.first).toDouble(), value);
         value -= 7.25;
     }
-    QCOMPARE(changes.size(), 8);
-    const NotchSettings &snapshot = m_overlays.built.back();
-    QVERIFY(snapshot == manager.settings());
-    QCOMPARE(snapshot.notchWidth, 0.0);
-    QCOMPARE(snapshot.notchHeight, -7.25);
-    QCOMPARE(snapshot.cornerRadius, -14.5);
-    QCOMPARE(snapshot.expandedTopPadding, -21.75);
-}
-
-void NotchManagerTest::zonesHaveTheirOwnKeys_data()
-{
-    QTest::addColumn<Zone>("zone");
     for (const Zone zone : zones) {
-        QTest::newRow(zoneNames.at(static_cast<std::size_t>(zone))) << zone;
+        const auto index = static_cast<std::size_t>(zone);
+        for (const double weight : {0.0, -2.5}) {
+            expected.zoneWidths.at(index) = weight;
+            assign(key(zoneNames.at(index), "ZoneWidth"), weight,
+                   [&] { manager.setZoneWidth(zone, weight); });
+        }
+        expected.widgets.at(index) = quickToggle;
+        assign(key(zoneNames.at(index), "Widget"), text("quickToggle"),
+               [&] { manager.setWidget(zone, quickToggle); });
     }
-}
-
-void NotchManagerTest::zonesHaveTheirOwnKeys()
-{
-    QFETCH(const Zone, zone);
-    const char *const name = zoneNames.at(static_cast<std::size_t>(zone));
-    NotchManager &manager = launch();
-    NotchSettings expected = manager.settings();
-    const QStringList rebuilt = list("close A,free A,make A,show A");
-
-    for (const double weight : {0.0, 0.0, -2.5}) {
-        manager.setZoneWidth(zone, weight);
-        expected.zoneWidths.at(static_cast<std::size_t>(zone)) = weight;
-        QCOMPARE(m_platform->store.values.at(key(name, "ZoneWidth")), MemoryStore::Value(weight));
-        QCOMPARE(m_overlays.takeEvents(), rebuilt);
-        QVERIFY(m_overlays.built.back() == expected);
-    }
-    for (const NotchWidgetType type : {quickToggle, quickToggle}) {
-        manager.setWidget(zone, type);
-        expected.widgets.at(static_cast<std::size_t>(zone)) = type;
-        QCOMPARE(m_platform->store.string(key(name, "Widget")), std::optional(text("quickToggle")));
-        QCOMPARE(m_overlays.takeEvents(), rebuilt);
-        QVERIFY(m_overlays.built.back() == expected);
-    }
+    QCOMPARE(changes.size(), 2 * (4 + 3 * 5));
     QVERIFY(manager.settings() == expected);
-    QCOMPARE(m_platform->store.written.size(), 5);
     QVERIFY(manager.profiles() == NotchProfile::builtIn()); // the active one keeps what it had
 }
 
@@ -414,23 +385,16 @@ void NotchManagerTest::switchingRebuildsOnce()
     QCOMPARE(m_overlays.events.size(), 4);
 }
 
-void NotchManagerTest::switchingOutOfRangeDoesNothing_data()
+void NotchManagerTest::indexesOutOfRangeDoNothing()
 {
-    QTest::addColumn<int>("index");
-    for (const int index :
-         {-1, 4, std::numeric_limits<int>::max(), std::numeric_limits<int>::min()}) {
-        QTest::addRow("%d", index) << index;
-    }
-}
-
-void NotchManagerTest::switchingOutOfRangeDoesNothing()
-{
-    QFETCH(const int, index);
     NotchManager &manager = launch();
     const QSignalSpy changed(&manager, &NotchManager::profilesChanged);
-    manager.switchProfile(index);
-    manager.removeProfile(index);
-    manager.renameProfile(index, text("x"));
+    for (const int index :
+         {-1, 4, std::numeric_limits<int>::max(), std::numeric_limits<int>::min()}) {
+        manager.switchProfile(index);
+        manager.removeProfile(index);
+        manager.renameProfile(index, text("x"));
+    }
     QVERIFY(changed.isEmpty());
     QVERIFY(m_overlays.events.isEmpty());
     QVERIFY(m_platform->store.written.isEmpty());
