@@ -268,6 +268,7 @@ void OverlaySceneTest::stripStaysInTheNotch()
             scene.play(title, artist);
             scene.findItem<CollapsedLiveStrip>()->showNotice(title);
             for (int turn = 0; turn < 2; ++turn, scene.clock.advance(5s)) {
+                scene.window->grabWindow(); // rows take their places with the next frame
                 const auto texts = scene.items("NotchText");
                 QVERIFY(texts.size() >= 2);
                 for (const QQuickItem *text : texts + scene.items("Symbol")) {
