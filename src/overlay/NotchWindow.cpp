@@ -1,5 +1,7 @@
 #include "overlay/NotchWindow.h"
 
+#include "style/MotionWish.h"
+
 #include <QDragEnterEvent>
 #include <QDropEvent>
 
@@ -30,6 +32,11 @@ bool NotchWindow::event(QEvent *event)
     case QEvent::Drop:
         return dragEvent(*event);
     default:
+        if (event->type() == MotionWishEvent::kind()) {
+            m_motionWishes += static_cast<MotionWishEvent *>(event)->isMade ? 1 : -1;
+            Q_EMIT motionWishesChanged();
+            return true;
+        }
         if (!isForViews(*event)) {
             return true;
         }

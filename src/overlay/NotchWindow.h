@@ -23,6 +23,12 @@ public:
     /// large.
     void setMotionWanted(bool wanted) { m_motionWanted = wanted; }
 
+    /// Whether a view in it has a `MotionWish`.
+    [[nodiscard]] bool hasMotionWishes() const { return m_motionWishes > 0; }
+
+Q_SIGNALS:
+    void motionWishesChanged();
+
 protected:
     bool event(QEvent *event) override;
 
@@ -34,6 +40,7 @@ private:
     TrackingView &m_trackingView;
     bool m_dragAccepted = false;
     bool m_motionWanted = true;
+    int m_motionWishes = 0;
     bool m_isPressUsed = false; ///< the last one: its views do not hear of it
 };
 

@@ -61,6 +61,8 @@ void NotchWindowController::setupWindow(const OverlayContent &content)
 {
     m_window = std::make_unique<NotchWindow>(m_trackingView);
     m_surface = m_environment.shell.adopt(*m_window, *m_screen.lock(), m_geometry.window);
+    connect(m_window.get(), &NotchWindow::motionWishesChanged, this,
+            &NotchWindowController::updateMotion);
     updateShape();
     updateMotion();
     if (content) {
@@ -289,9 +291,10 @@ void NotchWindowController::updateMotion()
     if (!m_surface) {
         return;
     }
-    // Only the menu, and the strip as long as it has not opened, follow the pointer; to everything
-    // else entering, leaving and pressing is enough, and a pointer that merely moves costs nothing.
-    const bool wanted = !m_menuFrame.isEmpty() || (m_isPointerOver && !m_notchState.isExpanded());
+    // The menu, and the strip as long as it has not opened, follow the pointer; to most else
+    // entering, leaving and pressing is enough, and a pointer that merely moves costs nothing.
+    const bool wanted = !m_menuFrame.isEmpty() || m_window->hasMotionWishes() ||
+                        (m_isPointerOver && !m_notchState.isExpanded());
     m_surface->setMotionWanted(wanted);
     m_window->setMotionWanted(wanted);
 }

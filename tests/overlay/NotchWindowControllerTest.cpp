@@ -1,4 +1,5 @@
 #include "overlay/ControllerDesk.h"
+#include "style/MotionWish.h"
 
 #include <QSignalSpy>
 #include <QTest>
@@ -16,6 +17,7 @@ private Q_SLOTS:
     void openMenuKeepsThePanel();
     void pressElsewhereClosesMenus();
     void quietArea();
+    void viewsThatFollowThePointer();
     void interruptedAnimation();
     void probeWhileAnotherProgramHoldsThePointer();
     void screenGone();
@@ -149,6 +151,24 @@ void NotchWindowControllerTest::quietArea()
     QVERIFY(!desk.isExpanded());
     desk.controller->trackingView().mouseMoved(button.topLeft() - QPointF(1, -5));
     QVERIFY(desk.isExpanded() && !desk.shell.isMotionWanted);
+}
+
+void NotchWindowControllerTest::viewsThatFollowThePointer()
+{
+    ControllerDesk desk;
+    NotchWindow *window = nullptr;
+    NotchWindowController controller(desk.screen, NotchSettings(), desk.services,
+                                     desk.environment(), [&](auto &own, auto &) { window = &own; });
+    QVERIFY(!desk.shell.isMotionWanted);
+    std::optional<MotionWish> wish(std::in_place, window->contentItem());
+    MotionWish other(window->contentItem());
+    other.setVisible(false);
+    QVERIFY(desk.shell.isMotionWanted);
+    wish.reset();
+    QVERIFY(!desk.shell.isMotionWanted);
+    other.setVisible(true);
+    QVERIFY(desk.shell.isMotionWanted);
+    controller.close(); // with the view still there
 }
 
 void NotchWindowControllerTest::interruptedAnimation()

@@ -144,9 +144,9 @@ public:
     bool eventFilter(QObject *, QEvent *event) override
     {
         if (event->type() == QEvent::UpdateRequest && m_cut != m_shape) {
-            // Once the window has drawn.
+            // Once the window has drawn. By then the next shape may be wanted already.
             QMetaObject::invokeMethod(
-                this, [this] { cutTo(m_shape); }, Qt::QueuedConnection);
+                this, [this, drawn = m_shape] { cutTo(drawn + m_shape); }, Qt::QueuedConnection);
         }
         return false;
     }
