@@ -11,6 +11,12 @@ QEvent::Type MotionWishEvent::kind()
     return kind;
 }
 
+MotionWish::MotionWish(QQuickItem *parent)
+    : QQuickItem(parent)
+{
+    tell(isVisible() ? window() : nullptr); // the base came into the window by itself
+}
+
 MotionWish::~MotionWish()
 {
     tell(nullptr);

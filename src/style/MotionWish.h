@@ -33,7 +33,7 @@ class MotionWish : public QQuickItem
     QML_ELEMENT
 
 public:
-    using QQuickItem::QQuickItem;
+    explicit MotionWish(QQuickItem *parent = nullptr);
     ~MotionWish() override;
     Q_DISABLE_COPY_MOVE(MotionWish)
 
