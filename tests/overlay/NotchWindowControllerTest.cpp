@@ -161,14 +161,14 @@ void NotchWindowControllerTest::viewsThatFollowThePointer()
                                      desk.environment(), [&](auto &own, auto &) { window = &own; });
     QVERIFY(!desk.shell.isMotionWanted);
     std::optional<MotionWish> wish(std::in_place, window->contentItem());
-    MotionWish other(window->contentItem());
-    other.setVisible(false);
+    auto *const other = new MotionWish(window->contentItem());
+    other->setVisible(false);
     QVERIFY(desk.shell.isMotionWanted);
     wish.reset();
     QVERIFY(!desk.shell.isMotionWanted);
-    other.setVisible(true);
+    other->setVisible(true);
     QVERIFY(desk.shell.isMotionWanted);
-    controller.close(); // with the view still there
+    controller.close(); // the view goes with the window
 }
 
 void NotchWindowControllerTest::interruptedAnimation()
