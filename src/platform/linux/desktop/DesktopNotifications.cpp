@@ -1,9 +1,7 @@
 #include "platform/linux/desktop/DesktopNotifications.h"
 
-#include "platform/linux/BusCall.h"
+#include "platform/linux/dbus/BusCall.h"
 
-#include <QDBusPendingCall>
-#include <QDBusPendingCallWatcher>
 #include <QLoggingCategory>
 
 #include <algorithm>
@@ -64,7 +62,7 @@ QVariantMap hintsOf(const UserNotification &notification)
 
 DesktopNotifications::DesktopNotifications(BusConnection &bus, std::chrono::milliseconds limit)
     : m_bus(bus)
-    , m_limit(static_cast<int>(limit.count()))
+    , m_limit(limit)
 {
     m_ownerWatch.setWatchMode(QDBusServiceWatcher::WatchForOwnerChange);
     m_ownerWatch.addWatchedService(service());
@@ -149,10 +147,10 @@ void DesktopNotifications::send(Entry &entry)
          << bounded(notification.title) << (m_markup == Markup::Plain ? body : escaped(body))
          << noActions << hintsOf(notification) << lifetimeAsUsual;
     entry.isCalling = true;
-    onAnswer(m_bus.connection().asyncCall(call, m_limit), this,
-             [this, number = entry.number](const QDBusMessage &answer) {
-                 handleAnswer(number, answer);
-             });
+    callBus(
+        m_bus.connection(), call, this,
+        [this, number = entry.number](const QDBusMessage &answer) { handleAnswer(number, answer); },
+        m_limit);
 }
 
 void DesktopNotifications::handleAnswer(quint64 number, const QDBusMessage &answer)
@@ -185,12 +183,14 @@ void DesktopNotifications::askForMarkup()
         return;
     }
     m_markup = Markup::Asking;
-    onAnswer(m_bus.connection().asyncCall(daemonCall(QStringLiteral("GetCapabilities")), m_limit),
-             this, [this, round = m_round](const QDBusMessage &answer) {
-                 if (round == m_round) {
-                     handleCapabilities(answer);
-                 }
-             });
+    callBus(
+        m_bus.connection(), daemonCall(QStringLiteral("GetCapabilities")), this,
+        [this, round = m_round](const QDBusMessage &answer) {
+            if (round == m_round) {
+                handleCapabilities(answer);
+            }
+        },
+        m_limit);
 }
 
 void DesktopNotifications::handleCapabilities(const QDBusMessage &answer)

@@ -55,7 +55,7 @@ private:
     [[nodiscard]] QDBusMessage daemonCall(const QString &method) const;
 
     BusConnection &m_bus;
-    int m_limit; ///< milliseconds
+    std::chrono::milliseconds m_limit;
     QDBusServiceWatcher m_ownerWatch;
     QString m_owner; ///< unique name; empty as long as it is not known
     Markup m_markup = Markup::Unknown;

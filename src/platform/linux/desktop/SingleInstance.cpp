@@ -1,6 +1,6 @@
 #include "platform/linux/desktop/SingleInstance.h"
 
-#include "platform/linux/BusCall.h"
+#include "platform/linux/dbus/BusCall.h"
 
 #include <QDBusError>
 #include <QDBusMessage>
@@ -28,7 +28,7 @@ QString objectPath()
 
 SingleInstance::SingleInstance(BusConnection &bus, std::chrono::milliseconds limit)
     : m_bus(bus)
-    , m_limit(static_cast<int>(limit.count()))
+    , m_limit(limit)
 {
     m_bus.whenConnected(this, [this] { claim(); });
 }
@@ -41,7 +41,7 @@ SingleInstance::~SingleInstance()
 void SingleInstance::claim()
 {
     m_role = Role::Unknown;
-    m_deadline.setRemainingTime(m_limit);
+    m_deadline.setRemainingTime(m_limit.count());
     // The object stands before the name does, so that a call that follows the name at once finds
     // it.
     QDBusConnection(m_bus.connection())
@@ -74,21 +74,22 @@ void SingleInstance::requestName()
     constexpr uint primaryOwner = 1;
     constexpr uint exists = 3;
     constexpr uint alreadyOwner = 4;
-    QDBusMessage request = busCall(QStringLiteral("RequestName"));
-    request << serviceName() << doNotQueue;
-    onAnswer(m_bus.connection().asyncCall(request, m_limit), this,
-             [this](const QDBusMessage &answer) {
-                 const uint result = answer.arguments().value(0).toUInt();
-                 if (answer.type() != QDBusMessage::ReplyMessage) {
-                     qCWarning(lcInstance) << "The bus gives no name:" << answer.errorName();
-                     decide(Role::NoBus);
-                 } else if (result == exists) {
-                     activateOwner();
-                 } else {
-                     const bool ours = result == primaryOwner || result == alreadyOwner;
-                     decide(ours ? Role::First : Role::NoBus);
-                 }
-             });
+    const auto request = busMethod(QStringLiteral("RequestName"), {serviceName(), doNotQueue});
+    callBus(
+        m_bus.connection(), request, this,
+        [this](const QDBusMessage &answer) {
+            const uint result = answer.arguments().value(0).toUInt();
+            if (answer.type() != QDBusMessage::ReplyMessage) {
+                qCWarning(lcInstance) << "The bus gives no name:" << answer.errorName();
+                decide(Role::NoBus);
+            } else if (result == exists) {
+                activateOwner();
+            } else {
+                const bool ours = result == primaryOwner || result == alreadyOwner;
+                decide(ours ? Role::First : Role::NoBus);
+            }
+        },
+        m_limit);
 }
 
 void SingleInstance::activateOwner()
@@ -98,18 +99,23 @@ void SingleInstance::activateOwner()
         QStringLiteral("Activate"));
     call << QVariantMap();
     call.setAutoStartService(false);
-    onAnswer(m_bus.connection().asyncCall(call, m_limit), this, [this](const QDBusMessage &answer) {
-        const QDBusError::ErrorType error = QDBusError(answer).type();
-        // NoReply before the deadline means that the owner left with our call in its hands.
-        const bool ownerLeft = error == QDBusError::ServiceUnknown || error == QDBusError::NoReply;
-        if (ownerLeft && !m_deadline.hasExpired()) {
-            requestName(); // the name is free again
-            return;
-        }
-        if (answer.type() != QDBusMessage::ReplyMessage)
-            qCWarning(lcInstance) << "The running instance does not answer:" << answer.errorName();
-        decide(Role::Second);
-    });
+    callBus(
+        m_bus.connection(), call, this,
+        [this](const QDBusMessage &answer) {
+            const QDBusError::ErrorType error = QDBusError(answer).type();
+            // NoReply before the deadline means that the owner left with our call in its hands.
+            const bool ownerLeft =
+                error == QDBusError::ServiceUnknown || error == QDBusError::NoReply;
+            if (ownerLeft && !m_deadline.hasExpired()) {
+                requestName(); // the name is free again
+                return;
+            }
+            if (answer.type() != QDBusMessage::ReplyMessage)
+                qCWarning(lcInstance)
+                    << "The running instance does not answer:" << answer.errorName();
+            decide(Role::Second);
+        },
+        m_limit);
 }
 
 void SingleInstance::decide(Role role)
@@ -123,11 +129,8 @@ void SingleInstance::decide(Role role)
 void SingleInstance::withdraw()
 {
     QDBusConnection connection = m_bus.connection();
-    if (m_role == Role::First) {
-        QDBusMessage release = busCall(QStringLiteral("ReleaseName"));
-        release << serviceName();
-        connection.send(release);
-    }
+    if (m_role == Role::First)
+        connection.send(busMethod(QStringLiteral("ReleaseName"), {serviceName()}));
     connection.unregisterObject(objectPath());
 }
 

@@ -59,7 +59,7 @@ private:
     void withdraw();
 
     BusConnection &m_bus;
-    int m_limit; ///< milliseconds
+    std::chrono::milliseconds m_limit;
     QDeadlineTimer m_deadline;
     Role m_role = Role::NoBus;
 };

@@ -1,11 +1,9 @@
 #include "platform/linux/desktop/StatusNotifierRegistration.h"
 
-#include "platform/linux/BusCall.h"
+#include "platform/linux/dbus/BusCall.h"
 
 #include <QCoreApplication>
 #include <QDBusError>
-#include <QDBusPendingCall>
-#include <QDBusPendingCallWatcher>
 #include <QLoggingCategory>
 
 #include <chrono>
@@ -54,9 +52,7 @@ StatusNotifierRegistration::~StatusNotifierRegistration()
     if (!m_connection.isConnected())
         return;
     // Hosts drop an item when its name goes; the connection may live on without it.
-    QDBusMessage release = busCall(QStringLiteral("ReleaseName"));
-    release << m_serviceName;
-    m_connection.send(release);
+    m_connection.send(busMethod(QStringLiteral("ReleaseName"), {m_serviceName}));
 }
 
 void StatusNotifierRegistration::requestName()
@@ -64,9 +60,8 @@ void StatusNotifierRegistration::requestName()
     constexpr uint doNotQueue = 4;
     constexpr uint primaryOwner = 1;
     constexpr uint alreadyOwner = 4;
-    QDBusMessage request = busCall(QStringLiteral("RequestName"));
-    request << m_serviceName << doNotQueue;
-    onAnswer(m_connection.asyncCall(request), this, [this](const QDBusMessage &answer) {
+    const auto request = busMethod(QStringLiteral("RequestName"), {m_serviceName, doNotQueue});
+    callBus(m_connection, request, this, [this](const QDBusMessage &answer) {
         const uint result = answer.arguments().value(0).toUInt();
         const bool ours = answer.type() == QDBusMessage::ReplyMessage &&
                           (result == primaryOwner || result == alreadyOwner);
@@ -88,7 +83,7 @@ void StatusNotifierRegistration::registerWithWatcher()
     call << m_announcedName;
     call.setAutoStartService(false); // whether this desktop has a tray is not for us to decide
     const quint64 round = ++m_round;
-    onAnswer(m_connection.asyncCall(call), this, [this, round](const QDBusMessage &answer) {
+    callBus(m_connection, call, this, [this, round](const QDBusMessage &answer) {
         if (round == m_round)
             handleAnswer(answer);
     });

@@ -1,8 +1,7 @@
 #include "platform/linux/files/KdeConnectSharing.h"
 
-#include <QDBusMessage>
-#include <QDBusPendingCallWatcher>
-#include <QDBusPendingReply>
+#include "platform/linux/dbus/BusCall.h"
+
 #include <QLoggingCategory>
 #include <QRegularExpression>
 
@@ -42,16 +41,14 @@ void KdeConnectSharing::send(const QList<QUrl> &files)
         methodCall(QStringLiteral("/modules/kdeconnect"),
                    QStringLiteral("org.kde.kdeconnect.daemon"), QStringLiteral("devices"));
     call << true << true; // reachable and paired only
-    auto *const watcher = new QDBusPendingCallWatcher(m_bus.connection().asyncCall(call), this);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, files] {
-        watcher->deleteLater();
-        const QDBusPendingReply<QStringList> reply(*watcher);
-        if (reply.isError()) {
-            qCInfo(lcSharing) << "There is nobody to send files with:" << reply.error().name();
-        } else if (reply.value().isEmpty() || !isDeviceId(reply.value().first())) {
+    callBus(m_bus.connection(), call, this, [this, files](const QDBusMessage &answer) {
+        const QStringList devices = answer.arguments().value(0).toStringList();
+        if (!isReply(answer)) {
+            qCInfo(lcSharing) << "There is nobody to send files with:" << answer.errorName();
+        } else if (devices.isEmpty() || !isDeviceId(devices.first())) {
             qCInfo(lcSharing) << "There is no device to send files to";
         } else {
-            sendTo(reply.value().first(), files);
+            sendTo(devices.first(), files);
         }
     });
 }

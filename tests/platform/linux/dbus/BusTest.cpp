@@ -187,6 +187,7 @@ void BusTest::followsObjects()
     service->tellOfObjects(u"InterfacesAdded"_qs, {QVariant::fromValue(QDBusObjectPath(u"/c"_qs)),
                                                    QVariant::fromValue(thing(5))});
     QTRY_COMPARE(size("/c"), QVariant(5));
+    service->objects.remove(QDBusObjectPath(u"/a"_qs));
     service->tellOfObjects(u"InterfacesRemoved"_qs, {QVariant::fromValue(QDBusObjectPath(u"/a"_qs)),
                                                      QStringList{thingInterface}});
     QTRY_VERIFY((m_clock.advance(30ms), !things.all().contains(u"/a"_qs)));
