@@ -6,6 +6,8 @@
 #include "platform/Sharing.h"
 #include "platform/Volumes.h"
 
+#include <QHash>
+
 #include <utility>
 
 namespace velmora

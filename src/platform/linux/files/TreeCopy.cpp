@@ -9,6 +9,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <limits>
+#include <memory>
 #include <sys/xattr.h>
 
 namespace velmora
@@ -27,6 +28,12 @@ void check(int result, const QByteArray &path)
 constexpr off_t kernelChunk = off_t{16} * 1024 * 1024; // between two looks at the flag
 constexpr off_t toTheEnd = std::numeric_limits<off_t>::max();
 constexpr std::size_t bufferSize = std::size_t{64} * 1024; // holds any extended attribute
+
+/// Not on the stack, which deep trees need.
+auto makeBuffer()
+{
+    return std::make_unique_for_overwrite<char[]>(bufferSize);
+}
 
 /// One source and its copy, both open.
 struct Content {
@@ -76,10 +83,10 @@ ssize_t Content::copySome(off_t offset, off_t most) const
     }
     // Between some file systems this does not work, and in files that the kernel makes up it sees
     // nothing. A real fault comes up again.
-    std::array<char, bufferSize> buffer; // NOLINT(*-member-init): filled before it is read
-    const auto wanted = std::min(static_cast<std::size_t>(most), buffer.size());
-    const ssize_t got = pread(from, buffer.data(), wanted, offset);
-    return got > 0 ? pwrite(to, buffer.data(), static_cast<std::size_t>(got), offset) : got;
+    const auto buffer = makeBuffer();
+    const auto wanted = std::min(static_cast<std::size_t>(most), bufferSize);
+    const ssize_t got = pread(from, buffer.get(), wanted, offset);
+    return got > 0 ? pwrite(to, buffer.get(), static_cast<std::size_t>(got), offset) : got;
 }
 
 /// Also what shows only on closing is a failure.
@@ -116,14 +123,13 @@ void copyAttributes(const QByteArray &from, const QByteArray &to, const struct s
     const bool keepsOwner = lchown(to.constData(), info.st_uid, info.st_gid) == 0;
     [[maybe_unused]] const bool keepsGroup =
         keepsOwner || lchown(to.constData(), static_cast<uid_t>(-1), info.st_gid) == 0;
-    std::array<char, bufferSize> names{};
-    std::array<char, bufferSize> value; // NOLINT(*-member-init): filled before it is read
-    const ssize_t size = llistxattr(from.constData(), names.data(), names.size());
-    for (const char *name = names.data(); name < names.data() + size;
-         name += std::strlen(name) + 1) {
-        const ssize_t length = lgetxattr(from.constData(), name, value.data(), value.size());
+    const auto names = makeBuffer();
+    const auto value = makeBuffer();
+    const ssize_t size = llistxattr(from.constData(), names.get(), bufferSize);
+    for (const char *name = names.get(); name < names.get() + size; name += std::strlen(name) + 1) {
+        const ssize_t length = lgetxattr(from.constData(), name, value.get(), bufferSize);
         if (length >= 0) {
-            lsetxattr(to.constData(), name, value.data(), static_cast<std::size_t>(length), 0);
+            lsetxattr(to.constData(), name, value.get(), static_cast<std::size_t>(length), 0);
         }
     }
     // Of a file that became somebody else's, the bits that lend its owner's rights do not survive.
