@@ -37,10 +37,9 @@ Item {
         response: 0.2
         target: button.isHovered ? 1 : 0
     }
-    // Rounded corners that are scaled come apart: this one is enlarged.
-    Rectangle {
+    // What is scaled loses its smooth corners: this one is enlarged.
+    RoundedRectangle {
         anchors.centerIn: parent
-        antialiasing: true
         color: button.mix(Qt.rgba(1, 1, 1, 0.05), Qt.alpha(info.color, 0.18), glow.part)
         height: parent.height * (1 + button.enlargement)
         radius: 8

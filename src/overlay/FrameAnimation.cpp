@@ -21,12 +21,6 @@ double easeInEaseOut(double progress)
 
 } // namespace
 
-FrameAnimation::FrameAnimation(const QRectF &frame)
-    : m_from(frame)
-    , m_to(frame)
-{
-}
-
 FrameAnimation::FrameAnimation(const QRectF &from, const QRectF &to, Time start, Time duration)
     : m_from(from)
     , m_to(to)

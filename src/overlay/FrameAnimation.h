@@ -13,8 +13,7 @@ class FrameAnimation
 public:
     using Time = std::chrono::nanoseconds;
 
-    /// At rest.
-    explicit FrameAnimation(const QRectF &frame);
+    FrameAnimation() = default;
     FrameAnimation(const QRectF &from, const QRectF &to, Time start, Time duration);
 
     [[nodiscard]] QRectF at(Time now) const;

@@ -104,6 +104,7 @@ Item {
             opacity: root.dragging
             shown: root.isDragging
             view: "DropActionsOverlay.qml"
+            visible: root.isExpanded // a piece of it would be all that has room
         }
     }
 

@@ -28,7 +28,6 @@ NotchWindowController::NotchWindowController(const std::shared_ptr<Screen> &scre
     , m_services(services)
     , m_environment(environment)
     , m_frame(m_geometry.collapsed)
-    , m_animation(m_frame)
 {
     for (const NotchWidgetType type : settings.widgets) {
         m_widgets << rawValue(type);

@@ -148,6 +148,7 @@ private:
     void updateShape();
     void updateMotion();
     [[nodiscard]] bool isInMenu(const QPointF &position) const;
+    [[nodiscard]] bool isInside(const QPointF &position) const;
     [[nodiscard]] bool isPointerInside() const;
 
     void setupDragTracking();
@@ -162,7 +163,6 @@ private:
     void dragPerformed(const QList<QUrl> &given, const QPointF &position);
     void beginDrag(const QList<QUrl> &files, DragPart part);
     void endDrag();
-    [[nodiscard]] bool isInside(const QPointF &position) const;
     void isDraggingChanged();
     void openWithMenuChanged();
     void dismissOpenWith();

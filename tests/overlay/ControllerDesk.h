@@ -22,13 +22,6 @@ struct ControllerDesk : FakeDesk {
         pointer.position = outside;
     }
 
-    using Controller = std::unique_ptr<NotchWindowController>;
-
-    [[nodiscard]] Controller makeController(const std::shared_ptr<FakeScreen> &where)
-    {
-        return std::make_unique<NotchWindowController>(where, NotchSettings(), services,
-                                                       environment(), OverlayContent());
-    }
     void enter(const QPointF &at = insideCollapsed)
     {
         pointer.position = at;

@@ -54,8 +54,8 @@ void NotchGeometryTest::sizesOfNoSense()
             QVERIFY(screen.contains(geometry.window));
             QVERIFY(geometry.panel.isValid() && window.contains(geometry.panel));
             QVERIFY(geometry.collapsed.left() >= 0 && geometry.collapsed.right() <= window.right());
-            QVERIFY(geometry.cornerRadius >= 0);
-            QVERIFY(geometry.cornerRadius <= geometry.collapsed.height());
+            const double radius = geometry.cornerRadius;
+            QVERIFY(radius >= 0 && radius <= geometry.collapsed.height());
             QVERIFY(geometry.topPadding >= 0 && geometry.topPadding <= screen.height());
             for (const double width : geometry.zoneWidths) {
                 QVERIFY(width >= 0 && width <= window.width());
@@ -66,21 +66,13 @@ void NotchGeometryTest::sizesOfNoSense()
 
 void NotchGeometryTest::zoneWidths()
 {
-    const struct {
-        double screenWidth;
-        double firstWeight;
-        QList<double> widths;
-    } rows[]{{1600, 1, {153.6, 153.6, 153.6, 153.6, 153.6}},
-             {1600, 0, {768 * 0.3 / 4.3, 768 / 4.3, 768 / 4.3, 768 / 4.3, 768 / 4.3}},
-             {1600, 6, {460.8, 76.8, 76.8, 76.8, 76.8}},
-             {632, 1, {120, 120, 120, 120, 120}}};
-    for (const auto &row : rows) {
+    for (const auto &[weight, share] : {std::pair(1.0, 0.2), {0.0, 0.3 / 4.3}, {6.0, 0.6}}) {
         NotchSettings settings;
-        settings.zoneWidths.front() = row.firstWeight;
-        const NotchGeometry geometry(QRectF(0, 0, row.screenWidth, 900), settings);
-        for (int i = 0; i < 5; ++i) {
-            QCOMPARE(geometry.zoneWidths.at(i), row.widths.at(i));
-        }
+        settings.zoneWidths.front() = weight;
+        const auto widths = NotchGeometry(QRectF(0, 0, 632, 900), settings).zoneWidths;
+        QCOMPARE(widths.size(), 5);
+        QCOMPARE(widths.front(), 600 * share);
+        QCOMPARE(widths.back(), 600 * (1 - share) / 4);
     }
 }
 

@@ -9,7 +9,16 @@ namespace velmora
 
 /// All that overlays stand on, made of doubles. The screens are the test's to add.
 struct FakeDesk {
-    [[nodiscard]] OverlayEnvironment environment() { return {clock, pointer, drags, shell}; }
+    using Controller = std::unique_ptr<NotchWindowController>;
+
+    [[nodiscard]] Controller makeController(const std::shared_ptr<FakeScreen> &screen,
+                                            const NotchSettings &settings = {},
+                                            const OverlayContent &content = {})
+    {
+        const OverlayEnvironment environment{clock, pointer, drags, shell};
+        return std::make_unique<NotchWindowController>(screen, settings, services, environment,
+                                                       content);
+    }
 
     FakePlatform platform;
     VirtualClock &clock = platform.clock;

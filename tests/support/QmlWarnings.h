@@ -2,6 +2,7 @@
 
 #include <QMutex>
 #include <QStringList>
+#include <QTest>
 #include <QtGlobal>
 
 namespace velmora
@@ -43,6 +44,24 @@ private:
     static inline QMutex s_mutex;
     static inline QStringList s_messages;
     static inline QtMessageHandler s_previous = nullptr;
+};
+
+/// Fails the test function in which it ends, if there were any.
+class NoQmlWarnings
+{
+public:
+    NoQmlWarnings() = default;
+    NoQmlWarnings(const NoQmlWarnings &) = delete;
+    NoQmlWarnings &operator=(const NoQmlWarnings &) = delete;
+    ~NoQmlWarnings()
+    {
+        if (const QStringList list = m_warnings.list(); !list.isEmpty()) {
+            QTest::qFail(qPrintable(list.join(u'\n')), __FILE__, __LINE__);
+        }
+    }
+
+private:
+    QmlWarnings m_warnings;
 };
 
 } // namespace velmora
