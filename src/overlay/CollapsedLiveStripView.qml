@@ -90,7 +90,7 @@ Item {
 
         Symbol {
             anchors.centerIn: parent
-            color: Qt.rgba(1, 1, 1, 0.35)
+            color: Style.hint
             name: "speaker.fill"
             opacity: row.opacity
             size: 8

@@ -40,9 +40,9 @@ Item {
         }
         NotchText {
             bottomPadding: 4
-            color: Qt.rgba(1, 1, 1, 0.4)
+            color: Style.label
             horizontalAlignment: Text.AlignHCenter
-            size: 8
+            size: Style.smallText
             text: view.service.lastStatus !== "" ? view.service.lastStatus : "Drop %1 file(s) on an action".arg(view.service.draggedFiles.length)
             width: parent.width
         }

@@ -29,7 +29,7 @@ Item {
         anchors.right: parent.right
         anchors.rightMargin: 8
         anchors.verticalCenter: parent.verticalCenter
-        color: Qt.rgba(1, 1, 1, 0.12)
+        color: Style.track
         height: 1
         visible: row.entry.isSeparator
     }

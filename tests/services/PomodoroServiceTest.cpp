@@ -30,8 +30,6 @@ using Operation = void (PomodoroService::*)();
 
 } // namespace
 
-Q_DECLARE_METATYPE(Operation)
-
 class PomodoroServiceTest : public QObject
 {
     Q_OBJECT
@@ -39,17 +37,14 @@ class PomodoroServiceTest : public QObject
 private Q_SLOTS:
     void init();
     void beginsWithAWorkSession();
-    void transitions_data();
     void transitions();
     void announcements();
     void restsOnZeroForASecond();
     void timeAndProgress();
     void aDayOfPhases();
     void ticksThatAreEarlyOrLate();
-    void countsTheSleepOfTheMachine_data();
     void countsTheSleepOfTheMachine();
     void readsStoredSettings();
-    void refusesStoredSettings_data();
     void refusesStoredSettings();
     void assignments();
     void longBreakAfterEachSession();
@@ -59,7 +54,6 @@ private:
     void make() { m_service = std::make_unique<PomodoroService>(*m_clock, *m_store, *m_shown); }
     [[nodiscard]] QString state() const;
     void bring(const QString &wanted);
-    void runOut() { m_clock->advance(std::chrono::seconds(m_service->secondsRemaining() + 1)); }
 
     std::unique_ptr<VirtualClock> m_clock;
     std::unique_ptr<MemoryStore> m_store;
@@ -109,55 +103,45 @@ void PomodoroServiceTest::beginsWithAWorkSession()
     QCOMPARE(m_clock->runningTimers(), 0);
 }
 
-void PomodoroServiceTest::transitions_data()
+void PomodoroServiceTest::transitions()
 {
-    QTest::addColumn<QString>("before");
-    QTest::addColumn<Operation>("operation");
-    QTest::addColumn<QString>("after");
-    QTest::addColumn<int>("notifications");
     constexpr Operation start = &PomodoroService::start;
     constexpr Operation pause = &PomodoroService::pause;
     constexpr Operation skip = &PomodoroService::skip;
     constexpr Operation reset = &PomodoroService::reset;
     constexpr Operation runOut = nullptr;
-    const auto row = [](const char *name, const char *before, Operation operation,
-                        const char *after, int notifications = 0) {
-        QTest::newRow(name) << QString::fromLatin1(before) << operation
-                            << QString::fromLatin1(after) << notifications;
+    const std::vector<std::tuple<QString, Operation, QString>> rows{
+        {u"work 1 25:00"_s, start, u"work 1 25:00 runs"_s},
+        {u"longBreak 0 15:00"_s, start, u"longBreak 0 15:00 runs"_s},
+        {u"work 0 24:53 runs"_s, start, u"work 0 24:53 runs"_s},
+        {u"work 2 24:53 runs"_s, pause, u"work 2 24:53"_s},
+        {u"work 2 25:00"_s, pause, u"work 2 25:00"_s},
+        {u"work 0 24:53 runs"_s, runOut, u"shortBreak 1 05:00"_s},
+        {u"work 2 24:53 runs"_s, skip, u"shortBreak 3 05:00"_s},
+        {u"work 0 25:00"_s, skip, u"shortBreak 1 05:00"_s},
+        {u"work 3 24:53 runs"_s, runOut, u"longBreak 0 15:00"_s},
+        {u"work 3 25:00"_s, skip, u"longBreak 0 15:00"_s},
+        {u"shortBreak 3 04:53 runs"_s, runOut, u"work 3 25:00"_s},
+        {u"shortBreak 1 05:00"_s, skip, u"work 1 25:00"_s},
+        {u"longBreak 0 14:53 runs"_s, runOut, u"work 0 25:00"_s},
+        {u"longBreak 0 14:53 runs"_s, skip, u"work 0 25:00"_s},
+        {u"work 2 24:53 runs"_s, reset, u"work 0 25:00"_s},
+        {u"shortBreak 3 04:53 runs"_s, reset, u"work 0 25:00"_s},
+        {u"longBreak 0 15:00"_s, reset, u"work 0 25:00"_s},
     };
-    row("start", "work 1 25:00", start, "work 1 25:00 runs");
-    row("start a break", "longBreak 0 15:00", start, "longBreak 0 15:00 runs");
-    row("start twice", "work 0 24:53 runs", start, "work 0 24:53 runs");
-    row("pause", "work 2 24:53 runs", pause, "work 2 24:53");
-    row("pause twice", "work 2 25:00", pause, "work 2 25:00");
-    row("work runs out", "work 0 24:53 runs", runOut, "shortBreak 1 05:00", 1);
-    row("work is skipped", "work 2 24:53 runs", skip, "shortBreak 3 05:00", 1);
-    row("work is skipped, stopped", "work 0 25:00", skip, "shortBreak 1 05:00", 1);
-    row("the fourth runs out", "work 3 24:53 runs", runOut, "longBreak 0 15:00", 1);
-    row("the fourth is skipped", "work 3 25:00", skip, "longBreak 0 15:00", 1);
-    row("break runs out", "shortBreak 3 04:53 runs", runOut, "work 3 25:00", 1);
-    row("break is skipped", "shortBreak 1 05:00", skip, "work 1 25:00", 1);
-    row("long break runs out", "longBreak 0 14:53 runs", runOut, "work 0 25:00", 1);
-    row("long break is skipped", "longBreak 0 14:53 runs", skip, "work 0 25:00", 1);
-    row("reset work", "work 2 24:53 runs", reset, "work 0 25:00");
-    row("reset a break", "shortBreak 3 04:53 runs", reset, "work 0 25:00");
-    row("reset, stopped", "longBreak 0 15:00", reset, "work 0 25:00");
-}
-
-void PomodoroServiceTest::transitions()
-{
-    QFETCH(const QString, before);
-    QFETCH(const Operation, operation);
-    QFETCH(const int, notifications);
-    bring(before);
-    if (operation != nullptr) {
-        (m_service.get()->*operation)();
-    } else {
-        runOut();
+    for (const auto &[before, operation, after] : rows) {
+        init();
+        bring(before);
+        if (operation != nullptr) {
+            (m_service.get()->*operation)();
+        } else {
+            m_clock->advance(std::chrono::seconds(m_service->secondsRemaining() + 1));
+        }
+        QCOMPARE(state(), after);
+        const bool isTold = operation == skip || operation == runOut;
+        QCOMPARE(m_shown->added.size(), isTold ? 1U : 0U);
+        QCOMPARE(m_clock->runningTimers(), m_service->isRunning() ? 1 : 0);
     }
-    QTEST(state(), "after");
-    QCOMPARE(int(m_shown->added.size()), notifications);
-    QCOMPARE(m_clock->runningTimers(), m_service->isRunning() ? 1 : 0);
 }
 
 void PomodoroServiceTest::announcements()
@@ -267,44 +251,39 @@ void PomodoroServiceTest::ticksThatAreEarlyOrLate()
     QCOMPARE(m_shown->added.size(), 1U);
 }
 
-void PomodoroServiceTest::countsTheSleepOfTheMachine_data()
-{
-    QTest::addColumn<int>("slept");
-    QTest::addColumn<QString>("after");
-    // 20 s have passed before, one passes after the wake.
-    QTest::newRow("a part of the phase") << 100 << u"work 0 22:59"_s;
-    QTest::newRow("nearly all of it") << 1479 << u"work 0 00:00"_s;
-    QTest::newRow("to its end") << 1480 << u"shortBreak 1 05:00"_s;
-    QTest::newRow("a week") << 7 * 86'400 << u"shortBreak 1 05:00"_s;
-}
-
 void PomodoroServiceTest::countsTheSleepOfTheMachine()
 {
-    QFETCH(const int, slept);
-    QFETCH(const QString, after);
-    const bool isOver = after.startsWith(u"shortBreak"_s);
-    m_service->start();
-    m_clock->advance(20s);
-    m_clock->suspend(std::chrono::seconds(slept));
-    m_clock->advance(1s);
-    QCOMPARE(state(), isOver ? after : after + u" runs"_s);
-    QCOMPARE(m_shown->added.size(), isOver ? 1U : 0U);
+    const auto start = [this](std::chrono::seconds before, std::chrono::seconds asleep) {
+        init();
+        m_service->start();
+        m_clock->advance(before);
+        m_clock->suspend(asleep);
+    };
+    const std::vector<std::pair<std::chrono::seconds, QString>> rows{
+        {100s, u"work 0 22:59"_s},
+        {1479s, u"work 0 00:00"_s},
+        {1480s, u"shortBreak 1 05:00"_s},
+        {std::chrono::weeks(1), u"shortBreak 1 05:00"_s},
+    };
+    for (const auto &[asleep, after] : rows) {
+        const bool isOver = after.startsWith(u"shortBreak"_s);
+        start(20s, asleep);
+        m_clock->advance(1s);
+        QCOMPARE(state(), isOver ? after : after + u" runs"_s);
+        QCOMPARE(m_shown->added.size(), isOver ? 1U : 0U);
 
-    // A pause that comes before the first tick after the wake does not lose the sleep.
-    m_service->reset();
-    m_shown->added.clear();
-    m_service->start();
-    m_clock->advance(21s);
-    m_clock->suspend(std::chrono::seconds(slept));
-    m_service->pause();
-    QCOMPARE(state(), after);
-    QCOMPARE(m_shown->added.size(), isOver ? 1U : 0U);
+        // A pause that comes before the first tick after the wake does not lose the sleep.
+        start(21s, asleep);
+        m_service->pause();
+        QCOMPARE(state(), after);
+        QCOMPARE(m_shown->added.size(), isOver ? 1U : 0U);
 
-    // A timer that stands still sleeps with the machine.
-    m_clock->suspend(std::chrono::seconds(slept));
-    m_clock->advance(1s);
-    m_service->start();
-    QCOMPARE(state(), after + u" runs"_s);
+        // A timer that stands still sleeps with the machine.
+        m_clock->suspend(asleep);
+        m_clock->advance(1s);
+        m_service->start();
+        QCOMPARE(state(), after + u" runs"_s);
+    }
 }
 
 void PomodoroServiceTest::readsStoredSettings()
@@ -320,41 +299,37 @@ void PomodoroServiceTest::readsStoredSettings()
     QCOMPARE(m_service->timeString(), u"07:00"_s);
 }
 
-void PomodoroServiceTest::refusesStoredSettings_data()
-{
-    QTest::addColumn<QByteArray>("stored");
-    const auto row = [](const char *name, const QByteArray &work, const QByteArray &sessions) {
-        QTest::newRow(name)
-            << R"({"workMinutes":)" + work +
-                   R"(,"shortBreakMinutes":6,"longBreakMinutes":7,"sessionsBeforeLongBreak":)" +
-                   sessions + '}';
-    };
-    row("negative length", "-1", "4");
-    row("negative count", "25", "-1");
-    row("more seconds than can be counted", QByteArray::number(huge / 60 + 1), "4");
-    row("beyond the signed range", "9223372036854775808", "4");
-    row("beyond any range", "99999999999999999999999", "4");
-    row("fraction", "25.5", "4");
-    row("text", "\"25\"", "4");
-    row("cut short", "25", "4}{");
-    QTest::newRow("one is missing")
-        << QByteArray(R"({"workMinutes":1,"shortBreakMinutes":6,"longBreakMinutes":7})");
-    QTest::newRow("list") << QByteArray("[1,2,3,4]");
-    QTest::newRow("empty") << QByteArray();
-    QTest::newRow("no UTF-8") << QByteArray("{\"\xff\xfe\":1}");
-    QTest::newRow("bottomless") << QByteArray(100'000, '[');
-}
-
 void PomodoroServiceTest::refusesStoredSettings()
 {
-    QFETCH(const QByteArray, stored);
-    m_store->setData(key(), stored);
-    make();
-    QCOMPARE(m_service->workMinutes(), 25);
-    QCOMPARE(m_service->shortBreakMinutes(), 5);
-    QCOMPARE(m_service->longBreakMinutes(), 15);
-    QCOMPARE(m_service->sessionsBeforeLongBreak(), 4);
-    QCOMPARE(m_store->data(key()).value(), stored);
+    const auto settings = [](const QByteArray &work, const QByteArray &sessions) {
+        return R"({"workMinutes":)" + work +
+               R"(,"shortBreakMinutes":6,"longBreakMinutes":7,"sessionsBeforeLongBreak":)" +
+               sessions + '}';
+    };
+    const QList<QByteArray> unusable{
+        settings("-1", "4"),
+        settings("25", "-1"),
+        settings(QByteArray::number(huge / 60 + 1), "4"), // more seconds than can be counted
+        settings("9223372036854775808", "4"),
+        settings("99999999999999999999999", "4"),
+        settings("25.5", "4"),
+        settings("\"25\"", "4"),
+        settings("25", "4}{"),
+        R"({"workMinutes":1,"shortBreakMinutes":6,"longBreakMinutes":7})",
+        "[1,2,3,4]",
+        "",
+        "{\"\xff\xfe\":1}",
+        QByteArray(100'000, '['),
+    };
+    for (const QByteArray &stored : unusable) {
+        m_store->setData(key(), stored);
+        make();
+        QCOMPARE(m_service->workMinutes(), 25);
+        QCOMPARE(m_service->shortBreakMinutes(), 5);
+        QCOMPARE(m_service->longBreakMinutes(), 15);
+        QCOMPARE(m_service->sessionsBeforeLongBreak(), 4);
+        QCOMPARE(m_store->data(key()).value(), stored);
+    }
     m_service->setLongBreakMinutes(16);
     QCOMPARE(m_store->data(key()).value(),
              QByteArray(R"({"workMinutes":25,"shortBreakMinutes":5,"longBreakMinutes":16,)"
@@ -422,7 +397,7 @@ void PomodoroServiceTest::tellsWhenAllIsInPlace()
     QCOMPARE(seconds.size(), 3);
     QCOMPARE(progress.size(), 3);
     QCOMPARE(running.size(), 1);
-    runOut();
+    m_clock->advance(25min);
     QCOMPARE(running.size(), 2);
     QCOMPARE(seen, (QStringList{u"shortBreak 1 05:00"_s, u"1"_s}));
 

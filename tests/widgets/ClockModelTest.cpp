@@ -33,35 +33,23 @@ class ClockModelTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void texts_data();
     void texts();
     void minutesTurnWhenTheyTurn();
 };
 
-void ClockModelTest::texts_data()
-{
-    QTest::addColumn<QString>("locale");
-    QTest::addColumn<QString>("now");
-    QTest::addColumn<QString>("text");
-    const auto row = [](const char *name, const char *locale, const char *now, const char *text) {
-        QTest::newRow(name) << QString::fromLatin1(locale) << QString::fromLatin1(now)
-                            << QString::fromUtf8(text);
-    };
-    row("two digits", "en_US", "2024-05-05T09:07:03.000", "09:07 Sun, May 5");
-    row("24 hours", "en_US", "2024-12-31T23:59:59.999", "23:59 Tue, Dec 31");
-    row("midnight", "en_GB", "2024-02-29T00:00:00.000", "00:00 Thu, Feb 29");
-    row("names of the locale", "de_DE", "2024-05-15T13:05:00.000", "13:05 Mi., Mai 15");
-    row("names beyond Latin", "ja_JP", "2024-05-15T13:05:00.000", "13:05 水, 5月 15");
-}
-
 void ClockModelTest::texts()
 {
-    QFETCH(const QString, locale);
-    QFETCH(const QString, now);
     const auto restore = qScopeGuard([former = QLocale()] { QLocale::setDefault(former); });
-    QLocale::setDefault(QLocale(locale));
-    const Rig rig(now);
-    QTEST(rig.model.time() + QLatin1Char(' ') + rig.model.date(), "text");
+    const auto textAt = [](const QString &now, const QString &locale) {
+        QLocale::setDefault(QLocale(locale));
+        const Rig rig(now);
+        return rig.model.time() + u' ' + rig.model.date();
+    };
+    QCOMPARE(textAt(u"2024-05-05T09:07:03"_s, u"en_US"_s), u"09:07 Sun, May 5"_s);
+    QCOMPARE(textAt(u"2024-12-31T23:59:59.999"_s, u"en_US"_s), u"23:59 Tue, Dec 31"_s);
+    QCOMPARE(textAt(u"2024-02-29T00:00:00"_s, u"en_GB"_s), u"00:00 Thu, Feb 29"_s);
+    QCOMPARE(textAt(u"2024-05-15T13:05:00"_s, u"de_DE"_s), u"13:05 Mi., Mai 15"_s);
+    QCOMPARE(textAt(u"2024-05-15T13:05:00"_s, u"ja_JP"_s), u"13:05 水, 5月 15"_s);
 }
 
 void ClockModelTest::minutesTurnWhenTheyTurn()

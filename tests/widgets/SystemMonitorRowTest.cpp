@@ -25,60 +25,56 @@ class SystemMonitorRowTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void row_data();
     void row();
     void view();
 };
 
-void SystemMonitorRowTest::row_data()
-{
-    QTest::addColumn<Kind>("kind");
-    QTest::addColumn<double>("figure"); // load in percent, used memory, free space
-    QTest::addColumn<double>("total");
-    QTest::addColumn<double>("fraction");
-    QTest::addColumn<QColor>("color");
-    const auto row = [](const char *text, Kind kind, double figure, double total, double fraction,
-                        const QColor &color) {
-        QTest::newRow(text) << kind << figure << total << fraction << color;
-    };
-    row("65%", Kind::Processor, 65, 100, 0.65, green);
-    row("66%", Kind::Processor, 66, 100, 0.66, orange);
-    row("85%", Kind::Processor, 85, 100, 0.85, orange);
-    row("86%", Kind::Processor, 86, 100, 0.86, red);
-    row("7.2G", Kind::Memory, 7.1875, 16, 0.44921875, green);
-    row("24.0G", Kind::Memory, 24, 16, 1.5, red); // more than there is
-    row("4.0G", Kind::Memory, 4, 0, 0, green);    // of no one knows how much
-    row("120G free", Kind::Disk, 120, 400, 0.7, orange);
-    row("1G free", Kind::Disk, 1, 4, 0.75, orange);
-    row("512M free", Kind::Disk, 0.5, 100, 0.995, red);
-    row("1024M free", Kind::Disk, 0.9999, 100, 0.990001, red);
-    row("0M free", Kind::Disk, 0, 100, 1, red);
-    row("\u2014", Kind::Disk, 0, 0, 0, green); // not known
-}
-
 void SystemMonitorRowTest::row()
 {
-    QFETCH(const Kind, kind);
-    QFETCH(const double, figure);
-    QFETCH(const double, total);
-    VirtualClock clock;
-    FakeSound sound;
-    FakeStatistics statistics;
-    statistics.ticks = {{{0, 0, 0, 0}}};
-    SystemMonitorService monitor(clock, statistics, sound);
-    SystemMonitorRow row;
-    row.setProperty("kind", QVariant::fromValue(kind));
-    row.setProperty("monitor", QVariant::fromValue(&monitor));
-    row.componentComplete();
-    const auto load = static_cast<std::uint32_t>(figure);
-    statistics.ticks = {{{load, 0, 100 - load, 0}}};
-    statistics.pages = MemoryPages{static_cast<std::uint64_t>(figure * gibibyte), 0, 1};
-    statistics.memory = static_cast<std::uint64_t>(total * gibibyte);
-    statistics.disk = {figure * gibibyte, total * gibibyte};
-    clock.advance(2s);
-    QCOMPARE(row.text(), QString::fromUtf8(QTest::currentDataTag()));
-    QTEST(row.fraction(), "fraction");
-    QTEST(row.color(), "color");
+    struct Row {
+        QString text;
+        Kind kind;
+        double figure; // load in percent, used memory, free space
+        double total;
+        double fraction;
+        QColor color;
+    };
+    using enum SystemMonitorRow::Kind;
+    const std::vector<Row> rows{
+        {u"65%"_s, Processor, 65, 100, 0.65, green},
+        {u"66%"_s, Processor, 66, 100, 0.66, orange},
+        {u"85%"_s, Processor, 85, 100, 0.85, orange},
+        {u"86%"_s, Processor, 86, 100, 0.86, red},
+        {u"7.2G"_s, Memory, 7.1875, 16, 0.44921875, green},
+        {u"24.0G"_s, Memory, 24, 16, 1.5, red},
+        {u"4.0G"_s, Memory, 4, 0, 0, green},
+        {u"120G free"_s, Disk, 120, 400, 0.7, orange},
+        {u"1G free"_s, Disk, 1, 4, 0.75, orange},
+        {u"512M free"_s, Disk, 0.5, 100, 0.995, red},
+        {u"1024M free"_s, Disk, 0.9999, 100, 0.990001, red},
+        {u"0M free"_s, Disk, 0, 100, 1, red},
+        {u"\u2014"_s, Disk, 0, 0, 0, green},
+    };
+    for (const auto &[text, kind, figure, total, fraction, color] : rows) {
+        VirtualClock clock;
+        FakeSound sound;
+        FakeStatistics statistics;
+        statistics.ticks = {{{0, 0, 0, 0}}};
+        SystemMonitorService monitor(clock, statistics, sound);
+        SystemMonitorRow row;
+        row.setProperty("kind", QVariant::fromValue(kind));
+        row.setProperty("monitor", QVariant::fromValue(&monitor));
+        row.componentComplete();
+        const auto load = static_cast<std::uint32_t>(figure);
+        statistics.ticks = {{{load, 0, 100 - load, 0}}};
+        statistics.pages = MemoryPages{static_cast<std::uint64_t>(figure * gibibyte), 0, 1};
+        statistics.memory = static_cast<std::uint64_t>(total * gibibyte);
+        statistics.disk = {figure * gibibyte, total * gibibyte};
+        clock.advance(2s);
+        QCOMPARE(row.text(), text);
+        QCOMPARE(row.fraction(), fraction);
+        QCOMPARE(row.color(), color);
+    }
 }
 
 void SystemMonitorRowTest::view()
