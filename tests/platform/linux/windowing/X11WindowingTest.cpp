@@ -227,6 +227,7 @@ private Q_SLOTS:
                 m_peer.move(corner + QPoint(50, 20));
                 QTRY_VERIFY(overlay.window.moves > 0);
                 m_peer.release();
+                QTRY_COMPARE(QGuiApplication::mouseButtons(), Qt::NoButton);
             }
             QVERIFY(leave());
             if (!wanted)
