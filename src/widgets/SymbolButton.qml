@@ -36,6 +36,7 @@ Item {
         name: button.symbol
         size: button.size
     }
+    MotionWish {}
     HoverHandler {
         id: hover
     }
