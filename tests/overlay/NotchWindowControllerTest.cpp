@@ -160,8 +160,8 @@ void NotchWindowControllerTest::viewsThatFollowThePointer()
 {
     ControllerDesk desk;
     NotchWindow *window = nullptr;
-    NotchWindowController controller(desk.screen, NotchSettings(), desk.services,
-                                     desk.environment(), [&](auto &own, auto &) { window = &own; });
+    const auto controller =
+        desk.makeController(desk.screen, {}, [&](auto &own, auto &) { window = &own; });
     QVERIFY(!desk.shell.isMotionWanted);
     std::optional<MotionWish> wish(std::in_place, window->contentItem());
     auto *const other = new MotionWish(window->contentItem());
@@ -171,7 +171,7 @@ void NotchWindowControllerTest::viewsThatFollowThePointer()
     QVERIFY(!desk.shell.isMotionWanted);
     other->setVisible(true);
     QVERIFY(desk.shell.isMotionWanted);
-    controller.close(); // the view goes with the window
+    controller->close(); // the view goes with the window
 }
 
 void NotchWindowControllerTest::probeWhileAnotherProgramHoldsThePointer()

@@ -96,7 +96,7 @@ BusConnection::~BusConnection()
 
 QByteArray BusConnection::sessionAddress()
 {
-    const QByteArray address = qgetenv("DBUS_SESSION_BUS_ADDRESS");
+    QByteArray address = qgetenv("DBUS_SESSION_BUS_ADDRESS");
     const QByteArray folder = qgetenv("XDG_RUNTIME_DIR");
     if (!address.isEmpty() || folder.isEmpty()) {
         return address;

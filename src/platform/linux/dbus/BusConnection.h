@@ -11,7 +11,8 @@
 #include <optional>
 #include <thread>
 
-using GCancellable = struct _GCancellable;
+using GCancellable =
+    struct _GCancellable; // NOLINT(bugprone-reserved-identifier): the name that GIO gives it
 
 namespace velmora
 {
