@@ -123,7 +123,7 @@ QByteArray placeItem(const QByteArray &item, const QByteArray &wanted, NameRule 
 {
     const QByteArray folder = parentFolder(wanted) + '/';
     for (int attempt = 0;; ++attempt) {
-        const QByteArray path = folder + rule(fileName(wanted), attempt);
+        QByteArray path = folder + rule(fileName(wanted), attempt);
         const int code = renameToFree(item.constData(), path.constData());
         if (code == 0) {
             return path;

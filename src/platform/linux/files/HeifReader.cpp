@@ -41,6 +41,7 @@ struct Heif {
     QLibrary library{QStringLiteral("heif"), 1};
     bool isComplete = true;
 
+// A name that is declared. NOLINTNEXTLINE(bugprone-macro-parentheses)
 #define VELMORA_HEIF(name) decltype(&heif_##name) name = load<decltype(heif_##name)>("heif_" #name)
     VELMORA_HEIF(context_alloc);
     VELMORA_HEIF(context_free);

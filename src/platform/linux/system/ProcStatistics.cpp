@@ -20,7 +20,7 @@ QByteArray readAgain(QFile &file)
 {
     if (!file.isOpen() && !file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
         return {};
-    const QByteArray text = file.seek(0) ? file.readAll() : QByteArray();
+    QByteArray text = file.seek(0) ? file.readAll() : QByteArray();
     if (text.isEmpty())
         file.close(); // and is opened anew the next time
     return text;
