@@ -21,7 +21,6 @@ public:
     /// The question from now on; replies to an earlier one are dropped.
     void setQuestion(const QDBusMessage &call);
     void request() { m_throttle.request(); }
-    [[nodiscard]] bool isUnderWay() const { return m_isUnderWay; }
     [[nodiscard]] bool isAnswered() const { return m_isAnswered; }
 
 private:
