@@ -9,10 +9,11 @@ Item {
     required property NotchWindowController controller
     required property StatusMenu menu
 
-    function openAt(position: point) {
+    property point position
+
+    function openAt(place: point) {
         menu.openIndex = -1;
-        card.x = Math.max(0, Math.min(position.x, width - card.width - submenuCard.width - 3));
-        card.y = Math.max(0, Math.min(position.y, height - card.height));
+        position = place;
         visible = true;
     }
 
@@ -51,6 +52,8 @@ Item {
         openIndex: view.menu.openIndex
         radius: view.controller.geometry.menuCornerRadius
         width: 210
+        x: Math.max(0, Math.min(view.position.x, view.width - width - submenuCard.width - 3))
+        y: Math.max(0, Math.min(view.position.y, view.height - height))
 
         onChosen: index => {
             if (!entries[index].hasSubmenu) {

@@ -112,6 +112,7 @@ class OverlaySceneTest : public QObject
 private Q_SLOTS:
     void everyWidgetTypeBuilds();
     void contentIsFreshAtEachExpansion();
+    void menuHasRoomAtOnce();
     void menuByRightClick();
     void stripStaysInTheNotch();
     void stripChangesWhatItShows();
@@ -161,6 +162,19 @@ void OverlaySceneTest::contentIsFreshAtEachExpansion()
     scene.leave(*overlay);
     QTRY_COMPARE(panels().size(), 0);
     QCOMPARE(scene.items("CollapsedLiveStripView").size(), 1);
+}
+
+void OverlaySceneTest::menuHasRoomAtOnce()
+{
+    Scene scene;
+    MenuItem line;
+    line.title = u"line"_s;
+    scene.menu.setMenu(Menu(5, line));
+    const auto overlay = scene.panel();
+    scene.click({300, 105}, Qt::RightButton); // before any of its lines has a place
+    QTRY_VERIFY(overlay->menuFrame().height() > 111);
+    const QRectF window(QPointF(), QSizeF(scene.window->size()));
+    QTRY_VERIFY(window.contains(overlay->menuFrame()));
 }
 
 void OverlaySceneTest::menuByRightClick()
