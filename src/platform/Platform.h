@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Applications.h"
+#include "platform/CalendarStore.h"
 #include "platform/ChildProcesses.h"
 #include "platform/Clock.h"
 #include "platform/FileActions.h"
@@ -12,6 +13,7 @@
 #include "platform/MediaRemote.h"
 #include "platform/OverlayShell.h"
 #include "platform/Pointer.h"
+#include "platform/ReminderStore.h"
 #include "platform/Screens.h"
 #include "platform/Sharing.h"
 #include "platform/SoundOutput.h"
@@ -38,6 +40,8 @@ struct Platform {
     std::unique_ptr<SoundOutput> sound;
     std::unique_ptr<HttpGetter> http;
     std::unique_ptr<MediaRemote> media;
+    std::unique_ptr<CalendarStore> calendar;
+    std::unique_ptr<ReminderStore> reminders;
     std::unique_ptr<UserNotifications> notifications;
     std::unique_ptr<FileActions> files;
     std::unique_ptr<ImageConverter> images;
