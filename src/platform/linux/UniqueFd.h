@@ -1,5 +1,7 @@
 #pragma once
 
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
 
@@ -40,5 +42,14 @@ public:
 private:
     int m_fd = -1;
 };
+
+/// Opens a file to read from; none unless it is a plain one: a pipe would keep us waiting.
+[[nodiscard]] inline UniqueFd openPlainFile(const char *path)
+{
+    UniqueFd fd(open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    struct stat info = {};
+    return fd.isOpen() && fstat(fd.get(), &info) == 0 && S_ISREG(info.st_mode) ? std::move(fd)
+                                                                               : UniqueFd();
+}
 
 } // namespace velmora

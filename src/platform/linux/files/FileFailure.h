@@ -2,7 +2,6 @@
 
 #include "platform/LocalPath.h"
 
-#include <atomic>
 #include <system_error>
 
 namespace velmora
@@ -23,8 +22,5 @@ struct FileFailure {
         code = errorCode;
     }
 };
-
-/// Set when the program is about to end: whoever copies looks at it from time to time.
-using CancelFlag = std::atomic<bool>;
 
 } // namespace velmora

@@ -69,10 +69,10 @@ void checkTransfer(const QByteArray &item, const QByteArray &folder)
 
 /// Under another name until it is complete, and gone again if it does not get that far.
 TreeCopy copyInto(const QByteArray &item, const QByteArray &folder, NameRule rule,
-                  const CancelFlag &cancelled)
+                  GCancellable *cancellable)
 {
     const QByteArray hidden = folder + '/' + hiddenName();
-    TreeCopy tree(item, hidden, cancelled);
+    TreeCopy tree(item, hidden, cancellable);
     try {
         tree.copy();
         placeItem(hidden, folder + '/' + fileName(item), rule);
@@ -87,22 +87,18 @@ TreeCopy copyInto(const QByteArray &item, const QByteArray &folder, NameRule rul
 
 void makeFolders(const QByteArray &path)
 {
-    std::error_code error;
-    fs::create_directories(path.constData(), error);
-    if (error) {
-        throw FileFailure(path, error.value());
-    }
+    fs::create_directories(path.constData());
 }
 
 void copyItem(const QByteArray &item, const QByteArray &folder, NameRule rule,
-              const CancelFlag &cancelled)
+              GCancellable *cancellable)
 {
     checkTransfer(item, folder);
-    copyInto(item, folder, rule, cancelled);
+    copyInto(item, folder, rule, cancellable);
 }
 
 void moveItem(const QByteArray &item, const QByteArray &folder, NameRule rule,
-              const CancelFlag &cancelled)
+              GCancellable *cancellable)
 {
     checkTransfer(item, folder);
     try {
@@ -115,7 +111,7 @@ void moveItem(const QByteArray &item, const QByteArray &folder, NameRule rule,
         if (faccessat(AT_FDCWD, parentFolder(item).constData(), W_OK, AT_EACCESS) != 0) {
             throw FileFailure(item, errno);
         }
-        copyInto(item, folder, rule, cancelled).removeSource();
+        copyInto(item, folder, rule, cancellable).removeSource();
     }
 }
 

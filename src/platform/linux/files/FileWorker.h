@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/linux/files/FileFailure.h"
+#include "platform/linux/files/LocalFile.h"
 
 #include <QObject>
 #include <QThreadPool>
@@ -24,7 +24,7 @@ public:
     /// Waits for jobs that have begun, which are told to give up. Answers are not delivered then.
     ~FileWorker() override
     {
-        m_cancelled = true;
+        g_cancellable_cancel(cancellable());
         m_pool.clear();
         m_pool.waitForDone();
     }
@@ -45,10 +45,10 @@ public:
     }
 
     /// For jobs that take long.
-    [[nodiscard]] const CancelFlag &cancelled() const { return m_cancelled; }
+    [[nodiscard]] GCancellable *cancellable() const { return m_cancellable.get(); }
 
 private:
-    CancelFlag m_cancelled = false;
+    GObjectPointer<GCancellable> m_cancellable{g_cancellable_new()};
     QThreadPool m_pool;
 };
 

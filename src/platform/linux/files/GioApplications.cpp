@@ -37,11 +37,7 @@ QByteArray contentType(const QByteArray &path)
 QList<Application> applicationsFor(const QByteArray &path)
 {
     QList<Application> applications;
-    const QByteArray type = contentType(path);
-    if (type.isEmpty()) {
-        return applications;
-    }
-    g_autolist(GAppInfo) list = g_app_info_get_all_for_type(type.constData());
+    g_autolist(GAppInfo) list = g_app_info_get_all_for_type(contentType(path).constData());
     for (const GList *entry = list; entry != nullptr; entry = entry->next) {
         auto *const info = G_APP_INFO(entry->data);
         const Application application = describe(info);
@@ -62,14 +58,7 @@ GAppInfo *defaultFor(const QUrl &url)
         return scheme.isEmpty() ? nullptr
                                 : g_app_info_get_default_for_uri_scheme(scheme.constData());
     }
-    const QByteArray type = contentType(*path);
-    return type.isEmpty() ? nullptr : g_app_info_get_default_for_type(type.constData(), FALSE);
-}
-
-std::optional<Application> defaultForType(const char *type)
-{
-    const GObjectPointer<GAppInfo> info(g_app_info_get_default_for_type(type, FALSE));
-    return info ? std::optional(describe(info.get())) : std::nullopt;
+    return g_app_info_get_default_for_type(contentType(*path).constData(), FALSE);
 }
 
 } // namespace
@@ -104,13 +93,9 @@ void GioApplications::openIn(Find find, const QList<QUrl> &urls)
             // Launching turns URLs into paths by way of the virtual file system, which talks to the
             // session bus when it is made, and waits. Here that holds nobody up.
             g_vfs_get_default();
-            return std::shared_ptr<GAppInfo>(find(), [](gpointer object) {
-                if (object != nullptr) {
-                    g_object_unref(object);
-                }
-            });
+            return GObjectPointer<GAppInfo>(find());
         },
-        [this, urls](const std::shared_ptr<GAppInfo> &info) {
+        [this, urls](const GObjectPointer<GAppInfo> &info) {
             if (info) {
                 launch(info.get(), urls);
             } else {
@@ -134,21 +119,16 @@ void GioApplications::findByIdentifier(const QString &identifier,
                                        std::function<void(const std::optional<Application> &)> done)
 {
     m_worker.run(
-        [identifier] {
+        [identifier]() -> std::optional<Application> {
+            if (identifier != QLatin1String("com.apple.Music")) {
+                return std::nullopt;
+            }
             // On this desktop nobody is "the" music player: whom the user has play music is.
-            return identifier == QLatin1String("com.apple.Music") ? defaultForType("audio/mpeg")
-                                                                  : std::nullopt;
+            const GObjectPointer<GAppInfo> info(
+                g_app_info_get_default_for_type("audio/mpeg", FALSE));
+            return info ? std::optional(describe(info.get())) : std::nullopt;
         },
         std::move(done));
-}
-
-GObjectPointer<GAppLaunchContext> GioApplications::launchContext() const
-{
-    GObjectPointer<GAppLaunchContext> context(g_app_launch_context_new());
-    for (const QByteArray &name : m_ownVariables) {
-        g_app_launch_context_unsetenv(context.get(), name.constData());
-    }
-    return context;
 }
 
 void GioApplications::launch(GAppInfo *application, const QList<QUrl> &urls)
@@ -157,12 +137,14 @@ void GioApplications::launch(GAppInfo *application, const QList<QUrl> &urls)
     for (const QUrl &url : urls) {
         encoded << url.toEncoded();
     }
-    GList *list = nullptr;
+    g_autoptr(GList) list = nullptr;
     for (QByteArray &url : encoded) {
-        list = g_list_prepend(list, url.data());
+        list = g_list_append(list, url.data());
     }
-    list = g_list_reverse(list);
-    const auto context = launchContext();
+    const GObjectPointer<GAppLaunchContext> context(g_app_launch_context_new());
+    for (const QByteArray &name : m_ownVariables) {
+        g_app_launch_context_unsetenv(context.get(), name.constData());
+    }
     g_app_info_launch_uris_async(
         application, list, context.get(), m_calls.cancellable(), &GioCalls::callback,
         m_calls.expect([](GObject *source, GAsyncResult *result) {
@@ -171,7 +153,6 @@ void GioApplications::launch(GAppInfo *application, const QList<QUrl> &urls)
                 qCInfo(lcApplications) << "Not opened:" << error->message;
             }
         }));
-    g_list_free(list); // the call has copied what it needs
 }
 
 } // namespace velmora

@@ -26,7 +26,6 @@ public:
                           std::function<void(const std::optional<Application> &)> done) override;
 
 private:
-    [[nodiscard]] GObjectPointer<GAppLaunchContext> launchContext() const;
     /// Finds an application in a thread, and opens the files in it.
     template<typename Find>
     void openIn(Find find, const QList<QUrl> &urls);

@@ -5,6 +5,7 @@
 #include "platform/linux/files/LocalFile.h"
 #include "platform/linux/files/TreeCopy.h"
 
+#include <filesystem>
 #include <new>
 #include <utility>
 
@@ -44,7 +45,7 @@ void LinuxFileActions::copyItems(const QList<QUrl> &items, const QUrl &folder, N
                                  Done done)
 {
     const auto copy = [this, folder, rule](const QByteArray &item) {
-        copyItem(item, pathOf(folder), rule, m_worker.cancelled());
+        copyItem(item, pathOf(folder), rule, m_worker.cancellable());
     };
     runForEach(items, copy, std::move(done));
 }
@@ -53,7 +54,7 @@ void LinuxFileActions::moveItems(const QList<QUrl> &items, const QUrl &folder, N
                                  Done done)
 {
     const auto move = [this, folder, rule](const QByteArray &item) {
-        moveItem(item, pathOf(folder), rule, m_worker.cancelled());
+        moveItem(item, pathOf(folder), rule, m_worker.cancellable());
     };
     runForEach(items, move, std::move(done));
 }
@@ -99,6 +100,9 @@ void LinuxFileActions::run(Job job, Answer<Value> done)
             try {
                 return {std::nullopt, job()};
             } catch (const FileFailure &failure) {
+                return {failure.text, Value()};
+            } catch (const std::filesystem::filesystem_error &error) {
+                const FileFailure failure(error.path1().c_str(), error.code().value());
                 return {failure.text, Value()};
             } catch (const std::bad_alloc &) {
                 return {QStringLiteral("There is not enough memory"), Value()};

@@ -17,9 +17,7 @@
 #include <array>
 #include <cerrno>
 #include <fcntl.h>
-#include <mutex>
 #include <new>
-#include <sys/stat.h>
 #include <utility>
 
 namespace velmora
@@ -29,31 +27,12 @@ namespace
 {
 
 constexpr int mostMegabytes = 512; // decoded: more than a hundred megapixels
-constexpr qint64 mostBytes = qint64{mostMegabytes} * 1024 * 1024;
+constexpr qint64 mostPixels = qint64{mostMegabytes} * 1024 * 1024 / 4;
 
 bool isTaken(const QByteArray &format)
 {
     static constexpr std::array formats{"jpeg", "jpg", "png", "tiff", "tif", "bmp", "gif", "webp"};
     return std::find(formats.begin(), formats.end(), format) != formats.end();
-}
-
-/// Null unless it is a plain file: a pipe would keep us waiting.
-UniqueFd openPlainFile(const QByteArray &path)
-{
-    UniqueFd fd(open(path.constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-    struct stat info = {};
-    return fd.isOpen() && fstat(fd.get(), &info) == 0 && S_ISREG(info.st_mode) ? std::move(fd)
-                                                                               : UniqueFd();
-}
-
-bool isTooLarge(const QImageReader &reader)
-{
-    const QSize size = reader.size();
-    const QPixelFormat format = QImage::toPixelFormat(reader.imageFormat() == QImage::Format_Invalid
-                                                          ? QImage::Format_ARGB32
-                                                          : reader.imageFormat());
-    return size.isValid() &&
-           qint64{size.width()} * size.height() * (format.bitsPerPixel() / 8) > mostBytes;
 }
 
 /// The reader could do this itself, but forgets the colour profile over it.
@@ -91,20 +70,17 @@ const char *formatName(ImageEncoding::Type type)
 QImage readImage(const QByteArray &path)
 {
     QFile file;
-    UniqueFd fd = openPlainFile(path);
+    UniqueFd fd = openPlainFile(path.constData());
     if (!fd.isOpen() ||
         !file.open(fd.release(), QIODevice::ReadOnly, QFileDevice::AutoCloseHandle)) {
         return {};
     }
     if (looksLikeHeif(file.peek(12))) {
-        return readHeif("/proc/self/fd/" + QByteArray::number(file.handle()), mostBytes / 4);
+        return readHeif("/proc/self/fd/" + QByteArray::number(file.handle()), mostPixels);
     }
-    // The toolkit's own limit would turn away what today's cameras make.
-    static std::once_flag once;
-    std::call_once(once, [] { QImageReader::setAllocationLimit(mostMegabytes); });
     QImageReader reader(&file);
     reader.setDecideFormatFromContent(true);
-    if (!isTaken(reader.format()) || isTooLarge(reader)) {
+    if (!isTaken(reader.format())) {
         return {};
     }
     return upright(reader.read(), reader.transformation());
@@ -170,6 +146,8 @@ ImageOutcome writeImage(const QImage &image, const ImageEncoding &encoding,
 LinuxImageConverter::LinuxImageConverter()
     : m_worker(1)
 {
+    // The toolkit's own limit would turn away what today's cameras make.
+    QImageReader::setAllocationLimit(mostMegabytes);
 }
 
 void LinuxImageConverter::convert(const QUrl &source, const ImageEncoding &encoding,

@@ -1,10 +1,12 @@
 #include "platform/linux/media/ArtworkLoader.h"
 
 #include "imaging/CoverImage.h"
+#include "platform/linux/UniqueFd.h"
 
-#include <QFutureWatcher>
+#include <QFile>
+#include <QSet>
 #include <QUrl>
-#include <QtConcurrentRun>
+#include <QtConcurrent>
 
 #include <algorithm>
 #include <utility>
@@ -19,10 +21,47 @@ using namespace std::chrono_literals;
 
 constexpr auto startInterval = 100ms;
 constexpr auto patience = 20s; // a dead network drive answers never
+constexpr qint64 maximumBytes = 16'777'216;
 
 // Sixteen covers at most, and fewer if they are large.
 constexpr qsizetype cacheKilobytes = 8192;
 constexpr qsizetype leastCost = cacheKilobytes / 16;
+
+// These take their time and run beside the main loop; they touch nothing shared.
+
+/// Without an image if there is none, or if the key is among those known already.
+Cover decodeFile(const QString &path, const QSet<QString> &knownKeys)
+{
+    const UniqueFd descriptor = openPlainFile(QFile::encodeName(path).constData());
+    struct stat status = {};
+    if (!descriptor.isOpen() || ::fstat(descriptor.get(), &status) != 0 ||
+        status.st_size > maximumBytes)
+        return {};
+    // Players use one temporary file for one cover after another.
+    const auto key = QStringLiteral("%1:%2:%3.%4:%5")
+                         .arg(status.st_ino)
+                         .arg(status.st_size)
+                         .arg(status.st_mtim.tv_sec)
+                         .arg(status.st_mtim.tv_nsec)
+                         .arg(path);
+    if (knownKeys.contains(key))
+        return {key, QImage()};
+    QFile file;
+    file.open(descriptor.get(), QIODevice::ReadOnly | QIODevice::Unbuffered);
+    return {key, decodeCover(file.read(status.st_size))};
+}
+
+/// Of an address that holds the data itself ("data:image/png;base64,…").
+Cover decodeInline(const QString &address)
+{
+    const qsizetype comma = address.indexOf(u',');
+    if (comma < 0)
+        return {};
+    const QByteArray body = QByteArray::fromPercentEncoding(address.mid(comma + 1).toLatin1());
+    const bool isBase64 =
+        address.left(comma).endsWith(QLatin1String(";base64"), Qt::CaseInsensitive);
+    return {{}, decodeCover(isBase64 ? QByteArray::fromBase64(body) : body)};
+}
 
 } // namespace
 
@@ -69,11 +108,9 @@ void ArtworkLoader::startNext()
         return;
     m_isWaiting = false;
     m_isRunning = true;
-    const quint64 load = ++m_load;
-    m_patience = m_clock.after(patience, [this, load] {
+    m_patience = m_clock.after(patience, [this] {
         m_download.reset();
-        if (load == m_load)
-            finish({});
+        finish({});
     });
     const QString scheme = m_wanted.left(6).section(u':', 0, 0).toLower();
     if (m_wanted.startsWith(u'/'))
@@ -83,9 +120,7 @@ void ArtworkLoader::startNext()
     else if (scheme == QLatin1String("http") || scheme == QLatin1String("https"))
         startDownload(m_wanted);
     else if (scheme == QLatin1String("data"))
-        decodeAside([address = m_wanted] {
-            return artwork::Decoded{QString(), artwork::decodeInline(address)};
-        });
+        decodeAside([address = m_wanted] { return decodeInline(address); });
     else
         finish({});
 }
@@ -94,7 +129,7 @@ void ArtworkLoader::startFile(const QString &path)
 {
     const auto keys = m_cache.keys();
     decodeAside([path, known = QSet<QString>(keys.begin(), keys.end())] {
-        return artwork::decodeFile(path, known);
+        return decodeFile(path, known);
     });
 }
 
@@ -105,26 +140,24 @@ void ArtworkLoader::startDownload(const QString &address)
         return;
     }
     m_downloading = address;
-    const HttpRequest request{QUrl(address), QStringLiteral("cover"), artwork::maximumBytes};
+    const HttpRequest request{QUrl(address), QStringLiteral("cover"), maximumBytes};
     m_download = m_http.get(request, [this, address](const auto &answer) {
         const auto bytes = answer && answer->status == 200 ? answer->body : QByteArray();
-        decodeAside([address, bytes] { return artwork::Decoded{address, decodeCover(bytes)}; });
+        decodeAside([address, bytes] { return Cover{address, decodeCover(bytes)}; });
         m_download.reset(); // last, since this is a part of it
     });
 }
 
-void ArtworkLoader::decodeAside(std::function<artwork::Decoded()> decoding)
+void ArtworkLoader::decodeAside(std::function<Cover()> decoding)
 {
-    auto *watcher = new QFutureWatcher<artwork::Decoded>(this);
-    connect(watcher, &QFutureWatcherBase::finished, this, [this, watcher, load = m_load] {
-        watcher->deleteLater();
-        if (load == m_load)
-            finish(watcher->result());
-    });
-    watcher->setFuture(QtConcurrent::run(m_threads.get(), std::move(decoding)));
+    QtConcurrent::run(m_threads.get(), std::move(decoding))
+        .then(this, [this, load = m_load](const Cover &cover) {
+            if (load == m_load)
+                finish(cover);
+        });
 }
 
-void ArtworkLoader::finish(const artwork::Decoded &result)
+void ArtworkLoader::finish(const Cover &result)
 {
     ++m_load;
     m_isRunning = false;
@@ -135,17 +168,13 @@ void ArtworkLoader::finish(const artwork::Decoded &result)
     else if (!image.isNull() && !result.key.isEmpty())
         m_cache.insert(result.key, new QImage(image),
                        std::max<qsizetype>(leastCost, image.sizeInBytes() / 1024));
-    if (m_isWaiting)
+    if (m_isWaiting) {
         m_starts.request();
-    else if (m_state == State::Loading)
-        settle(image);
-}
-
-void ArtworkLoader::settle(const QImage &image)
-{
-    m_image = image;
-    m_state = image.isNull() ? State::Failed : State::Ready;
-    Q_EMIT settled();
+    } else if (m_state == State::Loading) {
+        m_state = image.isNull() ? State::Failed : State::Ready;
+        m_image = image;
+        Q_EMIT settled();
+    }
 }
 
 } // namespace velmora

@@ -3,12 +3,10 @@
 #include "platform/Clock.h"
 #include "platform/HttpGetter.h"
 #include "platform/linux/Throttle.h"
-#include "platform/linux/media/ArtworkDecoder.h"
 
 #include <QCache>
 #include <QImage>
 #include <QObject>
-#include <QSet>
 #include <QString>
 #include <QThreadPool>
 
@@ -17,6 +15,12 @@
 
 namespace velmora
 {
+
+/// What a load has brought.
+struct Cover {
+    QString key;  ///< names the content, for the cache: changes when a file is written anew
+    QImage image; ///< null if it could not be had, or is in the cache
+};
 
 /// The cover of the one track that is shown. However fast the wishes change, one load runs at a
 /// time, and the next is for the newest wish. Files are read and pictures decoded beside the main
@@ -49,9 +53,8 @@ private:
     void startNext();
     void startFile(const QString &path);
     void startDownload(const QString &address);
-    void decodeAside(std::function<artwork::Decoded()> decoding);
-    void finish(const artwork::Decoded &result);
-    void settle(const QImage &image);
+    void decodeAside(std::function<Cover()> decoding);
+    void finish(const Cover &result);
 
     Clock &m_clock;
     HttpGetter &m_http;

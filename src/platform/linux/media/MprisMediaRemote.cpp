@@ -1,7 +1,5 @@
 #include "platform/linux/media/MprisMediaRemote.h"
 
-#include "platform/linux/media/CurrentPlayer.h"
-
 #include <utility>
 
 namespace velmora
@@ -98,15 +96,26 @@ void MprisMediaRemote::look(Entry &entry)
     m_reports.request();
 }
 
+/// The player that is shown stays as long as it plays, and in silence until another begins, so that
+/// the notch does not flicker between players.
 void MprisMediaRemote::updateCurrent()
 {
-    QList<PlayerStanding> standings;
+    const Entry *playing = nullptr; // the one that started last
+    const Entry *silent = nullptr;  // the one that was active last
     for (const auto &[owner, entry] : m_players) {
         const MprisPlayer &state = entry->player.state();
-        standings.append(
-            {owner, state.isPlaying(), state.hasItem(), entry->started, entry->active});
+        if (!state.hasItem())
+            continue;
+        if (state.isPlaying() && (!playing || entry->started > playing->started))
+            playing = entry.get();
+        if (!silent || entry->active > silent->active)
+            silent = entry.get();
     }
-    m_current = chooseCurrentPlayer(m_current, standings);
+    const Entry *const shown = current();
+    const bool stays =
+        shown && shown->player.state().hasItem() && (shown->player.state().isPlaying() || !playing);
+    if (const Entry *const next = playing ? playing : silent; !stays)
+        m_current = next ? next->owner : QString();
 
     std::tuple<QString, int, QString> wanted;
     if (const Entry *const entry = current()) {

@@ -39,10 +39,12 @@ public:
 private:
     struct Entry {
         Entry(const QDBusConnection &bus, Clock &clock, const QString &owner)
-            : player(bus, clock, owner)
+            : owner(owner)
+            , player(bus, clock, owner)
         {
         }
 
+        QString owner; ///< the unique name of its connection
         BusPlayer player;
         QStringList names;   ///< without what all players' names begin with
         quint64 started = 0; ///< counts of m_activity, for the choice of the current player

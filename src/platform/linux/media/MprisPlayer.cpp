@@ -33,18 +33,9 @@ QString joinedText(const QVariant &value)
 {
     if (value.typeId() != QMetaType::QStringList)
         return cut(toText(value));
-    const QStringList parts = value.toStringList();
-    QString joined;
-    for (const QString &part : parts) {
-        if (joined.size() > maximumText)
-            break;
-        if (part.isEmpty())
-            continue;
-        if (!joined.isEmpty())
-            joined += QLatin1String(", ");
-        joined += part;
-    }
-    return cut(joined);
+    QStringList parts = value.toStringList().mid(0, maximumText);
+    parts.removeAll(QString());
+    return cut(parts.join(QLatin1String(", ")));
 }
 
 QString fileName(const QString &address)
@@ -88,11 +79,8 @@ MprisTrack MprisTrack::fromMetadata(const QVariant &metadata)
 
 void MprisPlayer::takeAll(const QVariantMap &properties, Time now)
 {
-    QVariantMap complete = properties;
-    for (const auto *name : {"PlaybackStatus", "Metadata", "Rate"}) {
-        if (!complete.contains(QLatin1String(name)))
-            complete.insert(QLatin1String(name), QVariant());
-    }
+    QVariantMap complete{{u"PlaybackStatus"_qs, {}}, {u"Metadata"_qs, {}}, {u"Rate"_qs, {}}};
+    complete.insert(properties);
     takeChanges(complete, now);
 }
 

@@ -176,21 +176,37 @@ void MprisMediaRemoteTest::choosesAmongPlayers()
 {
     FakePlayers players;
     Desktop desktop;
-    QVERIFY(players.tell(playing("a", "A")));
-    QVERIFY(desktop.shows("A"));
-    QVERIFY(players.tell(playing("b", "B")));
+    const auto turn = [&](const QByteArray &player, const char *state) {
+        return players.tell("{'player':'" + player + "','change':{'PlaybackStatus':'" + state +
+                            "'}}");
+    };
     QVERIFY(players.tell("{'player':'playerctld','appear':'playerctld'}"));
-    QTRY_COMPARE((desktop.clock.advance(30ms), players.calls("b GetAll")), 1);
+    for (const char *title : {"A", "B", "C"}) { // in silence the next one takes over
+        const QByteArray player = QByteArray(title).toLower();
+        QVERIFY(players.tell(playing(player, title)));
+        QVERIFY(desktop.shows(title));
+        QVERIFY(turn(player, "Paused"));
+    }
+    QVERIFY(turn("c", "Playing"));
+    for (const QByteArray player : {"a", "b"}) {
+        QVERIFY(turn(player, "Playing"));
+        QVERIFY(players.tell("{'player':'" + player + "','invalidate':['Metadata']}"));
+        QTRY_COMPARE((desktop.clock.advance(30ms), players.calls(player + " GetAll")), 2);
+    }
+    QVERIFY(desktop.shows("C")); // which plays on
+    QVERIFY(turn("c", "Paused"));
+    QVERIFY(desktop.shows("B")); // which began last
+    QVERIFY(turn("b", "Paused"));
     QVERIFY(desktop.shows("A"));
-    QVERIFY(players.tell("{'player':'a','change':{'PlaybackStatus':'Paused'}}"));
-    QVERIFY(desktop.shows("B"));
+    QVERIFY(players.tell("{'vanish':'a'}"));
+    QVERIFY(desktop.shows("B")); // of those that are silent, the one that was active last
     QVERIFY(players.tell("{'vanish':'b'}"));
-    QVERIFY(desktop.shows("A"));
+    QVERIFY(desktop.shows("C"));
     QCOMPARE(players.calls("playerctld GetAll"), 0);
     // A player that is replaced under the same name is another player.
-    QVERIFY(players.tell("{'vanish':'a'}"));
-    QVERIFY(players.tell(playing("a", "C")));
-    QVERIFY(desktop.shows("C"));
+    QVERIFY(players.tell("{'vanish':'c'}"));
+    QVERIFY(players.tell(playing("c", "D")));
+    QVERIFY(desktop.shows("D"));
 }
 
 void MprisMediaRemoteTest::passesCommandsOn()

@@ -1,7 +1,6 @@
 #include "platform/linux/media/MprisPlayer.h"
 
 #include "platform/linux/Throttle.h"
-#include "platform/linux/media/CurrentPlayer.h"
 #include "platform/linux/media/PlayerNotices.h"
 #include "support/VirtualClock.h"
 
@@ -39,7 +38,6 @@ private Q_SLOTS:
     void computesThePosition();
     void doubtsThePositionAfterChanges();
     void forgetsWhatIsNoLongerTold();
-    void choosesTheCurrentPlayer();
     void knowsThePlayersWithNotices();
     void throttles();
 };
@@ -141,24 +139,6 @@ void MprisPlayerTest::forgetsWhatIsNoLongerTold()
     QVERIFY(player.isPlaying() && !player.hasItem());
     player.takePosition(0, 0s);
     QCOMPARE(player.position(5s), 5.0); // at the usual rate again
-}
-
-void MprisPlayerTest::choosesTheCurrentPlayer()
-{
-    const auto a = u"a"_qs;
-    const auto b = u"b"_qs;
-    const auto c = u"c"_qs;
-    constexpr bool yes = true;
-    constexpr bool no = false;
-    // Of each: owner, plays, has an item, started, active. "a" has been shown until now.
-    QCOMPARE(chooseCurrentPlayer(a, {}), QString());
-    QCOMPARE(chooseCurrentPlayer(a, {{a, yes, yes, 1, 1}, {b, yes, yes, 2, 2}}), a);
-    QCOMPARE(chooseCurrentPlayer(a, {{a, no, yes, 9, 9}, {b, yes, yes, 3, 3}, {c, yes, yes, 2, 8}}),
-             b);
-    QCOMPARE(chooseCurrentPlayer(a, {{a, no, yes, 1, 1}, {b, no, yes, 2, 2}}), a);
-    QCOMPARE(chooseCurrentPlayer(a, {{a, yes, no, 1, 1}, {b, yes, yes, 2, 2}}), b);
-    QCOMPARE(chooseCurrentPlayer(a, {{b, no, yes, 5, 5}, {c, no, yes, 1, 6}}), c);
-    QCOMPARE(chooseCurrentPlayer(a, {{a, yes, no, 1, 1}, {b, no, no, 2, 2}}), QString());
 }
 
 void MprisPlayerTest::knowsThePlayersWithNotices()
