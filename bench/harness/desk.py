@@ -32,7 +32,7 @@ class Desk:
         script = "import json,os,sys; print(json.dumps(dict(os.environ)), flush=True); sys.stdin.read()"
         self.process = subprocess.Popen(
             [str(DESKTOP), *self.OPTIONS[kind], "--size", f"{width}x{HEIGHT}", "--pipewire", "--system-bus",
-             "--timeout", "0", "--interactive", "--", sys.executable, "-c", script],
+             "--interactive", "--", sys.executable, "-c", script],
             stdin=subprocess.PIPE, stdout=subprocess.PIPE, start_new_session=True)
         ready, _, _ = select.select([self.process.stdout], [], [], 60)
         line = self.process.stdout.readline() if ready else b""

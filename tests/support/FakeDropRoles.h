@@ -95,11 +95,17 @@ private:
         m_answers.emplace_back([done, values...] { done(values...); });
     }
 
-    struct Files final : FileActions {
-        explicit Files(FakeDropRoles &all)
+    template<typename Role>
+    struct Part : Role {
+        explicit Part(FakeDropRoles &all)
             : fake(all)
         {
         }
+        FakeDropRoles &fake;
+    };
+
+    struct Files final : Part<FileActions> {
+        using Part::Part;
         void createFolder(const QUrl &folder, Done done) override
         {
             fake.calls << QStringLiteral("mkdir ") + name(folder);
@@ -140,14 +146,10 @@ private:
         {
             fake.calls << QStringLiteral("discard ") + name(item);
         }
-        FakeDropRoles &fake;
     };
 
-    struct Images final : ImageConverter {
-        explicit Images(FakeDropRoles &all)
-            : fake(all)
-        {
-        }
+    struct Images final : Part<ImageConverter> {
+        using Part::Part;
         void convert(const QUrl &source, const ImageEncoding &encoding, const QUrl &target,
                      NameRule, Done done) override
         {
@@ -159,14 +161,10 @@ private:
                                   ? ImageOutcome{ImageOutcome::Result::Written, {}}
                                   : fake.imageOutcomes.takeFirst());
         }
-        FakeDropRoles &fake;
     };
 
-    struct Processes final : ChildProcesses {
-        explicit Processes(FakeDropRoles &all)
-            : fake(all)
-        {
-        }
+    struct Processes final : Part<ChildProcesses> {
+        using Part::Part;
         void run(const Command &command, Done done) override
         {
             fake.calls << shown(command.executable + ' ' + command.arguments.join(' ') +
@@ -176,14 +174,10 @@ private:
                                                            : fake.processes.takeFirst());
             }
         }
-        FakeDropRoles &fake;
     };
 
-    struct Apps final : Applications {
-        explicit Apps(FakeDropRoles &all)
-            : fake(all)
-        {
-        }
+    struct Apps final : Part<Applications> {
+        using Part::Part;
         void open(const QUrl &url) override { fake.calls << QStringLiteral("open ") + name(url); }
         void open(const QList<QUrl> &files, const Application &application) override
         {
@@ -202,32 +196,23 @@ private:
             fake.calls << QStringLiteral("who is ") + identifier;
             fake.answer(done, fake.player);
         }
-        FakeDropRoles &fake;
     };
 
-    struct Disks final : Volumes {
-        explicit Disks(FakeDropRoles &all)
-            : fake(all)
-        {
-        }
+    struct Disks final : Part<Volumes> {
+        using Part::Part;
         void ejectVolumeOf(const QUrl &file, std::function<void(bool)> done) override
         {
             fake.calls << QStringLiteral("eject ") + name(file);
             fake.answer(done, !fake.ejections.isEmpty() && fake.ejections.takeFirst());
         }
-        FakeDropRoles &fake;
     };
 
-    struct Share final : Sharing {
-        explicit Share(FakeDropRoles &all)
-            : fake(all)
-        {
-        }
+    struct Share final : Part<Sharing> {
+        using Part::Part;
         void send(const QList<QUrl> &files) override
         {
             fake.calls << QStringLiteral("send ") + names(files);
         }
-        FakeDropRoles &fake;
     };
 
     std::deque<std::function<void()>> m_answers;

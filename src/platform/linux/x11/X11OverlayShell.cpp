@@ -3,13 +3,12 @@
 #include "platform/linux/x11/MotionSelection.h"
 
 #include <QGuiApplication>
-#include <QPointer>
 #include <QWindow>
 #include <QtGui/qguiapplication_platform.h>
 #include <qpa/qplatformnativeinterface.h>
 #include <qpa/qplatformwindow.h>
+#include <qpa/qplatformwindow_p.h>
 
-#include <cstring>
 #include <optional>
 #include <utility>
 #include <xcb/xcb.h>
@@ -21,37 +20,7 @@ namespace
 
 xcb_connection_t *qtConnection()
 {
-    const auto *x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    return x11 ? x11->connection() : nullptr;
-}
-
-xcb_atom_t internAtom(xcb_connection_t *xcb, const char *name)
-{
-    const auto cookie =
-        xcb_intern_atom(xcb, 0, static_cast<std::uint16_t>(std::strlen(name)), name);
-    const XcbPtr<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(xcb, cookie, nullptr));
-    return reply ? reply->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
-}
-
-/// Asked for once: each question waits for the server, and windows are made anew at every change of
-/// a setting.
-struct WindowAtoms {
-    explicit WindowAtoms(xcb_connection_t *xcb)
-        : windowType(internAtom(xcb, "_NET_WM_WINDOW_TYPE"))
-        , dock(internAtom(xcb, "_NET_WM_WINDOW_TYPE_DOCK"))
-        , desktop(internAtom(xcb, "_NET_WM_DESKTOP"))
-    {
-    }
-    xcb_atom_t windowType;
-    xcb_atom_t dock;
-    xcb_atom_t desktop;
-};
-
-/// Qt sends what it has gathered when it next handles an event of the server, and that may be late.
-void flush()
-{
-    if (xcb_connection_t *xcb = qtConnection())
-        xcb_flush(xcb);
+    return qGuiApp->nativeInterface<QNativeInterface::QX11Application>()->connection();
 }
 
 xcb_window_t focusedWindow(xcb_connection_t *xcb)
@@ -77,7 +46,7 @@ class X11OverlaySurface final : public QObject, public OverlaySurface
 {
 public:
     X11OverlaySurface(QWindow &window, std::shared_ptr<X11Stacking> stacking)
-        : m_window(&window)
+        : m_window(window)
         , m_stacking(std::move(stacking))
     {
     }
@@ -87,21 +56,17 @@ public:
         if (m_stacking && m_id != XCB_NONE)
             m_stacking->unwatch(m_id);
         X11OverlaySurface::setKeyboardWanted(false);
-        if (!m_window)
-            return;
-        m_window->destroy();
+        m_window.destroy();
         flush();
     }
     Q_DISABLE_COPY_MOVE(X11OverlaySurface)
 
     void orderFront() override
     {
-        if (!m_window)
-            return;
         if (m_id == XCB_NONE)
             prepare();
-        m_window->show();
-        m_window->raise();
+        m_window.show();
+        m_window.raise();
         flush();
     }
 
@@ -109,13 +74,9 @@ public:
     /// frame without it has been sent: never does the desktop show where the notch still is.
     void setShape(const OverlayShape &shape) override
     {
-        if (!m_window)
-            return;
-        m_shape = shape(m_window->devicePixelRatio(), isBlended());
-        if (m_id == XCB_NONE)
-            return;
+        m_shape = shape(m_window.devicePixelRatio(), isBlended());
         cutTo(m_cut + m_shape);
-        m_window->requestUpdate();
+        m_window.requestUpdate();
     }
 
     void setMotionWanted(bool wanted) override
@@ -127,17 +88,15 @@ public:
 
     void setKeyboardWanted(bool wanted) override
     {
-        xcb_connection_t *xcb = qtConnection();
-        if (wanted == m_focusBefore.has_value() || m_id == XCB_NONE || !xcb)
+        if (wanted == m_focusBefore.has_value() || m_id == XCB_NONE)
             return;
-        const xcb_window_t focus = focusedWindow(xcb);
+        const xcb_window_t focus = focusedWindow(m_xcb);
+        const auto before = std::exchange(m_focusBefore, std::nullopt);
         if (wanted) {
             m_focusBefore = focus;
-            setFocus(xcb, m_id);
-        } else {
-            const xcb_window_t before = *std::exchange(m_focusBefore, std::nullopt);
-            if (focus == m_id)
-                setFocus(xcb, before);
+            setFocus(m_xcb, m_id);
+        } else if (focus == m_id) {
+            setFocus(m_xcb, *before);
         }
     }
 
@@ -155,45 +114,43 @@ private:
     /// By a compositor, of which there may be none.
     [[nodiscard]] bool isBlended() const
     {
-        return QGuiApplication::platformNativeInterface()->nativeResourceForScreen(
-                   "compositingenabled", m_window->screen()) != nullptr;
+        QScreen *screen = m_window.screen();
+        return screen && QGuiApplication::platformNativeInterface()->nativeResourceForScreen(
+                             "compositingenabled", screen);
     }
+
+    /// Qt sends what it has gathered when it next handles an event of the server, which may be
+    /// late.
+    void flush() const { xcb_flush(m_xcb); }
 
     void cutTo(const QRegion &pixels)
     {
-        if (!m_window || m_cut == pixels)
+        if (m_id == XCB_NONE || !m_window.handle() || m_cut == pixels)
             return;
         m_cut = pixels;
         // An empty mask means no mask to Qt; a spot outside of the window hides all of it.
-        m_window->handle()->setMask(pixels.isEmpty() ? QRegion(-1, -1, 1, 1) : pixels);
+        m_window.handle()->setMask(pixels.isEmpty() ? QRegion(-1, -1, 1, 1) : pixels);
         flush();
     }
 
-    /// Creates the X window and tells pagers and compositors what it is.
     void prepare()
     {
-        m_window->create();
-        m_id = static_cast<xcb_window_t>(m_window->winId());
-        m_window->installEventFilter(this);
+        m_window.create();
+        m_id = static_cast<xcb_window_t>(m_window.winId());
+        m_window.installEventFilter(this);
         cutTo(m_shape);
-        xcb_connection_t *xcb = qtConnection();
-        if (!xcb)
-            return;
-        static const WindowAtoms atoms(xcb);
         // Compositors draw no shadow around a dock, do not fade it, and keep it in overviews.
-        xcb_change_property(xcb, XCB_PROP_MODE_REPLACE, m_id, atoms.windowType, XCB_ATOM_ATOM, 32,
-                            1, &atoms.dock);
-        const std::uint32_t allDesktops = 0xffffffff;
-        xcb_change_property(xcb, XCB_PROP_MODE_REPLACE, m_id, atoms.desktop, XCB_ATOM_CARDINAL, 32,
-                            1, &allDesktops);
-        m_motion.emplace(xcb, m_id);
+        using Native = QNativeInterface::Private::QXcbWindow;
+        m_window.nativeInterface<Native>()->setWindowType(Native::Dock);
+        m_motion.emplace(m_xcb, m_id);
         m_motion->setSelected(m_motionWanted);
         if (m_stacking)
             m_stacking->watch(m_id);
     }
 
-    QPointer<QWindow> m_window;
+    QWindow &m_window;
     std::shared_ptr<X11Stacking> m_stacking;
+    xcb_connection_t *m_xcb = qtConnection();
     xcb_window_t m_id = XCB_NONE;
     std::optional<xcb_window_t> m_focusBefore; ///< while the keyboard is wanted
     QRegion m_shape;                           ///< as it is wanted, in pixels

@@ -1,3 +1,4 @@
+#include "platform/linux/UniqueFd.h"
 #include "platform/linux/windowing/Windowing.h"
 
 #include <QElapsedTimer>
@@ -7,36 +8,24 @@
 #include <algorithm>
 #include <sys/socket.h>
 #include <sys/un.h>
-#include <unistd.h>
 
 using namespace velmora;
 
 namespace
 {
 
-/// A socket where a compositor should be: it takes connections and says at most one thing.
-class Listener
+/// A socket where a compositor should be: it takes connections and says nothing.
+UniqueFd muteCompositor(const QByteArray &path)
 {
-public:
-    explicit Listener(const QByteArray &path)
-    {
-        sockaddr_un address{};
-        address.sun_family = AF_UNIX;
-        std::ranges::copy(path, address.sun_path);
-        m_socket = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-        m_listening =
-            bind(m_socket, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0 &&
-            listen(m_socket, 4) == 0;
-    }
-    ~Listener() { close(m_socket); }
-    Q_DISABLE_COPY_MOVE(Listener)
-
-    [[nodiscard]] bool isListening() const { return m_listening; }
-
-private:
-    int m_socket = -1;
-    bool m_listening = false;
-};
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::ranges::copy(path, address.sun_path);
+    UniqueFd fd(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    const bool isListening =
+        bind(fd.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0 &&
+        listen(fd.get(), 4) == 0;
+    return isListening ? std::move(fd) : UniqueFd();
+}
 
 } // namespace
 
@@ -98,8 +87,8 @@ private Q_SLOTS:
 
     void compositorThatNeverAnswers()
     {
-        const Listener mute((m_runtime.path() + QStringLiteral("/wayland-mute")).toUtf8());
-        QVERIFY(mute.isListening());
+        const auto mute = muteCompositor(m_runtime.path().toUtf8() + "/wayland-mute");
+        QVERIFY(mute.isOpen());
         qputenv("DISPLAY", ":7");
         qputenv("WAYLAND_DISPLAY", "wayland-mute");
         QElapsedTimer watch;
