@@ -130,26 +130,23 @@ class Figures:
             time.sleep(2)
             for place in PLACES if subject.name == "velmora" else ("desktop", "notch"):
                 # The way to the panel leads over the notch, which opens it.
-                self.move(desk, "desktop" if place == "desktop" else "notch", 0.2, subject)
+                self.move(desk, "desktop" if place == "desktop" else "notch", 0.2)
                 if place != "desktop":
                     time.sleep(0.7)
                 for _ in range(3):  # a starved sender measures nothing
                     before = Activity(program.checked_pid())
-                    sent = self.move(desk, place, self.options.storm_seconds, subject)
+                    sent = self.move(desk, place, self.options.storm_seconds)
                     values[place] = Activity(program.checked_pid()).since(before)["cpu"]
                     values[f"{place}_rate"] = sent["per_second"]
                     if sent["per_second"] > 0.95 * MOVES[subject.desk]:
                         break
                 else:
                     raise BenchError(f"the machine is too busy: {sent['per_second']} moves a second over the {place}")
-            self.move(desk, "desktop", 0.1, subject)
+            self.move(desk, "desktop", 0.1)
         self.store("storm", subject, values)
 
-    def move(self, desk, place, seconds, subject):
-        region = PLACES[place]
-        if place == "notch" and subject.name == "floor" and subject.desk == "wayland":
-            region = f"160x24+{MIDDLE - 80}+{HEIGHT // 2 - 12}"  # an ordinary window: sway puts it into the middle
-        return self.tool("pointer_storm", desk.display, region, MOVES[subject.desk], seconds, timeout=60)[0]
+    def move(self, desk, place, seconds):
+        return self.tool("pointer_storm", desk.display, PLACES[place], MOVES[desk.kind], seconds, timeout=60)[0]
 
     # Soak ----------------------------------------------------------------------------------------------------
 

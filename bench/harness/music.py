@@ -77,9 +77,9 @@ class MusicFigures(Figures):
         desk = self.desks[subject.desk]
         with Running(subject, desk) as program:
             time.sleep(3)
-            self.move(desk, "notch", 0.2, subject)
+            self.move(desk, "notch", 0.2)
             time.sleep(1)
-            self.move(desk, "panel", 0.1, subject)
+            self.move(desk, "panel", 0.1)
             # The track has to last until the frames have been counted as well.
             with self.holding(desk, 60, PANEL_SECONDS + 10, LONG_TITLE):
                 time.sleep(1.5)
@@ -88,7 +88,7 @@ class MusicFigures(Figures):
                 values = Activity(program.checked_pid()).since(before)
                 frames = self.tool("frame_trace", desk.display, PANEL_TITLE, 6, timeout=30)[0]
             program.checked_pid()
-            self.move(desk, "desktop", 0.1, subject)
+            self.move(desk, "desktop", 0.1)
         if frames["moving_s"] < 3:
             raise BenchError(f"the panel is not open, or its title does not slide: {frames}")
         self.store("panel", subject, {**values, **frames})

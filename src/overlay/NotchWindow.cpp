@@ -9,6 +9,12 @@
 
 namespace velmora
 {
+namespace
+{
+
+constexpr int frameInterval = 16; // milliseconds
+
+} // namespace
 
 NotchWindow::NotchWindow(TrackingView &trackingView)
     : m_trackingView(trackingView)
@@ -24,6 +30,7 @@ bool NotchWindow::event(QEvent *event)
         m_trackingView.mouseEntered(static_cast<QEnterEvent *>(event)->position());
         break;
     case QEvent::Leave:
+        m_lastMove.reset();
         m_trackingView.mouseExited();
         break;
     case QEvent::DragEnter:
@@ -54,14 +61,14 @@ bool NotchWindow::isForViews(const QEvent &event)
             return !m_isPressUsed;
         }
         m_trackingView.mouseMoved(move.position());
-        return m_motionWanted;
+        return m_motionWanted && isDue(move);
     }
     case QEvent::MouseButtonPress: {
         const auto &press = static_cast<const QMouseEvent &>(event);
         // The right button opens a menu, wherever it is pressed.
         m_isPressUsed =
             m_trackingView.mousePressed(press.position()) && press.button() != Qt::RightButton;
-        return !m_isPressUsed;
+        return !m_isPressUsed && !deliverAfterLastMove(press);
     }
     case QEvent::TouchBegin:
         m_isPressUsed = m_trackingView.mousePressed(
@@ -75,6 +82,52 @@ bool NotchWindow::isForViews(const QEvent &event)
         return !m_isPressUsed;
     default:
         return true;
+    }
+}
+
+/// The views' share of a move is large, and a mouse may send a thousand a second, of which a screen
+/// shows sixty.
+bool NotchWindow::isDue(const QMouseEvent &move)
+{
+    if (m_frameTimer.isActive()) {
+        m_lastMove.reset(move.clone());
+        return false;
+    }
+    m_frameTimer.start(frameInterval, Qt::PreciseTimer, this);
+    return true;
+}
+
+void NotchWindow::deliverLastMove()
+{
+    if (const auto last = std::exchange(m_lastMove, nullptr)) {
+        QMouseEvent move(QEvent::MouseMove, last->position(), last->globalPosition(), Qt::NoButton,
+                         Qt::NoButton, last->modifiers(), last->pointingDevice());
+        QQuickWindow::event(&move);
+    }
+}
+
+/// Views that are pressed have been hovered before. Returns whether there was such a move.
+bool NotchWindow::deliverAfterLastMove(const QMouseEvent &press)
+{
+    if (!m_lastMove) {
+        return false;
+    }
+    deliverLastMove();
+    // Made anew: events of one device share what they tell of its latest state.
+    QMouseEvent again(press.type(), press.position(), press.globalPosition(), press.button(),
+                      press.buttons(), press.modifiers(), press.pointingDevice());
+    QQuickWindow::event(&again);
+    return true;
+}
+
+void NotchWindow::timerEvent(QTimerEvent *event)
+{
+    if (event->timerId() != m_frameTimer.timerId()) {
+        QQuickWindow::timerEvent(event);
+    } else if (m_lastMove) {
+        deliverLastMove();
+    } else {
+        m_frameTimer.stop();
     }
 }
 

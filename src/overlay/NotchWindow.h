@@ -2,7 +2,10 @@
 
 #include "overlay/TrackingView.h"
 
+#include <QBasicTimer>
 #include <QQuickWindow>
+
+#include <memory>
 
 class QDropEvent;
 
@@ -31,9 +34,13 @@ Q_SIGNALS:
 
 protected:
     bool event(QEvent *event) override;
+    void timerEvent(QTimerEvent *event) override;
 
 private:
     [[nodiscard]] bool isForViews(const QEvent &event);
+    [[nodiscard]] bool isDue(const QMouseEvent &move);
+    void deliverLastMove();
+    bool deliverAfterLastMove(const QMouseEvent &press);
     bool dragEvent(QEvent &event);
     void drop(QDropEvent &event);
 
@@ -41,7 +48,9 @@ private:
     bool m_dragAccepted = false;
     bool m_motionWanted = true;
     int m_motionWishes = 0;
-    bool m_isPressUsed = false; ///< the last one: its views do not hear of it
+    bool m_isPressUsed = false;              ///< the last one: its views do not hear of it
+    QBasicTimer m_frameTimer;                ///< since the last move that the views were told
+    std::unique_ptr<QMouseEvent> m_lastMove; ///< since then
 };
 
 } // namespace velmora

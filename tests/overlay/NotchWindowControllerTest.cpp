@@ -7,6 +7,28 @@
 using namespace velmora;
 using namespace std::chrono_literals;
 
+namespace
+{
+
+struct MovesOver : QQuickItem {
+    explicit MovesOver(QQuickItem *parent)
+        : QQuickItem(parent)
+    {
+        setSize({400, 100});
+        setAcceptHoverEvents(true);
+    }
+    void hoverMoveEvent(QHoverEvent *event) override
+    {
+        ++count;
+        last = event->position();
+    }
+
+    int count = 0;
+    QPointF last;
+};
+
+} // namespace
+
 class NotchWindowControllerTest : public QObject
 {
     Q_OBJECT
@@ -171,6 +193,15 @@ void NotchWindowControllerTest::viewsThatFollowThePointer()
     QVERIFY(!desk.shell.isMotionWanted);
     other->setVisible(true);
     QVERIFY(desk.shell.isMotionWanted);
+
+    // No more than a screen can show, and never an old place in the end.
+    auto *const view = new MovesOver(window->contentItem());
+    for (int x = 1; x <= 200; ++x) {
+        QMouseEvent move(QEvent::MouseMove, QPointF(x, 5), QPointF(x, 5), Qt::NoButton, {}, {});
+        QCoreApplication::sendEvent(window, &move);
+    }
+    QVERIFY(view->count < 100);
+    QTRY_COMPARE(view->last, QPointF(200, 5));
     controller->close(); // the view goes with the window
 }
 

@@ -207,7 +207,7 @@ void OverlaySceneTest::menuByRightClick()
     scene.click({790, 105}, Qt::RightButton);
     QVERIFY(window.contains(overlay->menuFrame()));
     QTest::mouseMove(scene.window, rows.back()->mapToScene({20, 12}).toPoint());
-    QVERIFY(!overlay->submenuFrame().isEmpty() && window.contains(overlay->submenuFrame()));
+    QTRY_VERIFY(!overlay->submenuFrame().isEmpty() && window.contains(overlay->submenuFrame()));
     scene.click(overlay->submenuFrame().topLeft() + QPointF(60, 16));
     scene.menu.trigger(-1);
     scene.menu.trigger(99);

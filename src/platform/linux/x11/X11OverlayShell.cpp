@@ -1,6 +1,6 @@
 #include "platform/linux/x11/X11OverlayShell.h"
 
-#include "platform/linux/x11/MotionSelection.h"
+#include "platform/linux/x11/WindowMotion.h"
 
 #include <QGuiApplication>
 #include <QWindow>
@@ -83,7 +83,7 @@ public:
     {
         m_motionWanted = wanted;
         if (m_motion)
-            m_motion->setSelected(wanted);
+            m_motion->setWanted(wanted);
     }
 
     void setKeyboardWanted(bool wanted) override
@@ -102,7 +102,9 @@ public:
 
     bool eventFilter(QObject *, QEvent *event) override
     {
-        if (event->type() == QEvent::UpdateRequest && m_cut != m_shape) {
+        if (event->type() == QEvent::Enter || event->type() == QEvent::Leave) {
+            m_motion->setPointerOver(event->type() == QEvent::Enter);
+        } else if (event->type() == QEvent::UpdateRequest && m_cut != m_shape) {
             // Once the window has drawn. By then the next shape may be wanted already.
             QMetaObject::invokeMethod(
                 this, [this, drawn = m_shape] { cutTo(drawn + m_shape); }, Qt::QueuedConnection);
@@ -137,13 +139,13 @@ private:
     {
         m_window.create();
         m_id = static_cast<xcb_window_t>(m_window.winId());
-        m_window.installEventFilter(this);
         cutTo(m_shape);
         // Compositors draw no shadow around a dock, do not fade it, and keep it in overviews.
         using Native = QNativeInterface::Private::QXcbWindow;
         m_window.nativeInterface<Native>()->setWindowType(Native::Dock);
-        m_motion.emplace(m_xcb, m_id);
-        m_motion->setSelected(m_motionWanted);
+        m_motion.emplace(m_window, m_xcb);
+        m_motion->setWanted(m_motionWanted);
+        m_window.installEventFilter(this);
         if (m_stacking)
             m_stacking->watch(m_id);
     }
@@ -155,7 +157,7 @@ private:
     std::optional<xcb_window_t> m_focusBefore; ///< while the keyboard is wanted
     QRegion m_shape;                           ///< as it is wanted, in pixels
     QRegion m_cut = QRect(-1, -1, 1, 1);       ///< as the server has it
-    std::optional<MotionSelection> m_motion;
+    std::optional<WindowMotion> m_motion;
     bool m_motionWanted = true;
 };
 
