@@ -12,7 +12,7 @@ namespace velmora
 namespace
 {
 
-constexpr int frameInterval = 16; // milliseconds
+constexpr int moveInterval = 16; // milliseconds
 
 } // namespace
 
@@ -93,7 +93,7 @@ bool NotchWindow::isDue(const QMouseEvent &move)
         m_lastMove.reset(move.clone());
         return false;
     }
-    m_frameTimer.start(frameInterval, Qt::PreciseTimer, this);
+    m_frameTimer.start(moveInterval, Qt::PreciseTimer, this);
     return true;
 }
 
