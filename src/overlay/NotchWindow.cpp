@@ -89,12 +89,17 @@ bool NotchWindow::isForViews(const QEvent &event)
 /// shows sixty.
 bool NotchWindow::isDue(const QMouseEvent &move)
 {
-    if (m_frameTimer.isActive()) {
-        m_lastMove.reset(move.clone());
-        return false;
+    const qint64 passed = m_sinceMove.isValid() ? m_sinceMove.elapsed() : moveInterval;
+    if (passed >= moveInterval) {
+        m_lastMove.reset();
+        m_sinceMove.start();
+        return true;
     }
-    m_frameTimer.start(moveInterval, Qt::PreciseTimer, this);
-    return true;
+    m_lastMove.reset(move.clone());
+    if (!m_moveTimer.isActive()) {
+        m_moveTimer.start(int(moveInterval - passed), Qt::PreciseTimer, this);
+    }
+    return false;
 }
 
 void NotchWindow::deliverLastMove()
@@ -122,13 +127,13 @@ bool NotchWindow::deliverAfterLastMove(const QMouseEvent &press)
 
 void NotchWindow::timerEvent(QTimerEvent *event)
 {
-    if (event->timerId() != m_frameTimer.timerId()) {
+    if (event->timerId() != m_moveTimer.timerId()) {
         QQuickWindow::timerEvent(event);
-    } else if (m_lastMove) {
-        deliverLastMove();
-    } else {
-        m_frameTimer.stop();
+        return;
     }
+    m_moveTimer.stop();
+    m_sinceMove.start();
+    deliverLastMove();
 }
 
 bool NotchWindow::dragEvent(QEvent &event)

@@ -3,6 +3,7 @@
 #include "overlay/TrackingView.h"
 
 #include <QBasicTimer>
+#include <QElapsedTimer>
 #include <QQuickWindow>
 
 #include <memory>
@@ -48,9 +49,10 @@ private:
     bool m_dragAccepted = false;
     bool m_motionWanted = true;
     int m_motionWishes = 0;
-    bool m_isPressUsed = false;              ///< the last one: its views do not hear of it
-    QBasicTimer m_frameTimer;                ///< since the last move that the views were told
-    std::unique_ptr<QMouseEvent> m_lastMove; ///< since then
+    bool m_isPressUsed = false; ///< the last one: its views do not hear of it
+    QElapsedTimer m_sinceMove;  ///< that the views were told last
+    QBasicTimer m_moveTimer;
+    std::unique_ptr<QMouseEvent> m_lastMove; ///< that they are still to be told
 };
 
 } // namespace velmora
