@@ -17,7 +17,7 @@ namespace
 
 using namespace std::chrono_literals;
 
-constexpr std::chrono::milliseconds refreshInterval = 60s;
+constexpr std::chrono::milliseconds remindersInterval = 60s;
 constexpr std::chrono::milliseconds completionDelay = 700ms;
 constexpr double retentionDays = 7.0;
 
@@ -58,7 +58,7 @@ TodoService::TodoService(Clock &clock, KeyValueStore &store, ReminderStore &remi
     , m_access(clock, reminders)
     , m_items(load(localKey, decodeTodoItems))
     , m_trash(load(trashKey, decodeTrashedItems))
-    , m_timer(clock.every(refreshInterval, [this] {
+    , m_timer(clock.every(remindersInterval, [this] {
         purgeTrash();
         m_access.retry();
         refresh();
