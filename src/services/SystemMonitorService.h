@@ -1,20 +1,15 @@
 #pragma once
 
 #include "platform/Clock.h"
+#include "platform/SystemStatistics.h"
 
 #include <QObject>
 #include <QtQml/qqmlregistration.h>
-
-#include <array>
-#include <cstdint>
-#include <optional>
-#include <unordered_map>
 
 namespace velmora
 {
 
 class SoundOutput;
-class SystemStatistics;
 
 /// The machine at a glance, sampled every two seconds from construction to the end of the process,
 /// whether or not anybody looks. Main thread only; a source that fails never raises an error.
@@ -61,11 +56,6 @@ Q_SIGNALS:
     void changed();
 
 private:
-    struct NetworkBytes {
-        std::uint64_t up = 0;
-        std::uint64_t down = 0;
-    };
-
     void sample();
     void sampleProcessor();
     void sampleMemory();
@@ -73,7 +63,6 @@ private:
     void sampleNetwork();
     void sampleDisk();
 
-    [[nodiscard]] NetworkBytes interfaceTotals() const;
     template<typename T>
     void set(T &property, T value);
     void publish();
@@ -91,7 +80,7 @@ private:
     double m_diskUsedGB = 0;
     double m_diskTotalGB = 0;
 
-    std::unordered_map<std::uint32_t, std::array<std::uint32_t, 4>> m_previousTicks;
+    std::map<std::uint64_t, CoreTicks> m_previousTicks;
     std::optional<NetworkBytes> m_previousBytes;
     std::chrono::nanoseconds m_previousBytesTime;
     bool m_hasChanged = false; ///< since the last signal

@@ -10,16 +10,14 @@ namespace velmora
 
 /// Counters of a machine that a test makes up.
 struct FakeStatistics final : SystemStatistics {
-    std::optional<std::vector<CoreTicks>> ticks = std::vector<CoreTicks>{};
-    std::optional<MemoryPages> pages;
-    std::uint64_t memory = 0;
-    std::optional<std::vector<InterfaceBytes>> network = std::vector<InterfaceBytes>{};
+    std::map<std::uint64_t, CoreTicks> ticks;
+    std::optional<MemorySize> memorySize;
+    NetworkBytes network;
     FileSystemSize disk;
 
-    std::optional<std::vector<CoreTicks>> processorTicks() override { return ticks; }
-    std::optional<MemoryPages> memoryPages() override { return pages; }
-    std::uint64_t physicalMemory() override { return memory; }
-    std::optional<std::vector<InterfaceBytes>> interfaces() override { return network; }
+    std::map<std::uint64_t, CoreTicks> processorTicks() override { return ticks; }
+    std::optional<MemorySize> memory() override { return memorySize; }
+    NetworkBytes networkBytes() override { return network; }
     FileSystemSize homeFileSystem() override { return disk; }
 };
 

@@ -59,16 +59,16 @@ void SystemMonitorRowTest::row()
         VirtualClock clock;
         FakeSound sound;
         FakeStatistics statistics;
-        statistics.ticks = {{{0, 0, 0, 0}}};
+        statistics.ticks = {{0, {0, 0, 0, 0}}};
         SystemMonitorService monitor(clock, statistics, sound);
         SystemMonitorRow row;
         row.setProperty("kind", QVariant::fromValue(kind));
         row.setProperty("monitor", QVariant::fromValue(&monitor));
         row.componentComplete();
-        const auto load = static_cast<std::uint32_t>(figure);
-        statistics.ticks = {{{load, 0, 100 - load, 0}}};
-        statistics.pages = MemoryPages{static_cast<std::uint64_t>(figure * gibibyte), 0, 1};
-        statistics.memory = static_cast<std::uint64_t>(total * gibibyte);
+        const auto load = static_cast<std::uint64_t>(figure);
+        statistics.ticks = {{0, {load, 0, 100 - load, 0}}};
+        statistics.memorySize = MemorySize{static_cast<std::uint64_t>(figure * gibibyte),
+                                           static_cast<std::uint64_t>(total * gibibyte)};
         statistics.disk = {figure * gibibyte, total * gibibyte};
         clock.advance(2s);
         QCOMPARE(row.text(), text);

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <sys/statvfs.h>
-#include <unistd.h>
 #include <utility>
 
 namespace velmora
@@ -12,8 +11,6 @@ namespace velmora
 
 namespace
 {
-
-constexpr std::size_t mostCores = 8192; // the kernel's own limit; guards against a garbled number
 
 /// The whole text; empty if it cannot be read.
 QByteArray readAgain(QFile &file)
@@ -44,52 +41,13 @@ std::optional<std::uint64_t> takeNumber(QByteArrayView &line)
     return isNumber ? std::optional(number) : std::nullopt;
 }
 
-/// One line "cpu7 user nice system idle iowait irq softirq steal …", after its "cpu". Guest time is
-/// part of user time already.
-struct CoreLine {
-    std::size_t number;
-    std::array<std::uint64_t, 4> ticks;
-};
-
-std::optional<CoreLine> parseCore(QByteArrayView line)
+/// Takes the numbers at the beginning of a line.
+template<std::size_t count>
+std::array<std::optional<std::uint64_t>, count> takeNumbers(QByteArrayView line)
 {
-    const auto number = takeNumber(line);
-    std::array<std::optional<std::uint64_t>, 8> fields;
-    std::generate(fields.begin(), fields.end(), [&line] { return takeNumber(line); });
-    const auto [user, nice, system, idle, ioWait, irq, softIrq, steal] = fields;
-    if (!number || *number >= mostCores || !user || !nice || !system || !idle)
-        return std::nullopt;
-    return CoreLine{static_cast<std::size_t>(*number),
-                    {*user, *system + irq.value_or(0) + softIrq.value_or(0) + steal.value_or(0),
-                     *idle + ioWait.value_or(0), *nice}};
-}
-
-/// The lines of /proc/meminfo that matter here, in units of 1024 bytes.
-struct MemInfo {
-    std::optional<std::uint64_t> total, free, available;
-    std::uint64_t kernel = 0;
-};
-
-MemInfo parseMemInfo(QByteArrayView text)
-{
-    MemInfo info;
-    while (!text.isEmpty()) {
-        QByteArrayView line = take(text, '\n');
-        const QByteArrayView key = take(line, ':');
-        const auto value = takeNumber(line);
-        if (!value)
-            continue;
-        if (key == "MemTotal")
-            info.total = value;
-        else if (key == "MemFree")
-            info.free = value;
-        else if (key == "MemAvailable")
-            info.available = value;
-        else if (key == "SUnreclaim" || key == "KernelStack" || key == "PageTables" ||
-                 key == "Percpu")
-            info.kernel += *value;
-    }
-    return info;
+    std::array<std::optional<std::uint64_t>, count> numbers;
+    std::generate(numbers.begin(), numbers.end(), [&line] { return takeNumber(line); });
+    return numbers;
 }
 
 } // namespace
@@ -98,7 +56,7 @@ ProcStatistics::ProcStatistics(const QString &procRoot, const QString &sysRoot, 
     : m_stat(procRoot + QLatin1String("/stat"))
     , m_meminfo(procRoot + QLatin1String("/meminfo"))
     , m_netDev(procRoot + QLatin1String("/net/dev"))
-    , m_physical(sysRoot)
+    , m_classNet(sysRoot + QLatin1String("/class/net/"))
     , m_home(std::move(home))
 {
 }
@@ -108,102 +66,74 @@ ProcStatistics::ProcStatistics()
 {
 }
 
-std::optional<std::vector<CoreTicks>> ProcStatistics::processorTicks()
+std::map<std::uint64_t, CoreTicks> ProcStatistics::processorTicks()
 {
-    if (!readCores(readAgain(m_stat)))
-        return std::nullopt;
-    m_hasReadCores = true;
-
-    std::vector<CoreTicks> result(m_cores.size());
-    for (std::size_t number = 0; number < m_cores.size(); ++number) {
-        const Core &core = m_cores[number];
-        for (std::size_t i = 0; i < core.ticks.size(); ++i)
-            result[number][i] = static_cast<std::uint32_t>(core.ticks[i] - core.origin[i]);
-    }
-    return result;
-}
-
-bool ProcStatistics::readCores(QByteArrayView text)
-{
-    bool isAnyRead = false;
+    const QByteArray bytes = readAgain(m_stat);
+    QByteArrayView text = bytes;
+    std::map<std::uint64_t, CoreTicks> cores;
     // The cores come first; the long lines about interrupts need not be looked at.
     while (text.startsWith("cpu")) {
         const QByteArrayView line = take(text, '\n').sliced(3);
         if (line.startsWith(' '))
             continue; // the sum of all cores
-        if (const auto core = parseCore(line)) {
-            storeCore(core->number, core->ticks);
-            isAnyRead = true;
-        }
+        // Guest time follows, which is part of user time already.
+        const auto [core, user, nice, system, idle, ioWait, irq, softIrq, steal] =
+            takeNumbers<9>(line);
+        if (core && user && nice && system && idle)
+            cores[*core] = {*user,
+                            *system + irq.value_or(0) + softIrq.value_or(0) + steal.value_or(0),
+                            *idle + ioWait.value_or(0), *nice};
     }
-    return isAnyRead;
+    return cores;
 }
 
-void ProcStatistics::storeCore(std::size_t number, const std::array<std::uint64_t, 4> &ticks)
+std::optional<MemorySize> ProcStatistics::memory()
 {
-    if (number >= m_cores.size())
-        m_cores.resize(number + 1);
-    Core &core = m_cores[number];
-    // A core that was off until now counts from now on: its past is no load of the last moment.
-    if (!core.isSeen && m_hasReadCores)
-        core.origin = ticks;
-    core.isSeen = true;
-    core.ticks = ticks;
-}
-
-std::optional<MemoryPages> ProcStatistics::memoryPages()
-{
-    const MemInfo info = parseMemInfo(readAgain(m_meminfo));
-    if (!info.total || !info.free)
+    const QByteArray bytes = readAgain(m_meminfo);
+    QByteArrayView text = bytes;
+    std::map<QByteArrayView, std::uint64_t> values; // in units of 1024 bytes
+    while (!text.isEmpty()) {
+        QByteArrayView line = take(text, '\n');
+        const QByteArrayView key = take(line, ':');
+        if (const auto value = takeNumber(line))
+            values[key] = *value;
+    }
+    const auto total = values.find("MemTotal");
+    const auto free = values.find("MemFree");
+    if (total == values.end() || free == values.end())
         return std::nullopt;
-    m_physicalMemory = *info.total * 1024;
-
     // In some containers "available" exceeds the total; then, as in `free`, the free memory counts.
-    std::uint64_t available = info.available.value_or(*info.free);
-    if (available > *info.total)
-        available = std::min(*info.free, *info.total);
-    const std::uint64_t used = *info.total - available;
-    const std::uint64_t wired = std::min(info.kernel, used);
-
-    const auto pageSize = static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE));
-    const std::uint64_t usedPages = used * 1024 / pageSize;
-    const std::uint64_t wiredPages = wired * 1024 / pageSize;
-    return MemoryPages{usedPages - wiredPages, wiredPages, pageSize};
+    auto available = values.find("MemAvailable");
+    if (available == values.end() || available->second > total->second)
+        available = free;
+    const auto used = total->second - std::min(available->second, total->second);
+    return MemorySize{used * 1024, total->second * 1024};
 }
 
-std::uint64_t ProcStatistics::physicalMemory()
-{
-    if (m_physicalMemory == 0)
-        static_cast<void>(memoryPages());
-    return m_physicalMemory;
-}
-
-std::optional<std::vector<InterfaceBytes>> ProcStatistics::interfaces()
+NetworkBytes ProcStatistics::networkBytes()
 {
     const QByteArray bytes = readAgain(m_netDev);
     QByteArrayView text = bytes;
-    QByteArrayList kernelNames;
-    std::vector<InterfaceBytes> counters;
+    NetworkBytes sum;
     while (!text.isEmpty()) {
         // "name: received-bytes, seven more about receiving, sent-bytes, …"; the two lines of
         // headings hold no number and so drop out.
         QByteArrayView line = take(text, '\n');
         const QByteArrayView name = take(line, ':').trimmed();
-        std::array<std::optional<std::uint64_t>, 9> fields;
-        std::generate(fields.begin(), fields.end(), [&line] { return takeNumber(line); });
-        if (!fields.front() || !fields.back())
-            continue;
-        kernelNames.append(name.toByteArray());
-        counters.push_back({QString(), *fields.back(), *fields.front()});
+        const auto numbers = takeNumbers<9>(line);
+        if (numbers.front() && numbers.back() && isPhysical(name)) {
+            sum.received += *numbers.front();
+            sum.sent += *numbers.back();
+        }
     }
-    if (counters.empty())
-        return std::nullopt; // there always is a loopback: this is no list of interfaces
+    return sum;
+}
 
-    const QStringList &names = m_physical.namesFor(kernelNames);
-    for (std::size_t i = 0; i < counters.size(); ++i)
-        counters[i].name = names.at(static_cast<qsizetype>(i));
-    std::erase_if(counters, [](const auto &each) { return each.name.isEmpty(); });
-    return counters;
+bool ProcStatistics::isPhysical(QByteArrayView interface) const
+{
+    return !interface.isEmpty() && !interface.contains('/') &&
+           QFile::exists(m_classNet + QFile::decodeName(interface.toByteArray()) +
+                         QLatin1String("/device"));
 }
 
 FileSystemSize ProcStatistics::homeFileSystem()

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "platform/SystemStatistics.h"
-#include "platform/linux/system/PhysicalInterfaces.h"
 
 #include <QFile>
+#include <QString>
 
 namespace velmora
 {
@@ -19,37 +19,24 @@ public:
     /// The running system and the user's home.
     ProcStatistics();
 
-    /// A core's place is its number in the kernel; one that is off keeps its last counters.
-    [[nodiscard]] std::optional<std::vector<CoreTicks>> processorTicks() override;
+    [[nodiscard]] std::map<std::uint64_t, CoreTicks> processorTicks() override;
 
-    /// Active and wired pages together are what `free` calls used.
-    [[nodiscard]] std::optional<MemoryPages> memoryPages() override;
-    [[nodiscard]] std::uint64_t physicalMemory() override;
+    /// "Used" is what `free` calls so.
+    [[nodiscard]] std::optional<MemorySize> memory() override;
 
-    /// Physical interfaces only. A name stays with its interface while the process runs.
-    [[nodiscard]] std::optional<std::vector<InterfaceBytes>> interfaces() override;
+    /// Loopback, bridges, tunnels and the like have no device behind them, and do not count.
+    [[nodiscard]] NetworkBytes networkBytes() override;
 
     [[nodiscard]] FileSystemSize homeFileSystem() override;
 
 private:
-    struct Core {
-        std::array<std::uint64_t, 4> origin{};
-        std::array<std::uint64_t, 4> ticks{};
-        bool isSeen = false;
-    };
-
-    [[nodiscard]] bool readCores(QByteArrayView text);
-    void storeCore(std::size_t number, const std::array<std::uint64_t, 4> &ticks);
+    [[nodiscard]] bool isPhysical(QByteArrayView interface) const;
 
     QFile m_stat;
     QFile m_meminfo;
     QFile m_netDev;
-    PhysicalInterfaces m_physical;
+    QString m_classNet; ///< the folder of the network interfaces
     QString m_home;
-
-    std::vector<Core> m_cores;
-    bool m_hasReadCores = false;
-    std::uint64_t m_physicalMemory = 0;
 };
 
 } // namespace velmora
