@@ -65,6 +65,25 @@ QDBusMessage busMethod(const QString &method, const QVariantList &arguments)
     return call;
 }
 
+void requestBusName(const QDBusConnection &bus, const QString &name, QObject *context,
+                    std::function<void(std::optional<bool> isOurs)> handler,
+                    std::chrono::milliseconds limit)
+{
+    constexpr uint doNotQueue = 4;
+    enum Result { becameOwner = 1, exists = 3, alreadyOwner = 4 };
+    const auto take = [handler = std::move(handler)](const QDBusMessage &answer) {
+        const uint result = answer.arguments().value(0).toUInt(); // 0 where it is an error
+        if (result == exists)
+            handler(false);
+        else if (result == becameOwner || result == alreadyOwner)
+            handler(true);
+        else
+            handler(std::nullopt);
+    };
+    callBus(bus, busMethod(QStringLiteral("RequestName"), {name, doNotQueue}), context, take,
+            limit);
+}
+
 } // namespace velmora
 
 #include "BusCall.moc"

@@ -7,6 +7,7 @@
 
 #include <chrono>
 #include <functional>
+#include <optional>
 
 namespace velmora
 {
@@ -21,6 +22,12 @@ void callBus(const QDBusConnection &bus, const QDBusMessage &call, QObject *cont
 
 /// A call of a method of the bus itself.
 [[nodiscard]] QDBusMessage busMethod(const QString &method, const QVariantList &arguments = {});
+
+/// Asks the bus for a name, as `callBus` does. `handler` gets whether it is ours, rather than
+/// somebody else's; nothing if the bus does not give names.
+void requestBusName(const QDBusConnection &bus, const QString &name, QObject *context,
+                    std::function<void(std::optional<bool> isOurs)> handler,
+                    std::chrono::milliseconds limit = std::chrono::seconds(5));
 
 [[nodiscard]] inline bool isReply(const QDBusMessage &answer)
 {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "platform/linux/dbus/BusInquiry.h"
-#include "platform/linux/dbus/OwnerWatch.h"
 
 #include <QMap>
 #include <QVariantMap>
@@ -9,8 +8,9 @@
 namespace velmora
 {
 
-/// All objects of a service that lists them (org.freedesktop.DBus.ObjectManager), with their
-/// properties, followed through restarts of the service.
+/// All objects of a program that lists them (org.freedesktop.DBus.ObjectManager), with their
+/// properties, followed for as long as the program is there. With each change all are asked for
+/// again, at most every 30 ms.
 class BusObjects : public QObject
 {
     Q_OBJECT
@@ -18,10 +18,11 @@ class BusObjects : public QObject
 public:
     using Interfaces = QMap<QString, QVariantMap>;
 
-    /// `root`: the path of the object manager. The clock has to outlive the object.
-    BusObjects(const QDBusConnection &bus, Clock &clock, const QString &service, QString root);
+    /// `owner`: the unique name of the program's connection; `root`: the path of its object
+    /// manager. The clock has to outlive the object.
+    BusObjects(QDBusConnection bus, Clock &clock, const QString &owner, const QString &root);
 
-    /// By path; none while the service is not there.
+    /// By path; none as long as the program has not answered.
     [[nodiscard]] const QMap<QString, Interfaces> &all() const { return m_objects; }
 
 Q_SIGNALS:
@@ -30,17 +31,10 @@ Q_SIGNALS:
 
 private Q_SLOTS:
     void listAnew() { m_inquiry.request(); }
-    void takeChange(const QDBusMessage &signal);
 
 private:
-    void setOwner(const QString &owner);
-
-    QDBusConnection m_bus;
-    QString m_root;
-    QString m_owner; ///< unique name; empty while there is none
     QMap<QString, Interfaces> m_objects;
     BusInquiry m_inquiry;
-    OwnerWatch m_watch;
 };
 
 } // namespace velmora

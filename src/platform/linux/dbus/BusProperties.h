@@ -1,32 +1,28 @@
 #pragma once
 
 #include "platform/linux/dbus/BusInquiry.h"
-#include "platform/linux/dbus/OwnerWatch.h"
 
 #include <QVariantMap>
-
-#include <optional>
 
 namespace velmora
 {
 
-/// The properties of one interface of one object, followed for as long as the object lives, through
-/// restarts of the service that exports it.
+/// The properties of one interface of one object, followed for as long as the object lives.
 class BusProperties : public QObject
 {
     Q_OBJECT
 
 public:
     struct Source {
-        QString service; ///< a unique name, or one whose owner may change
+        QString owner; ///< the unique name of a connection
         QString path;
         QString interface;
     };
 
-    BusProperties(const QDBusConnection &bus, Clock &clock, Source source);
+    BusProperties(QDBusConnection bus, Clock &clock, const Source &source);
 
 Q_SIGNALS:
-    /// All properties; one that is not among them does not exist. Empty when the service has gone.
+    /// All properties; one that is not among them does not exist.
     void loaded(const QVariantMap &properties);
     void changed(const QVariantMap &properties);
 
@@ -34,13 +30,8 @@ private Q_SLOTS:
     void takeChange(const QDBusMessage &signal);
 
 private:
-    void setOwner(const QString &owner);
-
-    QDBusConnection m_bus;
-    Source m_source;
-    QString m_owner; ///< unique name; empty while there is none
+    QString m_interface;
     BusInquiry m_inquiry;
-    std::optional<OwnerWatch> m_watch; ///< of names that are not unique
 };
 
 } // namespace velmora

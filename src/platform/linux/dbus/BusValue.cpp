@@ -15,40 +15,20 @@ namespace
 constexpr int maximumEntries = 256; // real ones have about twenty
 constexpr int maximumObjects = 4096;
 
-QString keyText(const QString &key)
-{
-    return key;
-}
-
-QString keyText(const QDBusObjectPath &key)
-{
-    return key.path();
-}
-
 /// Only the beginning of a map without measure.
-template<typename Key, typename Read>
+template<typename Read>
 auto readMap(const QDBusArgument &argument, int limit, Read read)
 {
     QMap<QString, decltype(read(argument))> entries;
     argument.beginMap();
     for (int i = 0; i < limit && !argument.atEnd(); ++i) {
-        Key key;
         argument.beginMapEntry();
-        argument >> key;
-        entries.insert(keyText(key), read(argument));
+        const QString key = toText(argument.asVariant());
+        entries.insert(key, read(argument));
         argument.endMapEntry();
     }
     argument.endMap(); // frees what beginMap has made
     return entries;
-}
-
-QVariantMap readDictionary(const QDBusArgument &argument)
-{
-    return readMap<QString>(argument, maximumEntries, [](const QDBusArgument &value) {
-        QDBusVariant entry;
-        value >> entry;
-        return entry.variant();
-    });
 }
 
 /// Some players wrap a value twice.
@@ -58,6 +38,12 @@ QVariant unwrapped(QVariant value)
          ++layer)
         value = value.value<QDBusVariant>().variant();
     return value;
+}
+
+QVariantMap readDictionary(const QDBusArgument &argument)
+{
+    return readMap(argument, maximumEntries,
+                   [](const QDBusArgument &value) { return unwrapped(value.asVariant()); });
 }
 
 } // namespace
@@ -82,8 +68,8 @@ QMap<QString, QMap<QString, QVariantMap>> toObjects(const QVariant &value)
     const auto argument = value.value<QDBusArgument>();
     if (argument.currentSignature() != QLatin1String("a{oa{sa{sv}}}"))
         return {};
-    return readMap<QDBusObjectPath>(argument, maximumObjects, [](const QDBusArgument &object) {
-        return readMap<QString>(object, maximumEntries, readDictionary);
+    return readMap(argument, maximumObjects, [](const QDBusArgument &object) {
+        return readMap(object, maximumEntries, readDictionary);
     });
 }
 

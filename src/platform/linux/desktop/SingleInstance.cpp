@@ -14,15 +14,8 @@ namespace
 
 Q_LOGGING_CATEGORY(lcInstance, "com.velmora.app.SingleInstance", QtInfoMsg)
 
-QString serviceName()
-{
-    return QStringLiteral("com.velmora.app");
-}
-
-QString objectPath()
-{
-    return QStringLiteral("/com/velmora/app");
-}
+const QString serviceName = QStringLiteral("com.velmora.app");
+const QString objectPath = QStringLiteral("/com/velmora/app");
 
 } // namespace
 
@@ -42,10 +35,9 @@ void SingleInstance::claim()
 {
     m_role = Role::Unknown;
     m_deadline.setRemainingTime(m_limit.count());
-    // The object stands before the name does, so that a call that follows the name at once finds
-    // it.
+    // The object stands before the name does, for a call that follows the name at once.
     QDBusConnection(m_bus.connection())
-        .registerObject(objectPath(), this, QDBusConnection::ExportScriptableContents);
+        .registerObject(objectPath, this, QDBusConnection::ExportScriptableContents);
     requestName();
 }
 
@@ -70,24 +62,13 @@ void SingleInstance::ActivateAction(const QString &name, const QVariantList & /*
 
 void SingleInstance::requestName()
 {
-    constexpr uint doNotQueue = 4;
-    constexpr uint primaryOwner = 1;
-    constexpr uint exists = 3;
-    constexpr uint alreadyOwner = 4;
-    const auto request = busMethod(QStringLiteral("RequestName"), {serviceName(), doNotQueue});
-    callBus(
-        m_bus.connection(), request, this,
-        [this](const QDBusMessage &answer) {
-            const uint result = answer.arguments().value(0).toUInt();
-            if (answer.type() != QDBusMessage::ReplyMessage) {
-                qCWarning(lcInstance) << "The bus gives no name:" << answer.errorName();
-                decide(Role::NoBus);
-            } else if (result == exists) {
+    requestBusName(
+        m_bus.connection(), serviceName, this,
+        [this](std::optional<bool> isOurs) {
+            if (isOurs == false)
                 activateOwner();
-            } else {
-                const bool ours = result == primaryOwner || result == alreadyOwner;
-                decide(ours ? Role::First : Role::NoBus);
-            }
+            else
+                decide(isOurs ? Role::First : Role::NoBus);
         },
         m_limit);
 }
@@ -95,14 +76,14 @@ void SingleInstance::requestName()
 void SingleInstance::activateOwner()
 {
     QDBusMessage call = QDBusMessage::createMethodCall(
-        serviceName(), objectPath(), QStringLiteral("org.freedesktop.Application"),
+        serviceName, objectPath, QStringLiteral("org.freedesktop.Application"),
         QStringLiteral("Activate"));
     call << QVariantMap();
     call.setAutoStartService(false);
     callBus(
         m_bus.connection(), call, this,
         [this](const QDBusMessage &answer) {
-            const QDBusError::ErrorType error = QDBusError(answer).type();
+            const auto error = QDBusError(answer).type();
             // NoReply before the deadline means that the owner left with our call in its hands.
             const bool ownerLeft =
                 error == QDBusError::ServiceUnknown || error == QDBusError::NoReply;
@@ -110,7 +91,7 @@ void SingleInstance::activateOwner()
                 requestName(); // the name is free again
                 return;
             }
-            if (answer.type() != QDBusMessage::ReplyMessage)
+            if (!isReply(answer))
                 qCWarning(lcInstance)
                     << "The running instance does not answer:" << answer.errorName();
             decide(Role::Second);
@@ -130,8 +111,8 @@ void SingleInstance::withdraw()
 {
     QDBusConnection connection = m_bus.connection();
     if (m_role == Role::First)
-        connection.send(busMethod(QStringLiteral("ReleaseName"), {serviceName()}));
-    connection.unregisterObject(objectPath());
+        connection.send(busMethod(QStringLiteral("ReleaseName"), {serviceName}));
+    connection.unregisterObject(objectPath);
 }
 
 } // namespace velmora
