@@ -10,7 +10,6 @@
 #include "platform/linux/desktop/SettingsStore.h"
 #include "platform/linux/desktop/SingleInstance.h"
 #include "platform/linux/desktop/SystemClock.h"
-#include "platform/linux/desktop/TrayIcon.h"
 #include "platform/linux/desktop/TrayItem.h"
 #include "platform/linux/desktop/UnixSignals.h"
 #include "platform/linux/files/GioApplications.h"
@@ -60,7 +59,7 @@ Platform makePlatform(BusConnection &bus)
     platform.sharing = std::make_unique<KdeConnectSharing>(bus);
     platform.loginItem =
         std::make_unique<AutostartLoginItem>(QCoreApplication::applicationFilePath());
-    platform.statusItem = std::make_unique<TrayItem>(bus, installedTrayIconName(), drawTrayIcons());
+    platform.statusItem = std::make_unique<TrayItem>(bus, *platform.clock);
     return platform;
 }
 

@@ -1,8 +1,8 @@
 #include "platform/linux/desktop/DBusMenu.h"
 
 #include <QDBusError>
+#include <QDBusMetaType>
 #include <QGuiApplication>
-#include <QMetaObject>
 #include <QSet>
 
 namespace velmora
@@ -10,7 +10,12 @@ namespace velmora
 
 DBusMenu::DBusMenu()
 {
-    registerDBusMenuTypes();
+    qDBusRegisterMetaType<DBusMenuLayout>();
+    qDBusRegisterMetaType<DBusMenuProperties>();
+    qDBusRegisterMetaType<QList<DBusMenuProperties>>();
+    qDBusRegisterMetaType<DBusMenuEvent>();
+    qDBusRegisterMetaType<QList<DBusMenuEvent>>();
+    qDBusRegisterMetaType<DBusMenuShortcut>();
 }
 
 void DBusMenu::setMenu(const Menu &menu)
@@ -28,10 +33,7 @@ QString DBusMenu::textDirection() const
 uint DBusMenu::GetLayout(int parentId, int recursionDepth, const QStringList &propertyNames,
                          DBusMenuLayout &layout)
 {
-    const MenuTree::Entry *entry = m_tree.find(parentId);
-    if (entry == nullptr)
-        refuseId(parentId);
-    else
+    if (const MenuTree::Entry *entry = find(parentId))
         layout = layoutOf(parentId, *entry, recursionDepth, propertyNames);
     return m_revision;
 }
@@ -49,34 +51,24 @@ QList<DBusMenuProperties> DBusMenu::GetGroupProperties(const QList<int> &ids,
             list.append({id, selectProperties(entry.properties, propertyNames)});
     }
     if (list.isEmpty())
-        refuse(QStringLiteral("None of the menu entries exists"));
+        refuse();
     return list;
 }
 
 QDBusVariant DBusMenu::GetProperty(int id, const QString &name)
 {
-    // An error reply takes the place of the value, which only has to be one that can be sent.
-    QDBusVariant none{QString()};
-    const MenuTree::Entry *entry = m_tree.find(id);
-    if (entry == nullptr) {
-        refuseId(id);
-        return none;
-    }
-    const auto found = entry->properties.find(name);
-    if (found == entry->properties.end()) {
-        refuse(QStringLiteral("Menu entry %1 has no property of that name").arg(id));
-        return none;
-    }
-    return QDBusVariant(*found);
+    const MenuTree::Entry *entry = find(id);
+    if (entry != nullptr && entry->properties.contains(name))
+        return QDBusVariant(entry->properties.value(name));
+    refuse();
+    return QDBusVariant(QString()); // which is not sent, but has to be of some type
 }
 
 void DBusMenu::Event(int id, const QString &eventId, const QDBusVariant & /*data*/,
                      uint /*timestamp*/)
 {
-    if (const MenuTree::Entry *entry = m_tree.find(id))
+    if (const MenuTree::Entry *entry = find(id))
         handleEvent(*entry, eventId);
-    else
-        refuseId(id);
 }
 
 QList<int> DBusMenu::EventGroup(const QList<DBusMenuEvent> &events)
@@ -89,14 +81,13 @@ QList<int> DBusMenu::EventGroup(const QList<DBusMenuEvent> &events)
             missing.append(event.id);
     }
     if (!events.isEmpty() && missing.size() == events.size())
-        refuse(QStringLiteral("None of the menu entries exists"));
+        refuse();
     return missing;
 }
 
 bool DBusMenu::AboutToShow(int id)
 {
-    if (m_tree.find(id) == nullptr)
-        refuseId(id);
+    find(id);
     return false;
 }
 
@@ -107,7 +98,7 @@ QList<int> DBusMenu::AboutToShowGroup(const QList<int> &ids, QList<int> &idError
             idErrors.append(id);
     }
     if (!ids.isEmpty() && idErrors.size() == ids.size())
-        refuse(QStringLiteral("None of the menu entries exists"));
+        refuse();
     return {};
 }
 
@@ -134,15 +125,18 @@ void DBusMenu::handleEvent(const MenuTree::Entry &entry, const QString &eventId)
     QMetaObject::invokeMethod(this, entry.action, Qt::QueuedConnection);
 }
 
-void DBusMenu::refuse(const QString &reason) const
+const MenuTree::Entry *DBusMenu::find(int id) const
 {
-    if (calledFromDBus())
-        sendErrorReply(QDBusError::InvalidArgs, reason);
+    const MenuTree::Entry *const entry = m_tree.find(id);
+    if (entry == nullptr)
+        refuse();
+    return entry;
 }
 
-void DBusMenu::refuseId(int id) const
+void DBusMenu::refuse() const
 {
-    refuse(QStringLiteral("There is no menu entry %1").arg(id));
+    if (calledFromDBus())
+        sendErrorReply(QDBusError::InvalidArgs, QStringLiteral("The menu has no such thing"));
 }
 
 } // namespace velmora

@@ -58,8 +58,9 @@ private:
     [[nodiscard]] DBusMenuLayout layoutOf(int id, const MenuTree::Entry &entry, int depth,
                                           const QStringList &propertyNames) const;
     void handleEvent(const MenuTree::Entry &entry, const QString &eventId);
-    void refuse(const QString &reason) const;
-    void refuseId(int id) const;
+    /// Null, with an error as the answer, if there is no such entry.
+    const MenuTree::Entry *find(int id) const;
+    void refuse() const;
 
     MenuTree m_tree;
     uint m_revision = 1;

@@ -46,9 +46,6 @@ struct DBusMenuEvent {
 /// Signature aas: key presses, each the modifiers and then the key.
 using DBusMenuShortcut = QList<QStringList>;
 
-/// Makes the types known to Qt's D-Bus layer. Cheap, and harmless more than once.
-void registerDBusMenuTypes();
-
 } // namespace velmora
 
 Q_DECLARE_METATYPE(velmora::DBusMenuLayout)

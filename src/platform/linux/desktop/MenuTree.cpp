@@ -70,22 +70,11 @@ const MenuTree::Entry *MenuTree::find(int id) const
 std::vector<int> MenuTree::add(const Menu &menu)
 {
     std::vector<int> ids;
-    ids.reserve(menu.size());
-    for (const MenuItem &item : menu)
-        ids.push_back(add(item));
+    for (const MenuItem &item : menu) {
+        const int id = ids.emplace_back(++m_lastId);
+        m_entries.emplace(id, Entry{propertiesOf(item), add(item.submenu), item.action});
+    }
     return ids;
-}
-
-int MenuTree::add(const MenuItem &item)
-{
-    const int id = ++m_lastId;
-    Entry entry{propertiesOf(item), {}, {}};
-    if (item.kind == MenuItem::Kind::Action)
-        entry.action = item.action;
-    else if (item.kind == MenuItem::Kind::Submenu)
-        entry.children = add(item.submenu);
-    m_entries.emplace(id, std::move(entry));
-    return id;
 }
 
 QVariantMap selectProperties(const QVariantMap &properties, const QStringList &names)

@@ -37,7 +37,6 @@ public:
 
 private:
     std::vector<int> add(const Menu &menu);
-    int add(const MenuItem &item);
 
     std::map<int, Entry> m_entries;
     int m_lastId = rootId;

@@ -1,9 +1,9 @@
 #include "platform/linux/desktop/StatusNotifierItem.h"
 
+#include "platform/linux/desktop/TrayIcon.h"
+
 #include <QDBusMetaType>
 #include <QtEndian>
-
-#include <utility>
 
 namespace velmora
 {
@@ -20,16 +20,13 @@ StatusNotifierPixmap toStatusNotifierPixmap(const QImage &image)
     return {source.width(), source.height(), pixels};
 }
 
-StatusNotifierItem::StatusNotifierItem(QString menuPath, QString iconName,
-                                       const QList<QImage> &icons, QString accessibleDescription)
-    : m_menuPath(std::move(menuPath))
-    , m_iconName(std::move(iconName))
-    , m_accessibleDescription(std::move(accessibleDescription))
+StatusNotifierItem::StatusNotifierItem()
+    : m_iconName(installedTrayIconName())
 {
     qDBusRegisterMetaType<StatusNotifierPixmap>();
     qDBusRegisterMetaType<StatusNotifierPixmapList>();
     qDBusRegisterMetaType<StatusNotifierToolTip>();
-    for (const QImage &icon : icons)
+    for (const QImage &icon : drawTrayIcons())
         m_iconPixmap.append(toStatusNotifierPixmap(icon));
 }
 

@@ -65,19 +65,21 @@ class StatusNotifierItem : public QObject
     Q_PROPERTY(velmora::StatusNotifierToolTip ToolTip READ toolTip CONSTANT)
 
 public:
-    StatusNotifierItem(QString menuPath, QString iconName, const QList<QImage> &icons,
-                       QString accessibleDescription);
+    StatusNotifierItem();
+
+    /// Where the caller exports the menu.
+    [[nodiscard]] static QString menuPath() { return QStringLiteral("/MenuBar"); }
 
     [[nodiscard]] QString category() const { return QStringLiteral("ApplicationStatus"); }
     [[nodiscard]] QString id() const { return QStringLiteral("velmora"); }
     [[nodiscard]] QString title() const { return QStringLiteral("Velmora"); }
     [[nodiscard]] QString status() const { return QStringLiteral("Active"); }
     [[nodiscard]] int windowId() const { return 0; }
-    [[nodiscard]] QDBusObjectPath menu() const { return QDBusObjectPath(m_menuPath); }
+    [[nodiscard]] QDBusObjectPath menu() const { return QDBusObjectPath(menuPath()); }
     [[nodiscard]] bool itemIsMenu() const { return true; }
     [[nodiscard]] QString iconName() const { return m_iconName; }
     [[nodiscard]] StatusNotifierPixmapList iconPixmap() const { return m_iconPixmap; }
-    [[nodiscard]] QString iconAccessibleDesc() const { return m_accessibleDescription; }
+    [[nodiscard]] QString iconAccessibleDesc() const { return QStringLiteral("Notch"); }
     [[nodiscard]] StatusNotifierToolTip toolTip() const { return {{}, {}, title(), {}}; }
     [[nodiscard]] QString none() const { return {}; }
     [[nodiscard]] StatusNotifierPixmapList noPixmap() const { return {}; }
@@ -90,10 +92,8 @@ public Q_SLOTS:
     Q_SCRIPTABLE void ProvideXdgActivationToken(const QString & /*token*/) {}
 
 private:
-    QString m_menuPath;
     QString m_iconName;
     StatusNotifierPixmapList m_iconPixmap;
-    QString m_accessibleDescription;
 };
 
 } // namespace velmora

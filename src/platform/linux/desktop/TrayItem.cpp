@@ -1,6 +1,6 @@
 #include "platform/linux/desktop/TrayItem.h"
 
-#include <utility>
+#include <QCoreApplication>
 
 namespace velmora
 {
@@ -8,22 +8,20 @@ namespace velmora
 namespace
 {
 
-QString itemPath()
-{
-    return QStringLiteral("/StatusNotifierItem");
-}
+const QString itemPath = QStringLiteral("/StatusNotifierItem");
+const QString watcherName = QStringLiteral("org.kde.StatusNotifierWatcher");
 
-QString menuPath()
+QString itemName()
 {
-    return QStringLiteral("/MenuBar");
+    return QStringLiteral("org.kde.StatusNotifierItem-%1-1")
+        .arg(QCoreApplication::applicationPid());
 }
 
 } // namespace
 
-TrayItem::TrayItem(BusConnection &bus, QString iconName, const QList<QImage> &icons,
-                   QString accessibleDescription)
+TrayItem::TrayItem(BusConnection &bus, Clock &clock)
     : m_bus(bus)
-    , m_item(menuPath(), std::move(iconName), icons, std::move(accessibleDescription))
+    , m_clock(clock)
 {
     connect(&m_bus, &BusConnection::disconnected, this, &TrayItem::stop);
     m_bus.whenConnected(this, [this] { start(); });
@@ -36,23 +34,40 @@ TrayItem::~TrayItem()
 
 void TrayItem::start()
 {
-    QDBusConnection connection = m_bus.connection();
-    connection.registerObject(menuPath(), &m_menu, QDBusConnection::ExportScriptableContents);
-    connection.registerObject(itemPath(), &m_item, QDBusConnection::ExportScriptableContents);
-    m_registration.emplace(connection); // last: what it announces has to be there
+    QDBusConnection bus = m_bus.connection();
+    bus.registerObject(m_item.menuPath(), &m_menu, QDBusConnection::ExportScriptableContents);
+    bus.registerObject(itemPath, &m_item, QDBusConnection::ExportScriptableContents);
+    // Last, since what is announced has to be there.
+    m_registration.emplace(bus, m_clock, [](const QDBusMessage &) {});
+    requestBusName(bus, itemName(), &*m_registration, [this](std::optional<bool> isOurs) {
+        // A process with our number in another sandbox may have taken the name. Hosts also take
+        // items under the unique name of their connection.
+        m_announcedName = isOurs == true ? itemName() : m_bus.connection().baseService();
+        m_trays.emplace(m_bus.connection(), watcherName);
+        connect(&*m_trays, &OwnerWatch::appeared, this,
+                [this](const QString &, const QString &owner) { registerAt(owner); });
+    });
+}
+
+/// Some trays own their name a moment before they export the object behind it, and are asked again.
+void TrayItem::registerAt(const QString &tray)
+{
+    QDBusMessage call =
+        QDBusMessage::createMethodCall(tray, QStringLiteral("/StatusNotifierWatcher"), watcherName,
+                                       QStringLiteral("RegisterStatusNotifierItem"));
+    m_registration->setQuestion(call << m_announcedName);
+    m_registration->request();
 }
 
 void TrayItem::stop()
 {
-    QDBusConnection connection = m_bus.connection();
+    QDBusConnection bus = m_bus.connection();
+    m_trays.reset();
     m_registration.reset();
-    connection.unregisterObject(itemPath());
-    connection.unregisterObject(menuPath());
-}
-
-void TrayItem::setMenu(const Menu &menu)
-{
-    m_menu.setMenu(menu);
+    // Hosts drop an item when its name goes; the connection may live on without it.
+    bus.send(busMethod(QStringLiteral("ReleaseName"), {itemName()}));
+    bus.unregisterObject(itemPath);
+    bus.unregisterObject(m_item.menuPath());
 }
 
 } // namespace velmora
