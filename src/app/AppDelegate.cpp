@@ -57,19 +57,14 @@ void AppDelegate::applicationDidFinishLaunching()
 {
     qCInfo(lcAppDelegate, "applicationDidFinishLaunching");
     m_notchManager = std::make_unique<NotchManager>(m_platform, m_makeController);
-    setupStatusItem();
+    // The menu follows the manager, whoever changes it.
+    connect(m_notchManager.get(), &NotchManager::isEnabledChanged, this, &AppDelegate::rebuildMenu);
+    connect(m_notchManager.get(), &NotchManager::profilesChanged, this, &AppDelegate::rebuildMenu);
+    rebuildMenu();
     m_notchManager->apply();
     connect(m_platform.screens.get(), &Screens::changed, this, &AppDelegate::screensDidChange);
     promptForLoginItem();
     requestPermissions();
-}
-
-/// The menu follows the manager, whoever changes it.
-void AppDelegate::setupStatusItem()
-{
-    connect(m_notchManager.get(), &NotchManager::isEnabledChanged, this, &AppDelegate::rebuildMenu);
-    connect(m_notchManager.get(), &NotchManager::profilesChanged, this, &AppDelegate::rebuildMenu);
-    rebuildMenu();
 }
 
 void AppDelegate::rebuildMenu()

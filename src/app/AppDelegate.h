@@ -42,7 +42,6 @@ public:
     [[nodiscard]] NotchManager *notchManager() const { return m_notchManager.get(); }
 
 private:
-    void setupStatusItem();
     void rebuildMenu();
     [[nodiscard]] Menu statusMenu();
     [[nodiscard]] Menu profileMenu();

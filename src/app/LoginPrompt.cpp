@@ -33,7 +33,7 @@ void LoginPrompt::ask(const std::function<void()> &accepted)
     }
     // The signals are the view's own; only their names are known here.
     connect(m_window, SIGNAL(accepted()), this, SLOT(accept()));
-    connect(m_window, SIGNAL(finished()), this, SLOT(finish()));
+    connect(m_window, SIGNAL(finished()), m_window, SLOT(deleteLater()));
     m_window->show();
     m_window->requestActivate();
 }
@@ -41,12 +41,6 @@ void LoginPrompt::ask(const std::function<void()> &accepted)
 void LoginPrompt::accept()
 {
     m_accepted();
-}
-
-void LoginPrompt::finish()
-{
-    // The view sends this from inside its own closing.
-    m_window->deleteLater();
 }
 
 } // namespace velmora

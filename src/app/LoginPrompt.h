@@ -28,7 +28,6 @@ public:
 
 private Q_SLOTS:
     void accept();
-    void finish();
 
 private:
     QQmlEngine &m_engine;

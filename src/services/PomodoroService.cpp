@@ -21,13 +21,9 @@ constexpr std::chrono::milliseconds tickInterval = 1s;
 /// The timer's tolerance makes some ticks come a little early. They count all the same.
 constexpr std::chrono::nanoseconds leastTick = 500ms;
 
-QString settingsKey()
-{
-    return QStringLiteral("pomodoro_settings_v1");
-}
+const QString settingsKey = QStringLiteral("pomodoro_settings_v1");
 
 struct PhaseTraits {
-    const char *rawValue;
     const char *label;
     const QColor &color;
     qint64 PomodoroSettings::*minutes;
@@ -39,13 +35,13 @@ struct PhaseTraits {
 const PhaseTraits &traitsOf(PomodoroPhase phase)
 {
     static const std::array<PhaseTraits, 3> traits{{
-        {"work", QT_TRANSLATE_NOOP("velmora::PomodoroService", "WORK"), accent::red,
+        {QT_TRANSLATE_NOOP("velmora::PomodoroService", "WORK"), accent::red,
          &PomodoroSettings::workMinutes, QStringLiteral("Break over \u2014 back to work!"),
          QStringLiteral("Start your %1-minute focus session.")},
-        {"shortBreak", QT_TRANSLATE_NOOP("velmora::PomodoroService", "BREAK"), accent::green,
+        {QT_TRANSLATE_NOOP("velmora::PomodoroService", "BREAK"), accent::green,
          &PomodoroSettings::shortBreakMinutes, QStringLiteral("Pomodoro complete!"),
          QStringLiteral("Take a %1-minute break.")},
-        {"longBreak", QT_TRANSLATE_NOOP("velmora::PomodoroService", "LONG"), accent::blue,
+        {QT_TRANSLATE_NOOP("velmora::PomodoroService", "LONG"), accent::blue,
          &PomodoroSettings::longBreakMinutes, QStringLiteral("4 sessions done \u2014 great work!"),
          QStringLiteral("Take a %1-minute long break.")},
     }};
@@ -62,11 +58,6 @@ UserNotification announcementOf(PomodoroPhase phase, const PomodoroSettings &set
 }
 
 } // namespace
-
-QString rawValue(PomodoroPhase phase)
-{
-    return QString::fromLatin1(traitsOf(phase).rawValue);
-}
 
 PomodoroService::PomodoroService(Clock &clock, KeyValueStore &store,
                                  UserNotifications &notifications, QObject *parent)
@@ -108,7 +99,7 @@ double PomodoroService::progressOf(const State &state)
 
 void PomodoroService::loadSettings()
 {
-    const auto data = m_store.data(settingsKey());
+    const auto data = m_store.data(settingsKey);
     const auto stored = data ? decodePomodoroSettings(*data) : std::nullopt;
     if (stored) {
         setWorkMinutes(stored->workMinutes);
@@ -162,7 +153,7 @@ void PomodoroService::assignLength(qint64 PomodoroSettings::*length, PomodoroPha
 
 void PomodoroService::save()
 {
-    m_store.setData(settingsKey(), encodePomodoroSettings(m_state.settings));
+    m_store.setData(settingsKey, encodePomodoroSettings(m_state.settings));
 }
 
 void PomodoroService::start()

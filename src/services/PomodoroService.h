@@ -16,8 +16,6 @@ class UserNotifications;
 
 enum class PomodoroPhase { work, shortBreak, longBreak };
 
-[[nodiscard]] QString rawValue(PomodoroPhase phase);
-
 /// The focus timer: work sessions and breaks, counted down in whole seconds. Each phase is started
 /// by hand; its end is told by a notification. Only the lengths are stored, so a new process begins
 /// with the first work session. Main thread only.

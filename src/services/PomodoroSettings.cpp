@@ -1,16 +1,16 @@
 #include "services/PomodoroSettings.h"
 
+#include <QJsonDocument>
+#include <QJsonObject>
+
 #include <array>
 #include <limits>
-#include <nlohmann/json.hpp>
 
 namespace velmora
 {
 
 namespace
 {
-
-using Json = nlohmann::ordered_json;
 
 struct Field {
     const char *key;
@@ -24,20 +24,6 @@ constexpr std::array<Field, 4> fields{{
     {"longBreakMinutes", &PomodoroSettings::longBreakMinutes, isPhaseLength},
     {"sessionsBeforeLongBreak", &PomodoroSettings::sessionsBeforeLongBreak, isSessionCount},
 }};
-
-std::optional<qint64> integerAt(const Json &object, const char *key)
-{
-    const auto found = object.find(key);
-    if (found == object.end() || !found->is_number_integer()) {
-        return std::nullopt;
-    }
-    // What lies beyond the signed range would come out of the conversion as something else.
-    if (found->is_number_unsigned() &&
-        found->get<quint64>() > quint64{std::numeric_limits<qint64>::max()}) {
-        return std::nullopt;
-    }
-    return found->get<qint64>();
-}
 
 } // namespace
 
@@ -53,26 +39,23 @@ bool isSessionCount(qint64 sessions)
 
 QByteArray encodePomodoroSettings(const PomodoroSettings &settings)
 {
-    Json object;
+    QByteArrayList members; // in their order, which an object of Qt's would not keep
     for (const Field &field : fields) {
-        object[field.key] = settings.*field.member;
+        members << '"' + QByteArray(field.key) + "\":" + QByteArray::number(settings.*field.member);
     }
-    return QByteArray::fromStdString(object.dump());
+    return '{' + members.join(',') + '}';
 }
 
 std::optional<PomodoroSettings> decodePomodoroSettings(const QByteArray &data)
 {
-    const Json object = Json::parse(data.begin(), data.end(), nullptr, false);
-    if (!object.is_object()) {
-        return std::nullopt;
-    }
+    const QJsonObject object = QJsonDocument::fromJson(data).object();
     PomodoroSettings settings;
     for (const Field &field : fields) {
-        const auto value = integerAt(object, field.key);
-        if (!value || !field.isUsable(*value)) {
+        const qint64 value = object.value(QLatin1String(field.key)).toInteger(-1);
+        if (!field.isUsable(value)) {
             return std::nullopt;
         }
-        settings.*field.member = *value;
+        settings.*field.member = value;
     }
     return settings;
 }

@@ -18,14 +18,12 @@ Q_LOGGING_CATEGORY(lcNotifications, "com.velmora.app.DesktopNotifications", QtIn
 constexpr std::size_t maximumEntries = 64;
 constexpr int maximumLength = 2000;
 
-QString service()
-{
-    return QStringLiteral("org.freedesktop.Notifications");
-}
+const QString service = QStringLiteral("org.freedesktop.Notifications");
+const QString path = QStringLiteral("/org/freedesktop/Notifications");
 
-QString path()
+QDBusMessage daemonCall(const QString &method)
 {
-    return QStringLiteral("/org/freedesktop/Notifications");
+    return QDBusMessage::createMethodCall(service, path, service, method);
 }
 
 bool looksLikeMarkup(const QString &text)
@@ -65,7 +63,7 @@ DesktopNotifications::DesktopNotifications(BusConnection &bus, std::chrono::mill
     , m_limit(limit)
 {
     m_ownerWatch.setWatchMode(QDBusServiceWatcher::WatchForOwnerChange);
-    m_ownerWatch.addWatchedService(service());
+    m_ownerWatch.addWatchedService(service);
     connect(&m_ownerWatch, &QDBusServiceWatcher::serviceOwnerChanged, this,
             [this](const QString &, const QString &, const QString &newOwner) {
                 handleOwnerChange(newOwner);
@@ -78,16 +76,13 @@ void DesktopNotifications::start()
     QDBusConnection connection = m_bus.connection();
     m_ownerWatch.setConnection(connection);
     // From whomever: to subscribe by the daemon's name would wait for the bus to say who owns it.
-    connection.connect(QString(), path(), service(), QStringLiteral("NotificationClosed"), this,
+    connection.connect(QString(), path, service, QStringLiteral("NotificationClosed"), this,
                        SLOT(handleClosed(QDBusMessage)));
     handleOwnerChange(QString()); // an earlier bus had another daemon
 }
 
 void DesktopNotifications::add(const UserNotification &notification)
 {
-    if (!m_bus.isConnected()) {
-        return;
-    }
     entryFor(notification.identifier).next = notification;
     sendWhatIsReady();
 }
@@ -96,84 +91,67 @@ DesktopNotifications::Entry &DesktopNotifications::entryFor(const QString &ident
 {
     const auto found =
         std::find_if(m_entries.begin(), m_entries.end(),
-                     [&identifier](const Entry &entry) { return entry.identifier == identifier; });
+                     [&identifier](const auto &entry) { return entry->identifier == identifier; });
     if (found != m_entries.end()) {
         m_entries.splice(m_entries.end(), m_entries, found);
-        return m_entries.back();
+        return *m_entries.back();
     }
     if (m_entries.size() >= maximumEntries) {
-        forgetOldest();
+        // What it still had to say is said now, if only beside what it would have replaced.
+        if (m_entries.front()->next) {
+            send(m_entries.front());
+        }
+        m_entries.pop_front();
     }
-    Entry &entry = m_entries.emplace_back();
-    entry.identifier = identifier;
-    entry.number = ++m_lastNumber;
-    return entry;
-}
-
-void DesktopNotifications::forgetOldest()
-{
-    // What it still had to say is said now, if only beside what it would have replaced.
-    if (m_entries.front().next) {
-        send(m_entries.front());
-    }
-    m_entries.pop_front();
+    return *m_entries.emplace_back(std::make_shared<Entry>(Entry{.identifier = identifier}));
 }
 
 /// Text that could be taken for markup waits for the daemon's word about that, and all text waits
 /// for the answer to an earlier one of the same identifier, since that tells what to replace.
 void DesktopNotifications::sendWhatIsReady()
 {
-    for (Entry &entry : m_entries) {
-        if (!entry.next || entry.isCalling) {
+    for (const auto &entry : m_entries) {
+        if (!entry->next || entry->isCalling) {
             continue;
         }
         const bool isUndecided = m_markup == Markup::Unknown || m_markup == Markup::Asking;
-        if (isUndecided && looksLikeMarkup(entry.next->body)) {
+        if (isUndecided && looksLikeMarkup(entry->next->body)) {
             askForMarkup();
-            continue;
+        } else {
+            send(entry);
         }
-        send(entry);
     }
+    m_entries.remove_if([](const auto &entry) {
+        return entry->serverId == 0 && !entry->isCalling && !entry->next;
+    });
 }
 
-void DesktopNotifications::send(Entry &entry)
+void DesktopNotifications::send(const std::shared_ptr<Entry> &entry)
 {
-    const UserNotification notification = *std::exchange(entry.next, std::nullopt);
+    const UserNotification notification = *std::exchange(entry->next, std::nullopt);
     const QString body = bounded(notification.body);
     const QStringList noActions;
     constexpr int lifetimeAsUsual = -1;
     QDBusMessage call = daemonCall(QStringLiteral("Notify"));
-    call << QStringLiteral("Velmora") << entry.serverId << QStringLiteral("com.velmora.app")
+    call << QStringLiteral("Velmora") << entry->serverId << QStringLiteral("com.velmora.app")
          << bounded(notification.title) << (m_markup == Markup::Plain ? body : escaped(body))
          << noActions << hintsOf(notification) << lifetimeAsUsual;
-    entry.isCalling = true;
-    callBus(
-        m_bus.connection(), call, this,
-        [this, number = entry.number](const QDBusMessage &answer) { handleAnswer(number, answer); },
-        m_limit);
+    entry->isCalling = true;
+    const auto take = [this, entry](const QDBusMessage &answer) { handleAnswer(*entry, answer); };
+    callBus(m_bus.connection(), call, this, take, m_limit);
 }
 
-void DesktopNotifications::handleAnswer(quint64 number, const QDBusMessage &answer)
+void DesktopNotifications::handleAnswer(Entry &entry, const QDBusMessage &answer)
 {
-    const bool isId = answer.type() == QDBusMessage::ReplyMessage &&
-                      answer.arguments().value(0).typeId() == QMetaType::UInt;
+    const QVariant id = answer.arguments().value(0);
+    const bool isId = isReply(answer) && id.typeId() == QMetaType::UInt;
     if (!isId) {
-        complain(answer);
+        qCDebug(lcNotifications) << "Not shown:" << answer;
     } else if (m_owner.isEmpty()) {
         m_owner = answer.service();
     }
-    const auto entry = std::find_if(m_entries.begin(), m_entries.end(),
-                                    [number](const Entry &each) { return each.number == number; });
-    if (entry == m_entries.end()) {
-        return;
-    }
-    entry->isCalling = false;
-    const bool isOnShow = isId && answer.service() == m_owner;
-    entry->serverId = isOnShow ? answer.arguments().constFirst().toUInt() : 0;
-    if (entry->serverId == 0 && !entry->next) {
-        m_entries.erase(entry);
-        return;
-    }
+    entry.isCalling = false;
+    entry.serverId = isId && answer.service() == m_owner ? id.toUInt() : 0;
     sendWhatIsReady();
 }
 
@@ -196,18 +174,14 @@ void DesktopNotifications::askForMarkup()
 void DesktopNotifications::handleCapabilities(const QDBusMessage &answer)
 {
     const QVariant capabilities = answer.arguments().value(0);
-    if (answer.type() == QDBusMessage::ReplyMessage &&
-        capabilities.typeId() == QMetaType::QStringList) {
-        const bool hasMarkup = capabilities.toStringList().contains(QLatin1String("body-markup"));
-        m_markup = hasMarkup ? Markup::Escaped : Markup::Plain;
-        sendWhatIsReady();
-        return;
-    }
-    // Rather a stray "&lt;" than a stranger's markup. The next text asks again.
-    complain(answer);
-    m_markup = Markup::Escaped;
+    const bool isKnown = isReply(answer) && capabilities.typeId() == QMetaType::QStringList;
+    const bool hasMarkup = capabilities.toStringList().contains(QLatin1String("body-markup"));
+    // Rather a stray "&lt;" than a stranger's markup.
+    m_markup = isKnown && !hasMarkup ? Markup::Plain : Markup::Escaped;
     sendWhatIsReady();
-    m_markup = Markup::Unknown;
+    if (!isKnown) {
+        m_markup = Markup::Unknown; // the next text asks again
+    }
 }
 
 void DesktopNotifications::handleOwnerChange(const QString &newOwner)
@@ -215,10 +189,8 @@ void DesktopNotifications::handleOwnerChange(const QString &newOwner)
     ++m_round;
     m_owner = newOwner;
     m_markup = Markup::Unknown;
-    m_hasComplained = false;
-    m_entries.remove_if([](const Entry &entry) { return !entry.isCalling && !entry.next; });
-    for (Entry &entry : m_entries) {
-        entry.serverId = 0;
+    for (const auto &entry : m_entries) {
+        entry->serverId = 0;
     }
     sendWhatIsReady();
 }
@@ -229,31 +201,12 @@ void DesktopNotifications::handleClosed(const QDBusMessage &signal)
     if (id.typeId() != QMetaType::UInt || signal.service() != m_owner) {
         return;
     }
-    const auto entry =
-        std::find_if(m_entries.begin(), m_entries.end(),
-                     [closed = id.toUInt()](const Entry &each) { return each.serverId == closed; });
-    if (entry == m_entries.end()) {
-        return;
+    for (const auto &entry : m_entries) {
+        if (entry->serverId == id.toUInt()) {
+            entry->serverId = 0;
+        }
     }
-    entry->serverId = 0;
-    if (!entry->isCalling && !entry->next) {
-        m_entries.erase(entry);
-    }
-}
-
-/// Once for each daemon, and for none.
-void DesktopNotifications::complain(const QDBusMessage &answer)
-{
-    if (!std::exchange(m_hasComplained, true)) {
-        qCDebug(lcNotifications) << "The daemon of notifications did not do as it was asked:"
-                                 << answer.errorName() << answer.errorMessage().left(200)
-                                 << answer.signature();
-    }
-}
-
-QDBusMessage DesktopNotifications::daemonCall(const QString &method) const
-{
-    return QDBusMessage::createMethodCall(service(), path(), service(), method);
+    sendWhatIsReady();
 }
 
 } // namespace velmora

@@ -9,6 +9,7 @@
 
 #include <chrono>
 #include <list>
+#include <memory>
 #include <optional>
 
 namespace velmora
@@ -35,34 +36,28 @@ private:
     /// What the daemon knows of one identifier.
     struct Entry {
         QString identifier;
-        quint64 number = 0; ///< of this entry, for the answers to its calls
-        uint serverId = 0;  ///< 0: none that is on show
+        uint serverId = 0; ///< 0: none that is on show
         bool isCalling = false;
-        std::optional<UserNotification> next; ///< the last word that is still to be sent
+        std::optional<UserNotification> next = {}; ///< the last word that is still to be sent
     };
     enum class Markup { Unknown, Asking, Escaped, Plain };
 
     void start();
     Entry &entryFor(const QString &identifier);
-    void forgetOldest();
     void sendWhatIsReady();
-    void send(Entry &entry);
-    void handleAnswer(quint64 number, const QDBusMessage &answer);
+    void send(const std::shared_ptr<Entry> &entry);
+    void handleAnswer(Entry &entry, const QDBusMessage &answer);
     void askForMarkup();
     void handleCapabilities(const QDBusMessage &answer);
     void handleOwnerChange(const QString &newOwner);
-    void complain(const QDBusMessage &answer);
-    [[nodiscard]] QDBusMessage daemonCall(const QString &method) const;
 
     BusConnection &m_bus;
     std::chrono::milliseconds m_limit;
     QDBusServiceWatcher m_ownerWatch;
     QString m_owner; ///< unique name; empty as long as it is not known
     Markup m_markup = Markup::Unknown;
-    quint64 m_round = 0;        ///< of owners: earlier ones say nothing about the present one
-    std::list<Entry> m_entries; ///< the latest comes last
-    quint64 m_lastNumber = 0;
-    bool m_hasComplained = false;
+    quint64 m_round = 0; ///< of owners: earlier ones say nothing about the present one
+    std::list<std::shared_ptr<Entry>> m_entries; ///< the latest comes last
 };
 
 } // namespace velmora

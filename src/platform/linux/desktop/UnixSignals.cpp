@@ -36,13 +36,13 @@ UnixSignals::UnixSignals()
     : m_eventFd(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC))
 {
     Q_ASSERT(wakeFd.load() == -1);
-    if (m_eventFd == -1) {
+    if (!m_eventFd.isOpen()) {
         qCWarning(lcSignals) << "No descriptor for signals; they end the program at once";
         return;
     }
-    m_notifier.emplace(m_eventFd, QSocketNotifier::Read);
+    m_notifier.emplace(m_eventFd.get(), QSocketNotifier::Read);
     connect(&*m_notifier, &QSocketNotifier::activated, this, &UnixSignals::drain);
-    wakeFd.store(m_eventFd);
+    wakeFd.store(m_eventFd.get());
     for (const int signal : {SIGTERM, SIGINT, SIGHUP})
         install(signal);
 }
@@ -52,9 +52,6 @@ UnixSignals::~UnixSignals()
     for (const auto &[signal, previous] : m_previous)
         sigaction(signal, &previous, nullptr);
     wakeFd.store(-1);
-    m_notifier.reset();
-    if (m_eventFd != -1)
-        close(m_eventFd);
 }
 
 void UnixSignals::install(int signal)
@@ -76,7 +73,7 @@ void UnixSignals::install(int signal)
 void UnixSignals::drain()
 {
     std::uint64_t count = 0;
-    if (read(m_eventFd, &count, sizeof count) == sizeof count)
+    if (read(m_eventFd.get(), &count, sizeof count) == sizeof count)
         Q_EMIT terminationRequested();
 }
 

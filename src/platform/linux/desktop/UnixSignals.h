@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/linux/UniqueFd.h"
+
 #include <QObject>
 #include <QSocketNotifier>
 
@@ -30,7 +32,7 @@ private:
     void install(int signal);
     void drain();
 
-    int m_eventFd = -1;
+    UniqueFd m_eventFd;
     std::optional<QSocketNotifier> m_notifier;
     std::vector<std::pair<int, struct sigaction>> m_previous;
 };

@@ -170,28 +170,22 @@ HttpHandle QtHttpGetter::get(const HttpRequest &request, Handler handler)
     if (!m_network)
         m_network = std::make_unique<QNetworkAccessManager>();
     auto fetch = std::make_unique<Fetch>(*this, request, std::move(handler));
-    m_waiting[request.kind].append(fetch.get());
-    startNext(request.kind);
+    auto &fetches = m_fetches[request.kind];
+    fetches.append(fetch.get());
+    if (fetches.size() == 1)
+        fetch->start();
     return fetch;
 }
 
 void QtHttpGetter::leave(Fetch &fetch)
 {
-    const QString kind = fetch.kind();
-    m_waiting[kind].removeOne(&fetch);
-    if (m_running.value(kind) == &fetch) {
-        m_running.remove(kind);
-        startNext(kind);
+    auto &fetches = m_fetches[fetch.kind()];
+    const bool wasRunning = fetches.value(0) == &fetch;
+    fetches.removeOne(&fetch);
+    if (wasRunning && !fetches.isEmpty()) {
+        fetches.move(fetches.size() - 1, 0);
+        fetches.front()->start();
     }
-}
-
-void QtHttpGetter::startNext(const QString &kind)
-{
-    if (m_running.contains(kind) || m_waiting[kind].isEmpty())
-        return;
-    Fetch *const next = m_waiting[kind].takeLast();
-    m_running.insert(kind, next);
-    next->start();
 }
 
 } // namespace velmora

@@ -28,12 +28,11 @@ private:
     class Fetch;
 
     void leave(Fetch &fetch);
-    void startNext(const QString &kind);
 
     Clock &m_clock;
     std::unique_ptr<QNetworkAccessManager> m_network;
-    QHash<QString, QList<Fetch *>> m_waiting; ///< by kind; the last one is next
-    QHash<QString, Fetch *> m_running;        ///< by kind
+    /// By kind. The first one is running, the last one is next.
+    QHash<QString, QList<Fetch *>> m_fetches;
 };
 
 } // namespace velmora

@@ -26,7 +26,7 @@ constexpr std::array<std::chrono::milliseconds, 5> retryDelays = {2s, 5s, 10s, 3
 PulseConnection::PulseConnection(Clock &clock, Events events)
     : m_clock(clock)
     , m_events(std::move(events))
-    , m_loop(pa_glib_mainloop_new(nullptr))
+    , m_loop(pa_glib_mainloop_new(nullptr), pa_glib_mainloop_free)
 {
     // Not within the constructor: whoever owns us is not complete yet.
     m_retry = m_clock.after(0ms, [this] { connectToServer(); });
@@ -78,11 +78,6 @@ void PulseConnection::retryLater()
     m_retry = m_clock.after(delay, [this] { connectToServer(); });
     if (std::exchange(m_isReady, false))
         m_events.lost();
-}
-
-void PulseConnection::MainLoopDeleter::operator()(pa_glib_mainloop *loop) const
-{
-    pa_glib_mainloop_free(loop);
 }
 
 void PulseConnection::ContextDeleter::operator()(pa_context *context) const

@@ -32,9 +32,6 @@ public:
     [[nodiscard]] pa_context *context() const;
 
 private:
-    struct MainLoopDeleter {
-        void operator()(pa_glib_mainloop *loop) const;
-    };
     struct ContextDeleter {
         void operator()(pa_context *context) const;
     };
@@ -45,7 +42,7 @@ private:
 
     Clock &m_clock;
     Events m_events;
-    std::unique_ptr<pa_glib_mainloop, MainLoopDeleter> m_loop;
+    std::unique_ptr<pa_glib_mainloop, void (*)(pa_glib_mainloop *)> m_loop;
     std::unique_ptr<pa_context, ContextDeleter> m_context;
     bool m_isReady = false;
     std::size_t m_failures = 0;

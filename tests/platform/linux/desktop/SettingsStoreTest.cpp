@@ -7,7 +7,9 @@
 #include <QRandomGenerator>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 
+#include <cstdio>
 #include <limits>
 #include <sys/stat.h>
 
@@ -40,6 +42,25 @@ struct Place {
     }
 };
 
+/// Assigns in one turn of the main loop after another until it is killed. At the beginning of a
+/// turn it tells the number of the one before.
+int writeUntilKilled(const QString &path)
+{
+    SettingsStore store(path);
+    qint64 turn = store.integer(QStringLiteral("turn"));
+    QTimer timer;
+    timer.callOnTimeout([&] {
+        std::printf("%lld\n", static_cast<long long>(turn));
+        std::fflush(stdout);
+        store.setInteger(QStringLiteral("turn"), ++turn);
+        // So much that a write takes a while.
+        store.setData(QStringLiteral("group/data"), QByteArray(100'000 + turn, 'x'));
+        store.setInteger(QStringLiteral("last"), turn);
+    });
+    timer.start(0);
+    return QCoreApplication::exec();
+}
+
 } // namespace
 
 class SettingsStoreTest : public QObject
@@ -60,35 +81,36 @@ private Q_SLOTS:
 void SettingsStoreTest::valuesComeBack()
 {
     const Place place;
+    constexpr qint64 least = std::numeric_limits<qint64>::min();
     QByteArray bytes;
     for (int i = 0; i < 512; ++i)
         bytes.append(static_cast<char>(i / 2 * (i % 2 ? 1 : 7)));
     const QStringList strings{QString(), QStringLiteral(" a,b;c=\"d\" \\ \n@\u65e5"),
                               QStringLiteral("@ByteArray(no)")};
-    const QList<double> numbers{200.0, 0.3, 5e-324};
+    const auto name = [](int number) { return QStringLiteral("group/%1 =").arg(number); };
     const auto check = [&](const SettingsStore &store) {
-        QCOMPARE(store.boolean(QStringLiteral("yes")), true);
-        QCOMPARE(store.boolean(QStringLiteral("no")), false);
-        QCOMPARE(store.integer(QStringLiteral("least")), std::numeric_limits<qint64>::min());
-        QCOMPARE(store.data(QStringLiteral("bytes")), bytes);
-        for (qsizetype i = 0; i < strings.size(); ++i) {
-            QCOMPARE(store.string(QStringLiteral("group/%1").arg(i)), strings[i]);
-            QCOMPARE(store.number(QStringLiteral("number %1").arg(i)), numbers[i]);
-        }
+        QCOMPARE(store.boolean(name(1)), true);
+        QCOMPARE(store.boolean(name(2)), false);
+        QCOMPARE(store.integer(name(3)), least);
+        QCOMPARE(store.data(name(4)), bytes);
+        QCOMPARE(store.number(name(5)), 5e-324);
+        QCOMPARE(store.number(name(6)), 0.3);
+        for (int i = 0; i < strings.size(); ++i)
+            QCOMPARE(store.string(name(10 + i)), strings[i]);
         QVERIFY(!store.boolean(key) && !store.number(key) && !store.string(key) &&
                 !store.data(key) && store.integer(key) == 0);
     };
     {
         SettingsStore store(place.path);
-        store.setBoolean(QStringLiteral("yes"), true);
-        store.setBoolean(QStringLiteral("no"), false);
-        store.setInteger(QStringLiteral("least"), std::numeric_limits<qint64>::min());
-        store.setData(QStringLiteral("bytes"), bytes);
+        store.setBoolean(name(1), true);
+        store.setBoolean(name(2), false);
+        store.setInteger(name(3), least);
+        store.setData(name(4), bytes);
+        store.setNumber(name(5), 5e-324);
+        store.setNumber(name(6), 0.3);
+        for (int i = 0; i < strings.size(); ++i)
+            store.setString(name(10 + i), strings[i]);
         store.setNumber(key, std::numeric_limits<double>::quiet_NaN());
-        for (qsizetype i = 0; i < strings.size(); ++i) {
-            store.setString(QStringLiteral("group/%1").arg(i), strings[i]);
-            store.setNumber(QStringLiteral("number %1").arg(i), numbers[i]);
-        }
         check(store); // before anything is written
     }
     check(SettingsStore(place.path));
@@ -200,7 +222,8 @@ void SettingsStoreTest::survivesBeingKilled()
     const int rounds = qEnvironmentVariable("VELMORA_KILLS", QStringLiteral("20")).toInt();
     for (int round = 0; round < rounds; ++round) {
         QProcess writer;
-        writer.start(QStringLiteral(SETTINGSSTORE_WRITER), {place.path});
+        writer.start(QCoreApplication::applicationFilePath(),
+                     {QStringLiteral("--write-until-killed"), place.path});
         // Killed after a random number of lines, that is in the middle of some later turn.
         QByteArray lines;
         const auto wanted = static_cast<int>(random.bounded(1U, 12U));
@@ -222,5 +245,14 @@ void SettingsStoreTest::survivesBeingKilled()
     }
 }
 
-QTEST_GUILESS_MAIN(SettingsStoreTest)
+int main(int argc, char *argv[])
+{
+    const QCoreApplication application(argc, argv);
+    const QStringList arguments = QCoreApplication::arguments();
+    if (arguments.value(1) == u"--write-until-killed")
+        return writeUntilKilled(arguments.value(2));
+    SettingsStoreTest test;
+    return QTest::qExec(&test, arguments);
+}
+
 #include "SettingsStoreTest.moc"
