@@ -77,14 +77,9 @@ private Q_SLOTS:
     void launching();
     void toggling();
     void switchingProfiles();
-    void menuFollowsTheManager();
     void quitting();
     void screenChanges();
-
     void questionsArePutOnce();
-    void loginItem_data();
-    void loginItem();
-    void quittingBeforeTheQuestions();
 
 private:
     /// The events of the launch are forgotten.
@@ -178,26 +173,14 @@ void AppDelegateTest::switchingProfiles()
                       "Minimal- of several"));
     }
 
-    // An item of a profile that is gone by now.
+    // The menu follows the manager; an item may be chosen that is gone by now.
     const std::function<void()> gone = m_tray.profiles().at(3).action;
     m_delegate->notchManager()->removeProfile(3);
+    m_delegate->notchManager()->renameProfile(2, u"Work"_s);
     m_overlays.events.clear();
     gone();
     QVERIFY(m_overlays.events.isEmpty());
-    QCOMPARE(described(m_tray.profiles()).back(), u"System+ of several"_s);
-}
-
-void AppDelegateTest::menuFollowsTheManager()
-{
-    launch();
-    NotchManager &manager = *m_delegate->notchManager();
-    manager.addProfile(u"Mine"_s);
-    QCOMPARE(described(m_tray.profiles()).back(), u"Mine+ of several"_s);
-    manager.renameProfile(1, u"Work"_s);
-    manager.removeProfile(0);
-    QCOMPARE(m_tray.profiles().front().title, u"Work"_s);
-    manager.setEnabled(false);
-    QCOMPARE(m_tray.menu.front().mark, MenuItem::Mark::Off);
+    QCOMPARE(described(m_tray.profiles()).back(), u"Work+ of several"_s);
 }
 
 void AppDelegateTest::quitting()
@@ -208,6 +191,12 @@ void AppDelegateTest::quitting()
     QCOMPARE(m_terminations, 1);
     m_delegate.reset();
     QCOMPARE(m_overlays.takeEvents(), list("close A,free A"));
+
+    // Questions that were not put by then are never put.
+    m_platform->clock.advance(1min);
+    launch();
+    m_platform->clock.advance(1min);
+    QCOMPARE(m_questions + m_requests, 0);
 }
 
 void AppDelegateTest::screenChanges()
@@ -243,6 +232,12 @@ void AppDelegateTest::questionsArePutOnce()
     QCOMPARE(m_requests, 101); // each of them, once
     m_platform->clock.advance(1h);
     QCOMPARE(m_loginItem->registrations, 0); // asked, and not answered
+    QTest::ignoreMessage(QtInfoMsg, "Registered as login item");
+    m_accept();
+    m_loginItem->error = u"no space left"_s;
+    QTest::ignoreMessage(QtCriticalMsg, "Failed to register login item: no space left");
+    m_accept();
+    QCOMPARE(m_loginItem->registrations, 2);
 
     m_delegate.reset();
     m_overlays.events.clear();
@@ -250,40 +245,6 @@ void AppDelegateTest::questionsArePutOnce()
     m_platform->clock.advance(1h);
     QCOMPARE(m_questions, 1);
     QCOMPARE(m_requests, 101);
-}
-
-void AppDelegateTest::loginItem_data()
-{
-    QTest::addColumn<std::optional<QString>>("error");
-    QTest::newRow("registered") << std::optional<QString>();
-    QTest::newRow("refused") << std::optional(u"no space left"_s);
-}
-
-void AppDelegateTest::loginItem()
-{
-    QFETCH(const std::optional<QString>, error);
-    m_loginItem->error = error;
-    launch();
-    m_platform->clock.advance(500ms);
-    if (error) {
-        QTest::ignoreMessage(QtCriticalMsg, "Failed to register login item: no space left");
-    } else {
-        QTest::ignoreMessage(QtInfoMsg, "Registered as login item");
-    }
-    m_accept();
-    QCOMPARE(m_loginItem->registrations, 1);
-}
-
-void AppDelegateTest::quittingBeforeTheQuestions()
-{
-    launch();
-    m_platform->clock.advance(100ms);
-    cleanup();
-    m_platform->clock.advance(1min);
-    QCOMPARE(m_questions + m_requests, 0);
-    launch(); // which does not put them either
-    m_platform->clock.advance(1min);
-    QCOMPARE(m_questions + m_requests, 0);
 }
 
 QTEST_GUILESS_MAIN(AppDelegateTest)

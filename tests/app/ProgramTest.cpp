@@ -5,6 +5,7 @@
 #include <QProcess>
 #include <QTest>
 
+using namespace Qt::StringLiterals;
 using velmora::BusConnection;
 using velmora::test::BusDaemon;
 
@@ -62,15 +63,15 @@ bool isUpOn(const QByteArray &address)
     BusConnection bus(address);
     return QTest::qWaitFor(
         [&bus] {
-            return bus.isConnected() && bus.connection().interface()->isServiceRegistered(
-                                            QStringLiteral("com.velmora.app"));
+            return bus.isConnected() &&
+                   bus.connection().interface()->isServiceRegistered(u"com.velmora.app"_s);
         },
         patience);
 }
 
 QMap<QString, QString> onBus(const BusDaemon &bus)
 {
-    return {{QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), QString::fromUtf8(bus.address())}};
+    return {{u"DBUS_SESSION_BUS_ADDRESS"_s, QString::fromUtf8(bus.address())}};
 }
 
 } // namespace
@@ -89,20 +90,16 @@ private Q_SLOTS:
 void ProgramTest::tellsThatThereIsNoDisplay()
 {
     const QString none;
-    const QString nobody = QStringLiteral(":4711");
-    const QString nowhere = QStringLiteral("nowhere");
+    const QString nobody = u":4711"_s;
+    const QString nowhere = u"nowhere"_s;
     const std::vector<std::array<QString, 3>> rows{
-        {none, none, none},
-        {none, nobody, none},
-        {none, none, nowhere},
-        {QStringLiteral("xcb"), nobody, none},
-        {QStringLiteral("wayland"), none, nowhere},
-        {QStringLiteral("abacus"), none, none},
+        {none, none, none},       {none, nobody, none},          {none, none, nowhere},
+        {u"xcb"_s, nobody, none}, {u"wayland"_s, none, nowhere}, {u"abacus"_s, none, none},
     };
     for (const auto &[platform, x11, wayland] : rows) {
-        Program program({{QStringLiteral("QT_QPA_PLATFORM"), platform},
-                         {QStringLiteral("DISPLAY"), x11},
-                         {QStringLiteral("WAYLAND_DISPLAY"), wayland}});
+        Program program({{u"QT_QPA_PLATFORM"_s, platform},
+                         {u"DISPLAY"_s, x11},
+                         {u"WAYLAND_DISPLAY"_s, wayland}});
         QVERIFY(program.ends(EXIT_FAILURE));
         const QByteArray output = program.readAll();
         QVERIFY2(output.startsWith("velmora: there is no display: "), output.constData());
@@ -112,9 +109,8 @@ void ProgramTest::tellsThatThereIsNoDisplay()
 
 void ProgramTest::outlivesTheReaderOfItsOutput()
 {
-    const QString reader = QStringLiteral("exec \"$0\" > >(head --lines=1 >/dev/null) 2>&1");
-    Program program({}, QStringLiteral("bash"),
-                    {QStringLiteral("-c"), reader, QStringLiteral(VELMORA_PROGRAM)});
+    const QString reader = u"exec \"$0\" > >(head --lines=1 >/dev/null) 2>&1"_s;
+    Program program({}, u"bash"_s, {u"-c"_s, reader, QStringLiteral(VELMORA_PROGRAM)});
     QVERIFY(isUpOn(BusConnection::sessionAddress()));
     for (int i = 0; i < 2; ++i) { // each is told of, to nobody
         Program another;

@@ -72,7 +72,7 @@ void requestBusName(const QDBusConnection &bus, const QString &name, QObject *co
     constexpr uint doNotQueue = 4;
     enum Result { becameOwner = 1, exists = 3, alreadyOwner = 4 };
     const auto take = [handler = std::move(handler)](const QDBusMessage &answer) {
-        const uint result = answer.arguments().value(0).toUInt(); // 0 where it is an error
+        const uint result = isReply(answer) ? answer.arguments().value(0).toUInt() : 0;
         if (result == exists)
             handler(false);
         else if (result == becameOwner || result == alreadyOwner)

@@ -15,7 +15,7 @@ namespace
 
 Q_LOGGING_CATEGORY(lcNotifications, "com.velmora.app.DesktopNotifications", QtInfoMsg)
 
-constexpr std::size_t maximumEntries = 64;
+constexpr std::size_t maximumEntries = 64; // besides those with something to say
 constexpr int maximumLength = 2000;
 
 const QString service = QStringLiteral("org.freedesktop.Notifications");
@@ -96,13 +96,6 @@ DesktopNotifications::Entry &DesktopNotifications::entryFor(const QString &ident
         m_entries.splice(m_entries.end(), m_entries, found);
         return *m_entries.back();
     }
-    if (m_entries.size() >= maximumEntries) {
-        // What it still had to say is said now, if only beside what it would have replaced.
-        if (m_entries.front()->next) {
-            send(m_entries.front());
-        }
-        m_entries.pop_front();
-    }
     return *m_entries.emplace_back(std::make_shared<Entry>(Entry{.identifier = identifier}));
 }
 
@@ -121,8 +114,12 @@ void DesktopNotifications::sendWhatIsReady()
             send(entry);
         }
     }
-    m_entries.remove_if([](const auto &entry) {
-        return entry->serverId == 0 && !entry->isCalling && !entry->next;
+    auto count = m_entries.size();
+    m_entries.remove_if([&count](const auto &entry) {
+        const bool isUseless = entry->serverId == 0 || count > maximumEntries;
+        const bool isForgotten = isUseless && !entry->isCalling && !entry->next;
+        count -= isForgotten ? 1 : 0;
+        return isForgotten;
     });
 }
 

@@ -19,9 +19,6 @@ private Q_SLOTS:
     void waitsForNobody();
     void comesWithTheBus();
     void doesNotWaitForOneThatHangs();
-
-private:
-    BusDaemon m_daemon;
 };
 
 void BusConnectionTest::findsTheSessionBus()
@@ -37,7 +34,8 @@ void BusConnectionTest::findsTheSessionBus()
 
 void BusConnectionTest::waitsForNobody()
 {
-    for (const QByteArray &address : {QByteArray(), QByteArray("nonsense"), m_daemon.address()}) {
+    BusDaemon daemon;
+    for (const QByteArray &address : {QByteArray(), QByteArray("nonsense"), daemon.address()}) {
         BusConnection bus(address);
         QVERIFY(bus.waitForAnswer(20s)); // at once: nobody is there to answer
         QVERIFY(!bus.isConnected());
@@ -47,17 +45,18 @@ void BusConnectionTest::waitsForNobody()
 
 void BusConnectionTest::comesWithTheBus()
 {
-    BusConnection bus(m_daemon.address());
+    BusDaemon daemon;
+    BusConnection bus(daemon.address());
     QVERIFY(bus.waitForAnswer(20s));
     int starts = 0;
     bus.whenConnected(this, [&starts] { ++starts; });
     const QSignalSpy disconnected(&bus, &BusConnection::disconnected);
     for (int i = 1; i <= 2; ++i) {
         QCOMPARE(starts, i - 1);
-        m_daemon.start();
+        daemon.start();
         QTRY_COMPARE(starts, i);
         QVERIFY(bus.connection().interface()->isServiceRegistered(bus.connection().baseService()));
-        m_daemon.kill();
+        daemon.kill();
         QTRY_COMPARE(disconnected.size(), i);
         QVERIFY(!bus.isConnected());
     }
@@ -65,10 +64,11 @@ void BusConnectionTest::comesWithTheBus()
 
 void BusConnectionTest::doesNotWaitForOneThatHangs()
 {
-    m_daemon.hang();
-    BusConnection bus(m_daemon.address());
+    BusDaemon daemon;
+    daemon.hang();
+    BusConnection bus(daemon.address());
     QVERIFY(!bus.waitForAnswer(50ms));
-    m_daemon.start();
+    daemon.start();
     QTRY_VERIFY(bus.isConnected());
     int starts = 0;
     bus.whenConnected(this, [&starts] { ++starts; });

@@ -13,9 +13,7 @@ using namespace velmora;
 namespace
 {
 
-const QByteArray netHeadings =
-    "Inter-|   Receive                                                |  Transmit\n"
-    " face |bytes    packets errs drop fifo frame compressed multicast|bytes    packets errs\n";
+const QByteArray netHeadings = "Inter-|   Receive  |  Transmit\n face |bytes packets|bytes\n";
 
 QByteArray netLine(const QByteArray &name, int received, int sent)
 {
@@ -124,9 +122,6 @@ void ProcStatisticsTest::missingOrGarbledFilesGiveNothing()
                statistics.networkBytes().received == 0;
     };
     QVERIFY(readsNothing());
-    QVERIFY(QDir().mkdir(tree.path(u"proc/stat")));
-    QVERIFY(readsNothing());
-    QVERIFY(QDir().rmdir(tree.path(u"proc/stat")));
     for (const QByteArray &text :
          {QByteArray("\0\xff\xfe\n\n\0", 6),
           QByteArray("cpu\ncpux 1 2\ncpu0 1 2\ncpu99999999999999999999 1 2 3 4"),

@@ -59,8 +59,7 @@ class PulseSoundOutputTest : public QObject
 
 private Q_SLOTS:
     void init();
-    void readsAndFollows();
-    void writes();
+    void readsAndWrites();
     void keepsTheBalance();
     void followsTheDefaultSink();
     void destroyedAtAnyMoment();
@@ -97,23 +96,15 @@ std::optional<int> PulseSoundOutputTest::volumeLater(const PulseSoundOutput &out
     return output.volumePercent();
 }
 
-void PulseSoundOutputTest::readsAndFollows()
+void PulseSoundOutputTest::readsAndWrites()
 {
     const auto output = connected();
     QCOMPARE(output->volumePercent(), 40);
-    setVolume(testSink, {u"55%"_qs});
-    TRY_COMPARE(output->volumePercent(), 55);
     setVolume(testSink, {u"20%"_qs, u"60%"_qs});
     TRY_COMPARE(output->volumePercent(), 60);
-    setVolume(testSink, {u"0%"_qs});
-    TRY_COMPARE(output->volumePercent(), 0);
     setVolume(testSink, {u"150%"_qs});
     TRY_COMPARE(output->volumePercent(), 100);
-}
 
-void PulseSoundOutputTest::writes()
-{
-    const auto output = connected();
     for (const int percent : {73, 1, 0, 100}) {
         for (int passed = 0; passed <= 100; ++passed)
             output->setVolumePercent(passed); // the last of many counts
@@ -224,8 +215,6 @@ void PulseSoundOutputTest::survivesTheServersDeath()
     const auto output = connected();
     const int server = qEnvironmentVariableIntValue("VELMORA_PID_PIPEWIRE_PULSE");
     QVERIFY(server > 0);
-    output->setVolumePercent(35);
-    TRY_COMPARE(volumes(testSink).value(0), u"35%"_qs);
     output->setVolumePercent(36);
     QCOMPARE(::kill(server, SIGKILL), 0);
     TRY_COMPARE(output->volumePercent(), std::nullopt);
