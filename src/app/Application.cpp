@@ -4,6 +4,7 @@
 #include "app/LoginPrompt.h"
 #include "overlay/OverlayScene.h"
 #include "overlay/OverlayWarmUp.h"
+#include "platform/linux/calendar/CalendarStores.h"
 #include "platform/linux/dbus/BusConnection.h"
 #include "platform/linux/desktop/AutostartLoginItem.h"
 #include "platform/linux/desktop/DesktopNotifications.h"
@@ -50,6 +51,10 @@ Platform makePlatform(BusConnection &bus)
     platform.sound = std::make_unique<PulseSoundOutput>(*platform.clock);
     platform.http = std::make_unique<QtHttpGetter>(*platform.clock);
     platform.media = std::make_unique<MprisMediaRemote>(bus, *platform.clock, *platform.http);
+    CalendarStores calendars = makeCalendarStores(
+        bus, platform.store->string(QStringLiteral("calendarFolders")).value_or(QString()));
+    platform.calendar = std::move(calendars.events);
+    platform.reminders = std::move(calendars.reminders);
     platform.notifications = std::make_unique<DesktopNotifications>(bus);
     platform.files = std::make_unique<LinuxFileActions>();
     platform.images = std::make_unique<LinuxImageConverter>();
