@@ -101,11 +101,11 @@ void hoverOnce(Rig &rig)
         static_cast<velmora::NotchWindowController *>(rig.manager().controllers().front().get());
     rig.enter();
     rig.pass(600ms); // the views' springs end later than the frame
-    require(controller->notchState()->isExpanded(), "the notch does not expand");
+    require(controller->isExpanded(), "the notch does not expand");
     require(rig.draw(), "the panel is not drawn");
     rig.leave();
     rig.pass(1000ms);
-    require(!controller->notchState()->isExpanded(), "the notch does not collapse");
+    require(!controller->isExpanded(), "the notch does not collapse");
     require(rig.draw(), "the notch is not drawn");
 }
 

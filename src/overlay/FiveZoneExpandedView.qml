@@ -2,6 +2,7 @@ pragma ComponentBehavior: Bound
 
 import QtQuick
 import Velmora.Overlay
+import Velmora.Widgets
 
 // The panel: five zones side by side with hairlines between them, under a band of black.
 Item {
@@ -30,16 +31,18 @@ Item {
 
                 height: parent.height
 
-                ZoneDivider {
-                    height: parent.height
+                Rectangle {
+                    color: Qt.rgba(1, 1, 1, 0.07)
+                    height: parent.height - 2 * 10
                     visible: zone.index > 0
                     width: panel.geometry.dividerWidth
+                    y: 10
                 }
-                ZoneSlot {
+                Loader {
                     height: parent.height
-                    services: panel.controller.services
-                    type: zone.modelData
                     width: panel.geometry.zoneWidths[zone.index]
+
+                    Component.onCompleted: setSource(WidgetViews.source(zone.modelData), WidgetViews.inputs(zone.modelData, panel.controller.services))
                 }
             }
         }

@@ -13,7 +13,7 @@ Item {
 
     readonly property notchGeometry geometry: controller.geometry
     readonly property bool isDragging: controller.services.dropService.isDragging
-    readonly property bool isExpanded: controller.notchState.isExpanded
+    readonly property bool isExpanded: controller.isExpanded
     readonly property real expansion: Math.max(0, Math.min(spring.value, 1))
     property real dragging: isDragging ? 1 : 0
 

@@ -1,14 +1,15 @@
 #include "overlay/NotchWindow.h"
 
+#include "overlay/NotchWindowController.h"
 #include "style/MotionWish.h"
 
-#include <QDragEnterEvent>
 #include <QDropEvent>
 
 #include <utility>
 
 namespace velmora
 {
+
 namespace
 {
 
@@ -16,8 +17,8 @@ constexpr int moveInterval = 16; // milliseconds
 
 } // namespace
 
-NotchWindow::NotchWindow(TrackingView &trackingView)
-    : m_trackingView(trackingView)
+NotchWindow::NotchWindow(NotchWindowController &controller)
+    : m_controller(controller)
 {
     setColor(Qt::transparent);
     setTitle(QStringLiteral("Velmora"));
@@ -27,20 +28,25 @@ bool NotchWindow::event(QEvent *event)
 {
     switch (event->type()) {
     case QEvent::Enter:
-        m_trackingView.mouseEntered(static_cast<QEnterEvent *>(event)->position());
+        m_controller.mouseEntered(static_cast<QEnterEvent *>(event)->position());
         break;
     case QEvent::Leave:
         m_lastMove.reset();
-        m_trackingView.mouseExited();
+        m_controller.mouseExited();
         break;
     case QEvent::DragEnter:
     case QEvent::DragMove:
-    case QEvent::DragLeave:
     case QEvent::Drop:
-        return dragEvent(*event);
+        dragged(*static_cast<QDropEvent *>(event));
+        return true;
+    case QEvent::DragLeave:
+        if (std::exchange(m_dragAccepted, false)) {
+            m_controller.dragExited();
+        }
+        return true;
     default:
-        if (event->type() == MotionWishEvent::kind()) {
-            m_motionWishes += static_cast<MotionWishEvent *>(event)->isMade ? 1 : -1;
+        if (event->type() == motionWishMade || event->type() == motionWishDropped) {
+            m_motionWishes += event->type() == motionWishMade ? 1 : -1;
             Q_EMIT motionWishesChanged();
             return true;
         }
@@ -60,18 +66,18 @@ bool NotchWindow::isForViews(const QEvent &event)
         if (move.buttons() != Qt::NoButton) {
             return !m_isPressUsed;
         }
-        m_trackingView.mouseMoved(move.position());
+        m_controller.mouseMoved(move.position());
         return m_motionWanted && isDue(move);
     }
     case QEvent::MouseButtonPress: {
         const auto &press = static_cast<const QMouseEvent &>(event);
         // The right button opens a menu, wherever it is pressed.
         m_isPressUsed =
-            m_trackingView.mousePressed(press.position()) && press.button() != Qt::RightButton;
+            m_controller.mousePressed(press.position()) && press.button() != Qt::RightButton;
         return !m_isPressUsed && !deliverAfterLastMove(press);
     }
     case QEvent::TouchBegin:
-        m_isPressUsed = m_trackingView.mousePressed(
+        m_isPressUsed = m_controller.mousePressed(
             static_cast<const QTouchEvent &>(event).points().front().position());
         return !m_isPressUsed;
     case QEvent::MouseButtonDblClick:
@@ -136,48 +142,21 @@ void NotchWindow::timerEvent(QTimerEvent *event)
     deliverLastMove();
 }
 
-bool NotchWindow::dragEvent(QEvent &event)
+void NotchWindow::dragged(QDropEvent &event)
 {
-    // Nobody takes the files: the source must see that, rather than believe them delivered.
-    if (!m_trackingView.onDragPerformed) {
-        event.ignore();
-        return true;
-    }
-    switch (event.type()) {
-    case QEvent::DragEnter: {
-        auto &enter = static_cast<QDragEnterEvent &>(event);
-        m_dragAccepted = m_trackingView.draggingEntered(*enter.mimeData());
-        break;
-    }
-    case QEvent::DragLeave:
-        if (std::exchange(m_dragAccepted, false)) {
-            m_trackingView.draggingExited();
+    bool isAccepted = m_dragAccepted;
+    if (event.type() == QEvent::DragEnter) {
+        isAccepted = m_dragAccepted = m_controller.dragEntered(*event.mimeData());
+    } else if (event.type() == QEvent::Drop) {
+        m_dragAccepted = false;
+        if (isAccepted) {
+            m_controller.dragPerformed(*event.mimeData(), event.position());
         }
-        return true;
-    case QEvent::DragMove:
-        if (m_dragAccepted) {
-            m_trackingView.draggingUpdated(static_cast<QDropEvent &>(event).position());
-        }
-        break;
-    default:
-        drop(static_cast<QDropEvent &>(event));
-        return true;
+    } else if (isAccepted) {
+        m_controller.dragUpdated(event.position());
     }
-    auto &moved = static_cast<QDropEvent &>(event);
-    moved.setDropAction(Qt::CopyAction);
-    moved.setAccepted(m_dragAccepted);
-    return true;
-}
-
-void NotchWindow::drop(QDropEvent &event)
-{
-    if (!std::exchange(m_dragAccepted, false)) {
-        event.ignore();
-        return;
-    }
-    m_trackingView.performDragOperation(*event.mimeData(), event.position());
     event.setDropAction(Qt::CopyAction);
-    event.accept();
+    event.setAccepted(isAccepted);
 }
 
 } // namespace velmora

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "overlay/TrackingView.h"
-
 #include <QBasicTimer>
 #include <QElapsedTimer>
 #include <QQuickWindow>
@@ -13,14 +11,16 @@ class QDropEvent;
 namespace velmora
 {
 
-/// The window of one overlay. It never takes the keyboard; hovering and file drags are seen for the
-/// whole window, whatever the views in it do.
+class NotchWindowController;
+
+/// The window of one overlay. It never takes the keyboard; its controller is told of hovering,
+/// presses and file drags in the whole window, whatever the views in it do.
 class NotchWindow : public QQuickWindow
 {
     Q_OBJECT
 
 public:
-    explicit NotchWindow(TrackingView &trackingView);
+    explicit NotchWindow(NotchWindowController &controller);
 
     /// Whether the views are told when the pointer merely moves, as they are at first. Not every
     /// window system can be asked to keep such news to itself, and the views' share of them is
@@ -42,10 +42,9 @@ private:
     [[nodiscard]] bool isDue(const QMouseEvent &move);
     void deliverLastMove();
     bool deliverAfterLastMove(const QMouseEvent &press);
-    bool dragEvent(QEvent &event);
-    void drop(QDropEvent &event);
+    void dragged(QDropEvent &event);
 
-    TrackingView &m_trackingView;
+    NotchWindowController &m_controller;
     bool m_dragAccepted = false;
     bool m_motionWanted = true;
     int m_motionWishes = 0;

@@ -32,7 +32,10 @@ NotchWindowController::NotchWindowController(const std::shared_ptr<Screen> &scre
     for (const NotchWidgetType type : settings.widgets) {
         m_widgets << rawValue(type);
     }
-    setupTracking();
+    QEasingCurve easeInEaseOut(QEasingCurve::BezierSpline);
+    easeInEaseOut.addCubicBezierSegment({0.42, 0}, {0.58, 1}, {1, 1});
+    m_animation.setEasingCurve(easeInEaseOut);
+    connect(this, &NotchWindowController::menuChanged, this, &NotchWindowController::menuMoved);
     setupWindow(content);
     connect(&environment.pointer, &Pointer::movedElsewhere, this,
             &NotchWindowController::hoverProbe);
@@ -45,20 +48,9 @@ NotchWindowController::~NotchWindowController()
     NotchWindowController::close();
 }
 
-void NotchWindowController::setupTracking()
-{
-    m_trackingView.onMouseEntered = [this](const QPointF &position) { mouseEntered(position); };
-    m_trackingView.onMouseMoved = [this](const QPointF &position) { mouseMoved(position); };
-    m_trackingView.onMousePressed = [this](const QPointF &position) {
-        return mousePressed(position);
-    };
-    m_trackingView.onMouseExited = [this] { mouseExited(); };
-    setupDragTracking();
-}
-
 void NotchWindowController::setupWindow(const OverlayContent &content)
 {
-    m_window = std::make_unique<NotchWindow>(m_trackingView);
+    m_window = std::make_unique<NotchWindow>(*this);
     m_surface = m_environment.shell.adopt(*m_window, *m_screen.lock(), m_geometry.window);
     connect(m_window.get(), &NotchWindow::motionWishesChanged, this,
             &NotchWindowController::updateMotion);
@@ -98,8 +90,7 @@ void NotchWindowController::mouseEntered(const QPointF &position)
 
 void NotchWindowController::mouseMoved(const QPointF &position)
 {
-    if (m_window && !m_screen.expired() && !m_notchState.isExpanded() &&
-        !m_quietArea.contains(position)) {
+    if (m_window && !m_screen.expired() && !m_isExpanded && !m_quietArea.contains(position)) {
         qCDebug(lcWindowController, "mouse entered \u2014 expanding");
         expand();
     }
@@ -147,10 +138,10 @@ void NotchWindowController::hoverProbe(const QPointF &location)
     }
     if (m_geometry.collapsed.contains(position) && !m_quietArea.contains(position)) {
         m_collapseWork.reset();
-        if (!m_notchState.isExpanded()) {
+        if (!m_isExpanded) {
             expand();
         }
-    } else if (!isOver && m_notchState.isExpanded() && !dropService().isDragging()) {
+    } else if (!isOver && m_isExpanded && !dropService().isDragging()) {
         scheduleCollapse();
     }
 }
@@ -166,8 +157,7 @@ void NotchWindowController::openPanel(Milliseconds duration)
 {
     setMissedStatus({});
     // The flag comes first, so that the views change while the window grows.
-    m_notchState.setExpanded(true);
-    updateMotion();
+    setExpanded(true);
     animateWindow(m_geometry.panel, duration);
 }
 
@@ -212,29 +202,43 @@ void NotchWindowController::collapse()
 {
     qCInfo(lcWindowController, "collapse \u2192 %f\u00d7%f", m_geometry.collapsed.width(),
            m_geometry.collapsed.height());
-    m_notchState.setExpanded(false);
-    updateMotion();
+    setExpanded(false);
     dismissOpenWith();
     animateWindow(m_geometry.collapsed, collapseDuration);
+}
+
+void NotchWindowController::setExpanded(bool expanded)
+{
+    if (expanded != m_isExpanded) {
+        m_isExpanded = expanded;
+        Q_EMIT isExpandedChanged();
+        updateMotion();
+    }
 }
 
 void NotchWindowController::animateWindow(const QRectF &target, Milliseconds duration)
 {
     qCDebug(lcWindowController, "animate to %f\u00d7%f in %fs", target.width(), target.height(),
             std::chrono::duration<double>(duration).count());
-    m_animation = FrameAnimation(m_frame, target, m_environment.clock.uptime(), duration);
+    m_animation.setDuration(static_cast<int>(duration.count()));
+    m_animation.setStartValue(m_frame);
+    m_animation.setEndValue(target);
+    m_animationBegan = m_environment.clock.uptime();
     m_frameTimer = m_environment.clock.everyFrame([this] { animationStep(); });
     animationStep();
 }
 
 void NotchWindowController::animationStep()
 {
-    const auto now = m_environment.clock.uptime();
-    if (m_animation.isFinished(now)) {
+    const auto passed = m_environment.clock.uptime() - m_animationBegan;
+    const Milliseconds duration(m_animation.duration());
+    if (passed >= duration) {
         m_frameTimer.reset();
     }
     // What is drawn now is seen with the next frame.
-    setFrame(m_animation.at(now + frameInterval));
+    const auto seen = std::chrono::duration_cast<Milliseconds>(passed + frameInterval);
+    m_animation.setCurrentTime(static_cast<int>(seen.count()));
+    setFrame((seen < duration ? m_animation.currentValue() : m_animation.endValue()).toRectF());
 }
 
 void NotchWindowController::setFrame(const QRectF &frame)
@@ -247,35 +251,12 @@ void NotchWindowController::setFrame(const QRectF &frame)
     Q_EMIT frameChanged();
 }
 
-void NotchWindowController::setMenuFrame(const QRectF &frame)
+/// Views may still have their say while the window is taken down.
+void NotchWindowController::menuMoved()
 {
-    setMenuPart(m_menuFrame, frame);
-}
-
-void NotchWindowController::setSubmenuFrame(const QRectF &frame)
-{
-    setMenuPart(m_submenuFrame, frame);
-}
-
-void NotchWindowController::setMenuPart(QRectF &part, const QRectF &frame)
-{
-    if (frame == part) {
-        return;
-    }
-    part = frame;
-    // Views may still have their say while the window is taken down.
     if (m_surface) {
         updateShape();
         updateMotion();
-    }
-    Q_EMIT menuChanged();
-}
-
-void NotchWindowController::setQuietArea(const QRectF &area)
-{
-    if (area != m_quietArea) {
-        m_quietArea = area;
-        Q_EMIT quietAreaChanged();
     }
 }
 
@@ -292,16 +273,15 @@ void NotchWindowController::updateMotion()
     }
     // The menu, and the strip as long as it has not opened, follow the pointer; to most else
     // entering, leaving and pressing is enough, and a pointer that merely moves costs nothing.
-    const bool wanted = !m_menuFrame.isEmpty() || m_window->hasMotionWishes() ||
-                        (m_isPointerOver && !m_notchState.isExpanded());
+    const bool wanted =
+        !m_menuFrame.isEmpty() || m_window->hasMotionWishes() || (m_isPointerOver && !m_isExpanded);
     m_surface->setMotionWanted(wanted);
     m_window->setMotionWanted(wanted);
 }
 
 void NotchWindowController::updateShape()
 {
-    const double radius =
-        m_notchState.isExpanded() ? m_geometry.panelCornerRadius : m_geometry.cornerRadius;
+    const double radius = m_isExpanded ? m_geometry.panelCornerRadius : m_geometry.cornerRadius;
     m_surface->setShape([=, notch = m_frame, menu = m_menuFrame, submenu = m_submenuFrame,
                          cardRadius = m_geometry.menuCornerRadius](double scale, bool isBlended) {
         const auto inPixels = [scale](const QRectF &rect) {

@@ -2,12 +2,9 @@
 
 #include "config/NotchServices.h"
 #include "config/OverlayController.h"
-#include "overlay/FrameAnimation.h"
 #include "overlay/NotchGeometry.h"
-#include "overlay/NotchState.h"
 #include "overlay/NotchWindow.h"
 #include "overlay/StatusMenu.h"
-#include "overlay/TrackingView.h"
 #include "platform/Clock.h"
 #include "platform/FileDrags.h"
 #include "platform/OverlayShell.h"
@@ -16,11 +13,14 @@
 #include <QList>
 #include <QObject>
 #include <QStringList>
+#include <QVariantAnimation>
 #include <QtQml/qqmlregistration.h>
 
 #include <functional>
 #include <memory>
 #include <optional>
+
+class QMimeData;
 
 namespace velmora
 {
@@ -47,19 +47,19 @@ class NotchWindowController : public QObject, public OverlayController
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("Made for each screen")
-    Q_PROPERTY(velmora::NotchState *notchState READ notchState CONSTANT FINAL)
+    Q_PROPERTY(bool isExpanded READ isExpanded NOTIFY isExpandedChanged FINAL)
     Q_PROPERTY(velmora::NotchServices *services READ services CONSTANT FINAL)
     Q_PROPERTY(velmora::NotchGeometry geometry READ geometry CONSTANT FINAL)
     Q_PROPERTY(QRectF frame READ frame NOTIFY frameChanged FINAL)
     Q_PROPERTY(bool isPointerOver READ isPointerOver NOTIFY isPointerOverChanged FINAL)
     /// The open menu over the notch, in window coordinates; empty if there is none. Set by the view
     /// that shows it.
-    Q_PROPERTY(QRectF menuFrame READ menuFrame WRITE setMenuFrame NOTIFY menuChanged FINAL)
+    Q_PROPERTY(QRectF menuFrame MEMBER m_menuFrame NOTIFY menuChanged FINAL)
     /// Likewise its open submenu.
-    Q_PROPERTY(QRectF submenuFrame READ submenuFrame WRITE setSubmenuFrame NOTIFY menuChanged FINAL)
+    Q_PROPERTY(QRectF submenuFrame MEMBER m_submenuFrame NOTIFY menuChanged FINAL)
     /// The part of the strip over which the pointer does not open the panel, in window coordinates.
     /// Set by the strip's view.
-    Q_PROPERTY(QRectF quietArea READ quietArea WRITE setQuietArea NOTIFY quietAreaChanged FINAL)
+    Q_PROPERTY(QRectF quietArea MEMBER m_quietArea NOTIFY quietAreaChanged FINAL)
     /// The choice of an application for files that were dropped here, as long as it is open.
     Q_PROPERTY(bool isOpenWithShown READ isOpenWithShown NOTIFY openWithChanged FINAL)
     Q_PROPERTY(QList<velmora::StatusMenuEntry> openWithEntries READ openWithEntries NOTIFY
@@ -80,21 +80,16 @@ public:
     void showWindow() override;
     void close() override;
 
-    [[nodiscard]] NotchState *notchState() { return &m_notchState; }
+    [[nodiscard]] bool isExpanded() const { return m_isExpanded; }
     [[nodiscard]] NotchServices *services() const { return &m_services; }
-    [[nodiscard]] TrackingView &trackingView() { return m_trackingView; }
-
     [[nodiscard]] const NotchGeometry &geometry() const { return m_geometry; }
 
     /// The notch as it is drawn at present, in window coordinates.
     [[nodiscard]] QRectF frame() const { return m_frame; }
     [[nodiscard]] bool isPointerOver() const { return m_isPointerOver; }
     [[nodiscard]] QRectF menuFrame() const { return m_menuFrame; }
-    void setMenuFrame(const QRectF &frame);
     [[nodiscard]] QRectF submenuFrame() const { return m_submenuFrame; }
-    void setSubmenuFrame(const QRectF &frame);
     [[nodiscard]] QRectF quietArea() const { return m_quietArea; }
-    void setQuietArea(const QRectF &area);
 
     [[nodiscard]] bool isOpenWithShown() const { return m_isOpenWithShown; }
     [[nodiscard]] QList<StatusMenuEntry> openWithEntries() const;
@@ -103,10 +98,22 @@ public:
 
     [[nodiscard]] QStringList widgets() const { return m_widgets; }
 
-    /// The action of a drag at `x` points from the left edge of the panel.
-    [[nodiscard]] std::optional<DropActionID> actionAt(double x) const;
+    // What the pointer does over the window, which tells of it; positions are those in the window.
+    void mouseEntered(const QPointF &position);
+    void mouseMoved(const QPointF &position); ///< with no button pressed
+    /// Whether the press has had its effect, and is not for the views.
+    [[nodiscard]] bool mousePressed(const QPointF &position);
+    void mouseExited();
+
+    /// Whether the drag can be dropped here, as a copy: only what is or promises files. One that
+    /// can is updated any number of times, and then it leaves or is dropped.
+    [[nodiscard]] bool dragEntered(const QMimeData &data);
+    void dragUpdated(const QPointF &position);
+    void dragExited();
+    void dragPerformed(const QMimeData &data, const QPointF &position);
 
 Q_SIGNALS:
+    void isExpandedChanged();
     void frameChanged();
     void isPointerOverChanged();
     void menuChanged();
@@ -128,22 +135,18 @@ private:
     };
 
     void setupWindow(const OverlayContent &content);
-    void setupTracking();
-    void mouseEntered(const QPointF &position);
-    void mouseMoved(const QPointF &position);
-    bool mousePressed(const QPointF &position);
-    void mouseExited();
     void setPointerOver(bool over);
     void hoverProbe(const QPointF &location);
     void expand();
     void openPanel(Milliseconds duration);
     void collapse();
+    void setExpanded(bool expanded);
     void scheduleCollapse();
     void collapseWorkFired();
     void animateWindow(const QRectF &target, Milliseconds duration);
     void animationStep();
     void setFrame(const QRectF &frame);
-    void setMenuPart(QRectF &part, const QRectF &frame);
+    void menuMoved();
     void closeMenus();
     void updateShape();
     void updateMotion();
@@ -151,16 +154,13 @@ private:
     [[nodiscard]] bool isInside(const QPointF &position) const;
     [[nodiscard]] bool isPointerInside() const;
 
-    void setupDragTracking();
     void setupDragMonitors();
     void observeDropState();
     [[nodiscard]] DropActionsService &dropService() const;
     void globalDragBegan(const QList<QUrl> &files);
     void globalMouseUp();
-    void dragEntered(const QList<QUrl> &files);
-    void dragUpdated(const QPointF &position);
-    void dragExited();
-    void dragPerformed(const QList<QUrl> &given, const QPointF &position);
+    [[nodiscard]] QList<QUrl> filesOf(const QMimeData &data) const;
+    [[nodiscard]] std::optional<DropActionID> actionAt(const QPointF &position) const;
     void beginDrag(const QList<QUrl> &files, DragPart part);
     void endDrag();
     void isDraggingChanged();
@@ -173,15 +173,15 @@ private:
     QStringList m_widgets;
     NotchServices &m_services;
     OverlayEnvironment m_environment;
-    NotchState m_notchState;
-    TrackingView m_trackingView;
+    bool m_isExpanded = false;
     bool m_isPointerOver = false; ///< by the last that was heard of it
     TimerHandle m_collapseWork;
     QRectF m_frame;
     QRectF m_menuFrame;
     QRectF m_submenuFrame;
     QRectF m_quietArea;
-    FrameAnimation m_animation;
+    QVariantAnimation m_animation; ///< of the frame, stepped by hand
+    std::chrono::nanoseconds m_animationBegan{0};
     TimerHandle m_frameTimer;
     DragPart m_dragPart = DragPart::None;
     std::optional<QPointF> m_dropPosition; ///< of the last drop, if it was here

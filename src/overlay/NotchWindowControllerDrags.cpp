@@ -2,6 +2,7 @@
 #include "overlay/NotchWindowController.h"
 
 #include <QLoggingCategory>
+#include <QMimeData>
 
 namespace velmora
 {
@@ -18,17 +19,6 @@ constexpr std::chrono::milliseconds dropPatience(3000);
 constexpr std::chrono::milliseconds choicePatience(10000);
 
 } // namespace
-
-void NotchWindowController::setupDragTracking()
-{
-    m_trackingView.onDragEntered = [this](const auto &files) { dragEntered(files); };
-    m_trackingView.onDragUpdated = [this](const QPointF &position) { dragUpdated(position); };
-    m_trackingView.onDragExited = [this] { dragExited(); };
-    m_trackingView.onDragPerformed = [this](const auto &files, const QPointF &position) {
-        dragPerformed(files, position);
-    };
-    m_trackingView.draggedFilesProvider = [this] { return m_environment.drags.files(); };
-}
 
 void NotchWindowController::setupDragMonitors()
 {
@@ -49,7 +39,7 @@ void NotchWindowController::observeDropState()
     connect(dropService().openWithMenu(), &OpenWithMenu::changed, this,
             &NotchWindowController::openWithMenuChanged);
     connect(&dropService(), &DropActionsService::lastStatusChanged, this, [this] {
-        const bool isStripAway = m_notchState.isExpanded() || dropService().isDragging();
+        const bool isStripAway = m_isExpanded || dropService().isDragging();
         setMissedStatus(isStripAway ? dropService().lastStatus() : QString());
     });
 }
@@ -101,15 +91,28 @@ void NotchWindowController::globalMouseUp()
     }
 }
 
-void NotchWindowController::dragEntered(const QList<QUrl> &files)
+/// To read the data waits for the source, and takes its time if there are many files.
+QList<QUrl> NotchWindowController::filesOf(const QMimeData &data) const
 {
+    const QList<QUrl> known = m_environment.drags.files();
+    return known.isEmpty() ? localFilesOf(data.data(QStringLiteral("text/uri-list"))) : known;
+}
+
+bool NotchWindowController::dragEntered(const QMimeData &data)
+{
+    const QList<QUrl> files = filesOf(data);
+    // A source that writes the file only once it is dropped names no address before.
+    if (files.isEmpty() && !data.hasFormat(QStringLiteral("XdndDirectSave0"))) {
+        return false;
+    }
     qCInfo(lcWindowDrags, "drag entered: %lld file(s)", static_cast<long long>(files.size()));
     beginDrag(files, DragPart::Entered);
+    return true;
 }
 
 void NotchWindowController::dragUpdated(const QPointF &position)
 {
-    dropService().setHoveredAction(actionAt(position.x() - m_geometry.panel.x()));
+    dropService().setHoveredAction(actionAt(position));
 }
 
 void NotchWindowController::dragExited()
@@ -118,9 +121,10 @@ void NotchWindowController::dragExited()
     endDrag();
 }
 
-void NotchWindowController::dragPerformed(const QList<QUrl> &given, const QPointF &position)
+void NotchWindowController::dragPerformed(const QMimeData &data, const QPointF &position)
 {
     DropActionsService &drop = dropService();
+    const QList<QUrl> given = filesOf(data);
     const QList<QUrl> files = given.isEmpty() ? drop.draggedFiles() : given;
     qCInfo(lcWindowDrags, "drag performed: %lld file(s) at (%f, %f)",
            static_cast<long long>(files.size()), position.x(), position.y());
@@ -129,7 +133,7 @@ void NotchWindowController::dragPerformed(const QList<QUrl> &given, const QPoint
         endDrag();
         return;
     }
-    auto action = actionAt(position.x() - m_geometry.panel.x());
+    auto action = actionAt(position);
     if (!action) {
         action = drop.hoveredAction();
     }
@@ -152,7 +156,7 @@ void NotchWindowController::beginDrag(const QList<QUrl> &files, DragPart part)
     dropService().setLastStatus(QString());
     m_dragPart = part;
     m_collapseWork.reset();
-    if (m_window && !m_screen.expired() && !m_notchState.isExpanded()) {
+    if (m_window && !m_screen.expired() && !m_isExpanded) {
         openPanel(dragExpandDuration);
     }
 }
@@ -177,14 +181,14 @@ void NotchWindowController::openWithMenuChanged()
     Q_EMIT openWithChanged();
     m_collapseWork.reset();
     if (!shown) {
-        if (m_notchState.isExpanded()) {
+        if (m_isExpanded) {
             scheduleCollapse();
         }
         return;
     }
     dropService().openWithMenu()->setShown();
     // The panel may have closed while the applications were looked for.
-    if (!m_notchState.isExpanded() && !m_screen.expired()) {
+    if (!m_isExpanded && !m_screen.expired()) {
         openPanel(dragExpandDuration);
     }
     if (!isPointerInside()) {
@@ -222,10 +226,11 @@ void NotchWindowController::setMissedStatus(const QString &status)
     }
 }
 
-std::optional<DropActionID> NotchWindowController::actionAt(double x) const
+std::optional<DropActionID> NotchWindowController::actionAt(const QPointF &position) const
 {
     const auto &actions = dropService().enabledActions();
-    const int slot = m_geometry.dropSlotAt(x, static_cast<int>(actions.size()));
+    const int slot = m_geometry.dropSlotAt(position.x() - m_geometry.panel.x(),
+                                           static_cast<int>(actions.size()));
     return slot < 0 ? std::nullopt : std::optional(actions[static_cast<size_t>(slot)]);
 }
 

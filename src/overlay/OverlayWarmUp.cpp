@@ -11,7 +11,7 @@ namespace velmora
 namespace
 {
 
-/// The program is there, and what came with it has settled.
+/// The overlay is there, and what came with it has settled.
 constexpr std::chrono::milliseconds startDelay(2000);
 /// Between two steps, so that nothing else waits for more than one of them.
 constexpr std::chrono::milliseconds pause(20);
@@ -20,7 +20,8 @@ constexpr int sliceMilliseconds = 4;
 } // namespace
 
 OverlayWarmUp::OverlayWarmUp(QQmlEngine &engine, Clock &clock)
-    : m_engine(engine)
+    : QQmlIncubator(Asynchronous)
+    , m_engine(engine)
     , m_clock(clock)
 {
     m_engine.setIncubationController(this);
@@ -44,17 +45,7 @@ void OverlayWarmUp::useFor(NotchWindow &window, NotchWindowController &controlle
     m_controller = &controller;
     // The views ask the controller while they exist, and it is about to go with its window.
     connect(&window, &QObject::destroyed, this, &OverlayWarmUp::dropView);
-    if (!m_hasBegun) {
-        m_hasBegun = true;
-        m_start = m_clock.after(startDelay, [this] { findFonts(); });
-    } else if (m_areFontsKnown) {
-        later(pause, &OverlayWarmUp::loadView);
-    }
-}
-
-void OverlayWarmUp::later(std::chrono::milliseconds delay, void (OverlayWarmUp::*step)())
-{
-    m_step = m_clock.after(delay, [this, step] { (this->*step)(); });
+    m_step = m_clock.after(startDelay, [this] { findFonts(); });
 }
 
 /// All of them are asked about when the first text is set. That reads the settings of the desktop's
@@ -62,17 +53,17 @@ void OverlayWarmUp::later(std::chrono::milliseconds delay, void (OverlayWarmUp::
 void OverlayWarmUp::findFonts()
 {
     QtConcurrent::run([] { return QFontDatabase::families().size(); }).then(this, [this](auto) {
-        m_areFontsKnown = true;
         loadView();
     });
 }
 
 void OverlayWarmUp::loadView()
 {
+    dropView(); // begun for an overlay that has gone
     m_component = std::make_unique<QQmlComponent>(&m_engine);
     connect(m_component.get(), &QQmlComponent::statusChanged, this, [this] {
         if (!m_component->isLoading()) {
-            later(pause, &OverlayWarmUp::buildView);
+            m_step = m_clock.after(pause, [this] { buildView(); });
         }
     });
     m_component->loadUrl(QUrl(QStringLiteral("qrc:/qt/qml/Velmora/Overlay/DropActionsOverlay.qml")),
@@ -85,13 +76,12 @@ void OverlayWarmUp::buildView()
         return;
     }
     if (m_component->isError()) {
-        finishView(); // whoever shows it will say so
+        statusChanged(Error); // whoever shows it will say so
         return;
     }
-    m_incubator.emplace(*this);
-    m_incubator->setInitialProperties(
+    setInitialProperties(
         {{QStringLiteral("controller"), QVariant::fromValue(m_controller.data())}});
-    m_component->create(*m_incubator);
+    m_component->create(*this);
 }
 
 /// Begun by `buildView`, a view goes on here.
@@ -103,7 +93,7 @@ void OverlayWarmUp::incubatingObjectCountChanged(int count)
 }
 
 /// Texts are measured by the window's screen, and broken by their room.
-void OverlayWarmUp::prepare(QObject *view)
+void OverlayWarmUp::setInitialState(QObject *view)
 {
     m_view = view;
     auto *item = qobject_cast<QQuickItem *>(view);
@@ -114,27 +104,21 @@ void OverlayWarmUp::prepare(QObject *view)
     }
 }
 
-void OverlayWarmUp::Incubator::statusChanged(Status status)
+void OverlayWarmUp::statusChanged(Status status)
 {
     if (status == Ready || status == Error) {
-        m_owner.later(pause, &OverlayWarmUp::finishView);
+        m_step = m_clock.after(pause, [this] {
+            m_isFinished = true;
+            dropView();
+        });
     }
-}
-
-void OverlayWarmUp::finishView()
-{
-    dropView();
-    m_isFinished = true;
 }
 
 void OverlayWarmUp::dropView()
 {
     m_step.reset();
-    if (m_incubator) {
-        m_incubator->clear();
-        m_incubator.reset();
-        delete m_view; // at once: what it shows is about to go
-    }
+    QQmlIncubator::clear();
+    delete m_view; // at once: what it shows is about to go
     m_component.reset();
 }
 

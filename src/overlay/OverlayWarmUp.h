@@ -10,8 +10,6 @@
 #include <QQmlIncubationController>
 #include <QQmlIncubator>
 
-#include <optional>
-
 namespace velmora
 {
 
@@ -20,7 +18,7 @@ namespace velmora
 /// is made of are loaded. No step holds up the main loop for more than a frame; what can take
 /// longer happens beside it. (The panel could be had the same way, for another 4 MB of an idle
 /// program; its first opening is slower in a later frame only, and gains from the fonts as well.)
-class OverlayWarmUp final : public QObject, private QQmlIncubationController
+class OverlayWarmUp final : public QObject, private QQmlIncubationController, private QQmlIncubator
 {
     Q_OBJECT
 
@@ -36,43 +34,21 @@ public:
     [[nodiscard]] bool isFinished() const { return m_isFinished; }
 
 private:
-    class Incubator final : public QQmlIncubator
-    {
-    public:
-        explicit Incubator(OverlayWarmUp &owner)
-            : QQmlIncubator(Asynchronous)
-            , m_owner(owner)
-        {
-        }
-
-    protected:
-        void setInitialState(QObject *object) override { m_owner.prepare(object); }
-        void statusChanged(Status status) override;
-
-    private:
-        OverlayWarmUp &m_owner;
-    };
-
     void incubatingObjectCountChanged(int count) override;
-    void later(std::chrono::milliseconds delay, void (OverlayWarmUp::*step)());
+    void setInitialState(QObject *view) override;
+    void statusChanged(Status status) override;
     void findFonts();
     void loadView();
     void buildView();
-    void prepare(QObject *view);
     void dropView();
-    void finishView();
 
     QQmlEngine &m_engine;
     Clock &m_clock;
     QPointer<NotchWindow> m_window;
     QPointer<NotchWindowController> m_controller;
-    bool m_hasBegun = false;
-    bool m_areFontsKnown = false;
     bool m_isFinished = false;
     std::unique_ptr<QQmlComponent> m_component;
-    std::optional<Incubator> m_incubator;
     QPointer<QObject> m_view; ///< once it is begun
-    TimerHandle m_start;
     TimerHandle m_step;
 };
 

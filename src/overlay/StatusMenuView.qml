@@ -35,7 +35,7 @@ Item {
             view.visible = false;
         }
 
-        target: view.controller.notchState
+        target: view.controller
     }
     Connections {
         function onDismissed() {

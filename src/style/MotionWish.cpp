@@ -5,12 +5,6 @@
 namespace velmora
 {
 
-QEvent::Type MotionWishEvent::kind()
-{
-    static const auto kind = static_cast<Type>(registerEventType());
-    return kind;
-}
-
 MotionWish::MotionWish(QQuickItem *parent)
     : QQuickItem(parent)
 {
@@ -35,15 +29,15 @@ void MotionWish::tell(QQuickWindow *window)
     if (window == m_window) {
         return;
     }
-    const auto send = [this](bool isMade) {
+    const auto send = [this](QEvent::Type type) {
         if (m_window) {
-            MotionWishEvent event(isMade);
+            QEvent event(type);
             QCoreApplication::sendEvent(m_window, &event);
         }
     };
-    send(false);
+    send(motionWishDropped);
     m_window = window;
-    send(true);
+    send(motionWishMade);
 }
 
 } // namespace velmora

@@ -9,20 +9,9 @@
 namespace velmora
 {
 
-/// Tells a window that one more view in it follows the pointer's moves, or one fewer.
-class MotionWishEvent : public QEvent
-{
-public:
-    explicit MotionWishEvent(bool isMade)
-        : QEvent(kind())
-        , isMade(isMade)
-    {
-    }
-
-    [[nodiscard]] static Type kind();
-
-    const bool isMade;
-};
+/// Events for a window: one more view in it follows the pointer's moves, or one fewer.
+inline const auto motionWishMade = static_cast<QEvent::Type>(QEvent::registerEventType());
+inline const auto motionWishDropped = static_cast<QEvent::Type>(QEvent::registerEventType());
 
 /// In a view that follows the pointer's moves (hovering, the drag of a slider): while it is visible
 /// its window is told of them. Moves with a button pressed too: on X11 those come only to a window

@@ -56,7 +56,6 @@ private Q_SLOTS:
     void slides();
     void takesTurns();
     void notices();
-    void volumeGoesByItself();
     void screens();
 };
 
@@ -104,9 +103,13 @@ void CollapsedLiveStripTest::takesTurns()
     QCOMPARE(strip->currentIndex(), 1);
     QCOMPARE(strip->look().second, u"WORK"_s);
     QCOMPARE(desk.strip()->currentIndex(), 0); // a new strip begins afresh
-    strip->setShowVolume(true);
+    strip->setShowVolume(true);                // by a finger, which does not hover
     strip->showNotice(u"Note"_s);
-    desk.clock.advance(5s); // and it goes on behind the volume and a notice
+    desk.clock.advance(1499ms);
+    QVERIFY(strip->showVolume());
+    desk.clock.advance(1ms);
+    QVERIFY(!strip->showVolume());
+    desk.clock.advance(3500ms); // the turns go on behind the volume and a notice
     QCOMPARE(strip->currentIndex(), 0);
 
     // A list that shrinks: what follows moves up under an index that stays.
@@ -142,17 +145,6 @@ void CollapsedLiveStripTest::notices()
     drop.setLastStatus(u"Summary"_s); // again: three more seconds
     desk.clock.advance(2s);
     QVERIFY(strip->hasNotice());
-}
-
-void CollapsedLiveStripTest::volumeGoesByItself()
-{
-    Desk desk;
-    const auto strip = desk.strip();
-    strip->setShowVolume(true); // by a finger, which does not hover
-    desk.clock.advance(1499ms);
-    QVERIFY(strip->showVolume());
-    desk.clock.advance(1ms);
-    QVERIFY(!strip->showVolume());
 }
 
 void CollapsedLiveStripTest::screens()

@@ -17,7 +17,7 @@ inline const QRectF expandedFrame(400, 0, 800, 110);
 struct ControllerDesk : FakeDesk {
     ControllerDesk()
         : screen(screens.add(QRectF(0, 0, 1600, 900)))
-        , controller(makeController(screen))
+        , controller(makeController(screen, {}, [this](auto &own, auto &) { window = &own; }))
     {
         pointer.position = outside;
     }
@@ -25,20 +25,21 @@ struct ControllerDesk : FakeDesk {
     void enter(const QPointF &at = insideCollapsed)
     {
         pointer.position = at;
-        controller->trackingView().mouseEntered(at - shell.bounds.topLeft());
+        controller->mouseEntered(at - shell.bounds.topLeft());
     }
     void leave(const QPointF &to = outside)
     {
         pointer.position = to;
-        controller->trackingView().mouseExited();
+        controller->mouseExited();
     }
-    [[nodiscard]] bool isExpanded() const { return controller->notchState()->isExpanded(); }
+    [[nodiscard]] bool isExpanded() const { return controller->isExpanded(); }
     [[nodiscard]] QRectF frame() const
     {
         return controller->frame().translated(shell.bounds.topLeft());
     }
 
     std::shared_ptr<FakeScreen> screen;
+    NotchWindow *window = nullptr;
     Controller controller;
 };
 

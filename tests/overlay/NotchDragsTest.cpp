@@ -1,6 +1,6 @@
 #include "overlay/ControllerDesk.h"
 
-#include <QDragEnterEvent>
+#include <QDropEvent>
 #include <QTest>
 
 using namespace velmora;
@@ -15,9 +15,8 @@ const QList<QUrl> someFiles{QUrl(u"file:///tmp/a"_s), QUrl(u"file:///tmp/b"_s)};
 struct DragDesk : ControllerDesk {
     DragDesk() { data.setUrls(someFiles); }
 
-    void dragIn() { QVERIFY(view().draggingEntered(data)); }
-    void drop(double x = 300) { view().performDragOperation(data, {x, 60}); }
-    [[nodiscard]] const TrackingView &view() const { return controller->trackingView(); }
+    void dragIn() { QVERIFY(controller->dragEntered(data)); }
+    void drop(double x = 300) { controller->dragPerformed(data, {x, 60}); }
 
     QMimeData data;
     DropActionsService &service = *services.dropService();
@@ -37,7 +36,7 @@ class NotchDragsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void fileDrags();
+    void windowTakesFilesOnly();
     void dragOpensThePanel();
     void dragOverThePanel();
     void dragEndsElsewhere();
@@ -47,29 +46,18 @@ private Q_SLOTS:
     void choiceOfAnApplication();
 };
 
-void NotchDragsTest::fileDrags()
+void NotchDragsTest::windowTakesFilesOnly()
 {
-    TrackingView view;
-    NotchWindow window(view);
-    QStringList calls;
-    const auto send = [&](QDropEvent &&event) {
-        QCoreApplication::sendEvent(&window, &event);
+    DragDesk desk;
+    const auto send = [&](QEvent::Type type, const QMimeData &data) {
+        const auto actions = Qt::CopyAction | Qt::MoveAction;
+        QDropEvent event({300, 20}, actions, &data, Qt::LeftButton, {}, type);
+        QCoreApplication::sendEvent(desk.window, &event);
         return event.isAccepted();
-    };
-    const auto copy = Qt::CopyAction;
-    const auto left = Qt::LeftButton;
-    const auto enter = [&](const QMimeData &data) {
-        return send(QDragEnterEvent({0, 5}, copy | Qt::MoveAction, &data, left, {}));
-    };
-    const auto moveOn = [&](const QMimeData &data) {
-        return send(QDragMoveEvent({10, 20}, copy, &data, left, {}));
-    };
-    const auto drop = [&](const QMimeData &data) {
-        return send(QDropEvent({20, 30}, copy, &data, left, {}));
     };
     const auto leave = [&] {
         QDragLeaveEvent event;
-        QCoreApplication::sendEvent(&window, &event);
+        QCoreApplication::sendEvent(desk.window, &event);
     };
     QMimeData files;
     files.setUrls({QUrl(u"https://example.org/a"_s), QUrl(u"file:///tmp/a%20b"_s)});
@@ -80,30 +68,24 @@ void NotchDragsTest::fileDrags()
     QMimeData links;
     links.setUrls({QUrl(u"https://example.org/a"_s)});
 
-    // As long as nobody takes files, none are accepted: they would be lost.
-    QVERIFY(!enter(files) && !drop(files));
-    view.onDragEntered = [&](const auto &urls) { calls << u"entered %1"_s.arg(urls.size()); };
-    view.onDragUpdated = [&](const QPointF &p) { calls << u"updated %1"_s.arg(p.x()); };
-    view.onDragExited = [&] { calls << u"exited"_s; };
-    view.onDragPerformed = [&](const QList<QUrl> &urls, const QPointF &p) {
-        calls << u"performed %1 %2"_s.arg(urls.value(0).toLocalFile()).arg(p.x());
-    };
-    QVERIFY(enter(files) && moveOn(files));
+    QVERIFY(send(QEvent::DragEnter, files) && send(QEvent::DragMove, files));
+    QCOMPARE(desk.service.draggedFiles(), files.urls().mid(1));
+    QCOMPARE(desk.service.hoveredAction(), std::optional(DropActionID::zip));
     leave();
-    QVERIFY(enter(files) && drop(files));
-    QCOMPARE(calls.join(u';'), u"entered 1;updated 10;exited;entered 1;performed /tmp/a b 20"_s);
-    calls.clear();
+    QVERIFY(isReset(desk.service));
+    desk.clock.advance(1s);
+    desk.calls.clear();
     for (const QMimeData *foreign : {&text, &links}) {
-        QVERIFY(!enter(*foreign) && !moveOn(*foreign));
+        QVERIFY(!send(QEvent::DragEnter, *foreign) && !send(QEvent::DragMove, *foreign));
         leave();
-        QVERIFY(!drop(*foreign));
+        QVERIFY(!send(QEvent::Drop, *foreign) && !desk.isExpanded());
     }
-    QCOMPARE(calls, QStringList());
     // What is known already is not read from the source again.
-    QVERIFY(enter(promised));
-    view.draggedFilesProvider = [] { return someFiles; };
-    QVERIFY(drop(promised));
-    QCOMPARE(calls.join(u';'), u"entered 0;performed /tmp/a 20"_s);
+    QVERIFY(send(QEvent::DragEnter, promised) && desk.service.draggedFiles().isEmpty());
+    desk.drags.known = someFiles;
+    QVERIFY(send(QEvent::Drop, promised));
+    desk.platform.drops.settle();
+    QVERIFY(desk.calls.join(u' ').contains(u"/tmp/b"_s));
 }
 
 void NotchDragsTest::dragOpensThePanel()
@@ -141,9 +123,9 @@ void NotchDragsTest::dragOverThePanel()
     // Without any warning, as under a window system that tells nothing of drags elsewhere.
     desk.dragIn();
     QVERIFY(desk.isExpanded() && desk.service.isDragging());
-    desk.view().draggingUpdated({300, 100});
+    desk.controller->dragUpdated({300, 100});
     QCOMPARE(desk.service.hoveredAction(), std::optional(DropActionID::zip));
-    desk.view().draggingExited();
+    desk.controller->dragExited();
     QVERIFY(isReset(desk.service));
     desk.clock.advance(300ms);
     QVERIFY(!desk.isExpanded());
@@ -151,7 +133,7 @@ void NotchDragsTest::dragOverThePanel()
     // Left and come back, and then dropped: the release itself is no end of it.
     desk.drags.begin(someFiles);
     desk.dragIn();
-    desk.view().draggingExited();
+    desk.controller->dragExited();
     desk.clock.advance(100ms);
     desk.dragIn();
     desk.clock.advance(1s);
@@ -188,11 +170,11 @@ void NotchDragsTest::dropWithoutFilesOrAction()
     desk.calls.clear();
     QMimeData promised;
     promised.setData(u"XdndDirectSave0"_s, "a.txt");
-    QVERIFY(desk.view().draggingEntered(promised));
-    desk.view().performDragOperation(promised, {300, 5});
+    QVERIFY(desk.controller->dragEntered(promised));
+    desk.controller->dragPerformed(promised, {300, 5});
     QVERIFY(isReset(desk.service));
     desk.dragIn();
-    desk.view().draggingUpdated({799, 5}); // beyond the last one
+    desk.controller->dragUpdated({799, 5}); // beyond the last one
     QVERIFY(!desk.service.hoveredAction());
     desk.drop(799);
     desk.service.setEnabledActions({});
@@ -209,17 +191,16 @@ void NotchDragsTest::severalScreens()
     DragDesk desk;
     const auto second = desk.screens.add(QRectF(1600, 0, 1600, 900));
     const auto other = desk.makeController(second);
-    const TrackingView &view = other->trackingView();
     desk.drags.begin(someFiles);
-    QVERIFY(desk.isExpanded() && !other->notchState()->isExpanded()); // one of them is enough
-    QVERIFY(view.draggingEntered(desk.data) && other->notchState()->isExpanded());
-    view.draggingUpdated({100, 5});
+    QVERIFY(desk.isExpanded() && !other->isExpanded()); // one of them is enough
+    QVERIFY(other->dragEntered(desk.data) && other->isExpanded());
+    other->dragUpdated({100, 5});
     // The drop follows the release, which is no end for the notch that it is outside of.
     Q_EMIT desk.drags.released();
     QVERIFY(desk.service.isDragging() && desk.service.hoveredAction());
-    view.performDragOperation(desk.data, {100, 5});
+    other->dragPerformed(desk.data, {100, 5});
     desk.clock.advance(300ms);
-    QVERIFY(!desk.isExpanded() && !other->notchState()->isExpanded());
+    QVERIFY(!desk.isExpanded() && !other->isExpanded());
 }
 
 void NotchDragsTest::goesWithItsController()
@@ -251,17 +232,17 @@ void NotchDragsTest::choiceOfAnApplication()
     roles.applications << Application{u"a"_s, u"A"_s, {}};
     desk.service.setEnabledActions({DropActionID::openWith});
     const OpenWithMenu &menu = *desk.service.openWithMenu();
-    const auto drop = [&] {
+    const auto drop = [&](std::chrono::milliseconds toTheList = 0ms) {
         desk.dragIn();
         desk.drop();
+        desk.clock.advance(toTheList);
+        roles.settle();
     };
     const auto isShown = [&] { return desk.isExpanded() && desk.controller->isOpenWithShown(); };
+    const auto isGone = [&] { return !desk.isExpanded() && !menu.isOpen(); };
 
     // The list comes when the panel has closed: it opens once more, and waits for the pointer.
-    drop();
-    desk.clock.advance(1s);
-    QVERIFY(!desk.isExpanded());
-    roles.settle();
+    drop(1s);
     desk.clock.advance(9s);
     QVERIFY(isShown());
     QCOMPARE(desk.controller->dropPosition(), QPointF(300, 60));
@@ -270,24 +251,22 @@ void NotchDragsTest::choiceOfAnApplication()
     QVERIFY(isShown());
     desk.leave();
     desk.clock.advance(300ms);
-    QVERIFY(!desk.isExpanded() && !menu.isOpen());
+    QVERIFY(isGone());
     // It does not wait for ever, and not for the next drag.
     drop();
-    roles.settle();
     desk.clock.advance(10s);
-    QVERIFY(!desk.isExpanded() && !menu.isOpen());
+    QVERIFY(isGone());
     drop();
-    roles.settle();
     desk.drags.begin(someFiles);
     desk.clock.advance(1s);
     QVERIFY(desk.isExpanded() && !menu.isOpen());
     // Nobody is left to show it.
-    drop();
+    desk.dragIn();
+    desk.drop();
     desk.controller = desk.makeController(desk.screen);
     roles.settle();
     QVERIFY(!menu.isOpen());
     drop();
-    roles.settle();
     QVERIFY(menu.isOpen());
     desk.controller->close();
     QVERIFY(!menu.isOpen());

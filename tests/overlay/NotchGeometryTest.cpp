@@ -78,20 +78,15 @@ void NotchGeometryTest::zoneWidths()
 
 void NotchGeometryTest::dropSlots()
 {
-    // Where each slot begins, and the last one ends. The margin at the left counts for the first
-    // one, up to a slot's width beyond the panel.
-    const std::pair<double, QList<int>> rows[]{{1600, {}},
-                                               {1600, {-775, 796}},
-                                               {1600, {-251, 272, 534, 796}},
-                                               {602, {-185, 206, 402, 598}}};
-    for (const auto &[screenWidth, begins] : rows) {
-        const NotchGeometry geometry(QRectF(0, 0, screenWidth, 900), {});
-        const int count = qMax(0, int(begins.size()) - 1);
-        for (int x = -900; x < 900; ++x) {
-            const auto begun = std::upper_bound(begins.begin(), begins.end(), x) - begins.begin();
-            QCOMPARE(geometry.dropSlotAt(x, count), begun > count ? -1 : int(begun) - 1);
-        }
+    const NotchGeometry geometry(QRectF(0, 0, 602, 900), {});
+    // Four slots of 141 and gaps of 6, from 10 on. The margin at the left counts for the first one,
+    // up to a slot's width beyond the panel; a gap for the one on its left.
+    for (const auto &[x, slot] :
+         {std::pair(-137, -1), {-136, 0}, {156, 0}, {157, 1}, {597, 3}, {598, -1}}) {
+        QCOMPARE(geometry.dropSlotAt(x, 4), slot);
     }
+    QCOMPARE(geometry.dropSlotAt(300, 1), 0);
+    QCOMPARE(geometry.dropSlotAt(300, 0), -1);
 }
 
 QTEST_APPLESS_MAIN(NotchGeometryTest)

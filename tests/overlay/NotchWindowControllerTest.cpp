@@ -36,8 +36,7 @@ class NotchWindowControllerTest : public QObject
 private Q_SLOTS:
     void growsAndShrinks();
     void pendingCollapse();
-    void openMenuKeepsThePanel();
-    void pressElsewhereClosesMenus();
+    void openMenu();
     void quietArea();
     void viewsThatFollowThePointer();
     void probeWhileAnotherProgramHoldsThePointer();
@@ -118,13 +117,13 @@ void NotchWindowControllerTest::pendingCollapse()
     QVERIFY(!desk.isExpanded());
 }
 
-void NotchWindowControllerTest::openMenuKeepsThePanel()
+void NotchWindowControllerTest::openMenu()
 {
     ControllerDesk desk;
     desk.enter();
     desk.clock.advance(300ms);
-    desk.controller->setMenuFrame(QRectF(300, 60, 210, 140));
-    desk.controller->setSubmenuFrame(QRectF(513, 90, 180, 100));
+    desk.controller->setProperty("menuFrame", QRectF(300, 60, 210, 140));
+    desk.controller->setProperty("submenuFrame", QRectF(513, 90, 180, 100));
     const QPointF origin = desk.shell.bounds.topLeft();
     const QRegion &shape = desk.shell.shape;
     QVERIFY(shape.contains(QPoint(400, 190)) && shape.contains(QPoint(600, 150)));
@@ -134,27 +133,20 @@ void NotchWindowControllerTest::openMenuKeepsThePanel()
         desk.clock.advance(1s);
         QVERIFY(desk.isExpanded());
     }
-    desk.controller->setSubmenuFrame({});
+    QSignalSpy closed(desk.controller.get(), &NotchWindowController::pressedElsewhere);
+    QVERIFY(!desk.controller->mousePressed({310, 70})); // that is the menu's
+    desk.pointer.dragTo(origin + QPointF(310, 190));
+    QCOMPARE(closed.size(), 0);
+    QVERIFY(desk.controller->mousePressed({100, 10})); // closes it, and does nothing else
+    desk.pointer.dragTo(outside);                      // in another program
+    QCOMPARE(closed.size(), 2);
+
+    desk.controller->setProperty("submenuFrame", QRectF());
     desk.leave(origin + QPointF(600, 180));
     desk.clock.advance(1s);
     QVERIFY(!desk.isExpanded());
-}
-
-void NotchWindowControllerTest::pressElsewhereClosesMenus()
-{
-    ControllerDesk desk;
-    QSignalSpy closed(desk.controller.get(), &NotchWindowController::pressedElsewhere);
-    desk.enter();
-    desk.controller->setMenuFrame(QRectF(300, 60, 210, 140));
-    const TrackingView &view = desk.controller->trackingView();
-    QVERIFY(!view.mousePressed({310, 70})); // that is the menu's
-    desk.pointer.dragTo(desk.shell.bounds.topLeft() + QPointF(310, 190));
-    QCOMPARE(closed.size(), 0);
-    QVERIFY(view.mousePressed({100, 10})); // closes it, and does nothing else
-    desk.pointer.dragTo(outside);          // in another program
-    QCOMPARE(closed.size(), 2);
-    desk.controller->setMenuFrame({});
-    QVERIFY(!view.mousePressed({100, 10}));
+    desk.controller->setProperty("menuFrame", QRectF());
+    QVERIFY(!desk.controller->mousePressed({100, 10}));
 }
 
 void NotchWindowControllerTest::quietArea()
@@ -162,7 +154,7 @@ void NotchWindowControllerTest::quietArea()
     ControllerDesk desk;
     const QPointF origin = desk.shell.bounds.topLeft();
     const QRectF button = desk.controller->geometry().stripButton;
-    desk.controller->setQuietArea(button);
+    desk.controller->setProperty("quietArea", button);
     desk.enter(origin + button.center());
     desk.pointer.dragTo(origin + button.center()); // whoever asks the server hears of a press there
     QVERIFY(!desk.isExpanded());
@@ -172,37 +164,33 @@ void NotchWindowControllerTest::quietArea()
 
     // It opens at the first step to the side, and follows the pointer no longer.
     desk.enter(origin + button.center());
-    desk.controller->trackingView().mouseMoved(button.center() + QPointF(2, 2));
+    desk.controller->mouseMoved(button.center() + QPointF(2, 2));
     QVERIFY(!desk.isExpanded());
-    desk.controller->trackingView().mouseMoved(button.topLeft() - QPointF(1, -5));
+    desk.controller->mouseMoved(button.topLeft() - QPointF(1, -5));
     QVERIFY(desk.isExpanded() && !desk.shell.isMotionWanted);
 }
 
 void NotchWindowControllerTest::viewsThatFollowThePointer()
 {
     ControllerDesk desk;
-    NotchWindow *window = nullptr;
-    const auto controller =
-        desk.makeController(desk.screen, {}, [&](auto &own, auto &) { window = &own; });
     QVERIFY(!desk.shell.isMotionWanted);
-    std::optional<MotionWish> wish(std::in_place, window->contentItem());
-    auto *const other = new MotionWish(window->contentItem());
+    std::optional<MotionWish> wish(std::in_place, desk.window->contentItem());
+    auto *const other = new MotionWish(desk.window->contentItem());
     other->setVisible(false);
     QVERIFY(desk.shell.isMotionWanted);
     wish.reset();
     QVERIFY(!desk.shell.isMotionWanted);
-    other->setVisible(true);
+    other->setVisible(true); // this one goes with the window
     QVERIFY(desk.shell.isMotionWanted);
 
     // No more than a screen can show, and never an old place in the end.
-    auto *const view = new MovesOver(window->contentItem());
+    auto *const view = new MovesOver(desk.window->contentItem());
     for (int x = 1; x <= 200; ++x) {
         QMouseEvent move(QEvent::MouseMove, QPointF(x, 5), QPointF(x, 5), Qt::NoButton, {}, {});
-        QCoreApplication::sendEvent(window, &move);
+        QCoreApplication::sendEvent(desk.window, &move);
     }
     QVERIFY(view->count < 100);
     QTRY_COMPARE(view->last, QPointF(200, 5));
-    controller->close(); // the view goes with the window
 }
 
 void NotchWindowControllerTest::probeWhileAnotherProgramHoldsThePointer()

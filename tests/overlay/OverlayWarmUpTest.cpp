@@ -34,12 +34,11 @@ struct Overlays : NoQmlWarnings, FakeDesk {
     /// The view of drags, while it is being built for no drag.
     [[nodiscard]] QQuickItem *view() const
     {
-        for (QQuickItem *item : window->contentItem()->childItems()) {
-            if (isOfType(*item, "DropActionsOverlay")) {
-                return item;
-            }
-        }
-        return nullptr;
+        const auto items = window->contentItem()->childItems();
+        const auto found = std::find_if(items.begin(), items.end(), [](const auto *item) {
+            return isOfType(*item, "DropActionsOverlay");
+        });
+        return found == items.end() ? nullptr : *found;
     }
 
     StatusMenu menu{clock};
@@ -62,30 +61,20 @@ private Q_SLOTS:
 void OverlayWarmUpTest::buildsTheViewOnceAndOutOfSight()
 {
     Overlays overlays;
-    overlays.make().reset();
-    // The fonts are found, and the view is loaded, with no overlay to build it for.
-    overlays.clock.advance(2s);
-    for (int i = 0; i < 100; ++i) {
-        overlays.turn();
-    }
-    QVERIFY(!overlays.warmUp.isFinished());
-    auto overlay = overlays.make();
-    QVERIFY(QTest::qWaitFor([&] {
-        overlays.turn();
-        return overlays.view() != nullptr;
-    }));
+    bool wasSeen = false;
     // Each lives a little longer than the one before: they go at every stage of the work.
-    for (int life = 0; !overlays.warmUp.isFinished(); ++life) {
-        overlay.reset();
-        overlays.turn();
-        overlay = overlays.make();
+    for (int life = 99; !overlays.warmUp.isFinished(); ++life) {
+        const auto overlay = overlays.make();
         QCOMPARE(overlays.view(), nullptr);
         for (int i = 0; i < life; ++i) {
-            QVERIFY(overlays.view() == nullptr || !overlays.view()->isVisible());
             overlays.turn();
+            wasSeen |= overlays.view() != nullptr;
+            QVERIFY(overlays.view() == nullptr || !overlays.view()->isVisible());
         }
     }
+    QVERIFY(wasSeen);
     // Nothing is left of it, and nothing goes on.
+    const auto overlay = overlays.make();
     QCOMPARE(overlays.view(), nullptr);
     QCOMPARE(overlays.scene.engine().incubationController()->incubatingObjectCount(), 0);
 }
