@@ -18,7 +18,8 @@ using Zone = NotchManager::Zone;
 
 constexpr std::array<Zone, 5> zones{Zone::farLeft, Zone::left, Zone::center, Zone::right,
                                     Zone::farRight};
-constexpr std::array<const char *, 5> zoneNames{"farLeft", "left", "center", "right", "farRight"};
+constexpr std::array<const char *, 5> zoneWidthKeys{
+    "farLeftZoneWidth", "leftZoneWidth", "centerZoneWidth", "rightZoneWidth", "farRightZoneWidth"};
 
 std::size_t indexOf(Zone zone)
 {
@@ -27,23 +28,17 @@ std::size_t indexOf(Zone zone)
 
 QString widgetKey(Zone zone)
 {
-    return QString::fromLatin1(zoneNames.at(indexOf(zone))) + QStringLiteral("Widget");
+    return QString::fromLatin1(widgetKeys.at(indexOf(zone)));
 }
 
 QString zoneWidthKey(Zone zone)
 {
-    return QString::fromLatin1(zoneNames.at(indexOf(zone))) + QStringLiteral("ZoneWidth");
+    return QString::fromLatin1(zoneWidthKeys.at(indexOf(zone)));
 }
 
 const QString isEnabledKey = QStringLiteral("isEnabled");
 const QString activeProfileIndexKey = QStringLiteral("activeProfileIndex");
 const QString profilesKey = QStringLiteral("notchProfiles");
-
-std::array<NotchWidgetType, 5> widgetsOf(const NotchProfile &profile)
-{
-    return {profile.farLeftWidget, profile.leftWidget, profile.centerWidget, profile.rightWidget,
-            profile.farRightWidget};
-}
 
 } // namespace
 
@@ -74,8 +69,6 @@ void NotchManager::readSettings()
     number(QStringLiteral("expandedTopPadding"), m_settings.expandedTopPadding);
     for (const Zone zone : zones) {
         number(zoneWidthKey(zone), m_settings.zoneWidths.at(indexOf(zone)));
-    }
-    for (const Zone zone : zones) {
         NotchWidgetType &widget = m_settings.widgets.at(indexOf(zone));
         const auto stored = m_store.string(widgetKey(zone));
         widget = stored ? widgetTypeFromRawValue(*stored).value_or(widget) : widget;
@@ -92,7 +85,7 @@ void NotchManager::readProfiles()
         m_profiles.append(profile);
     }
     if (!hasProfiles) {
-        m_settings.widgets = widgetsOf(m_profiles.all().front());
+        m_settings.widgets = m_profiles.all().front().widgets;
         for (const Zone zone : zones) {
             m_store.setString(widgetKey(zone), rawValue(widget(zone)));
         }
@@ -205,7 +198,7 @@ void NotchManager::switchProfile(int index)
     m_profiles.activate(index);
     m_store.setInteger(activeProfileIndexKey, index);
     Q_EMIT profilesChanged();
-    const auto widgets = widgetsOf(profiles().at(static_cast<std::size_t>(index)));
+    const ZoneWidgets widgets = profiles().at(static_cast<std::size_t>(index)).widgets;
     m_suppressApply = true;
     for (const Zone zone : zones) {
         setWidget(zone, widgets.at(indexOf(zone)));
@@ -216,8 +209,7 @@ void NotchManager::switchProfile(int index)
 
 void NotchManager::addProfile(const QString &name)
 {
-    m_profiles.append({QUuid::createUuid(), name, widget(Zone::farLeft), widget(Zone::left),
-                       widget(Zone::center), widget(Zone::right), widget(Zone::farRight)});
+    m_profiles.append({QUuid::createUuid(), name, m_settings.widgets});
     m_profiles.activate(m_profiles.rowCount() - 1);
     saveProfiles();
 }
@@ -243,9 +235,7 @@ void NotchManager::renameProfile(int index, const QString &name)
 
 void NotchManager::saveProfiles()
 {
-    if (const auto data = encodeProfiles(profiles())) {
-        m_store.setData(profilesKey, *data);
-    }
+    m_store.setData(profilesKey, encodeProfiles(profiles()));
     m_store.setInteger(activeProfileIndexKey, activeProfileIndex());
     Q_EMIT profilesChanged();
 }

@@ -1,8 +1,5 @@
 #include "config/NotchProfile.h"
 
-#include <QRegularExpression>
-
-#include <array>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <utility>
@@ -14,15 +11,6 @@ namespace
 {
 
 using Json = nlohmann::ordered_json;
-using WidgetField = std::pair<const char *, NotchWidgetType NotchProfile::*>;
-
-constexpr std::array<WidgetField, 5> widgetFields{{
-    {"farLeftWidget", &NotchProfile::farLeftWidget},
-    {"leftWidget", &NotchProfile::leftWidget},
-    {"centerWidget", &NotchProfile::centerWidget},
-    {"rightWidget", &NotchProfile::rightWidget},
-    {"farRightWidget", &NotchProfile::farRightWidget},
-}};
 
 /// The text under a key; throws where there is none.
 QString textAt(const Json &object, const char *key)
@@ -30,36 +18,32 @@ QString textAt(const Json &object, const char *key)
     return QString::fromStdString(object.at(key).get_ref<const std::string &>());
 }
 
-std::optional<QUuid> uuidFromText(const QString &text)
+QString canonicalText(const QUuid &id)
 {
-    static const QRegularExpression canonical(
-        QStringLiteral("\\A[0-9A-Fa-f]{8}(-[0-9A-Fa-f]{4}){3}-[0-9A-Fa-f]{12}\\z"));
-    return canonical.match(text).hasMatch() ? std::optional(QUuid::fromString(text)) : std::nullopt;
+    return id.toString(QUuid::WithoutBraces).toUpper();
 }
 
 Json toJson(const NotchProfile &profile)
 {
     Json object;
-    object["id"] = profile.id.toString(QUuid::WithoutBraces).toUpper().toStdString();
+    object["id"] = canonicalText(profile.id).toStdString();
     object["name"] = profile.name.toStdString();
-    for (const auto &[key, field] : widgetFields) {
-        object[key] = rawValue(profile.*field).toStdString();
+    for (std::size_t zone = 0; zone < widgetKeys.size(); ++zone) {
+        object[widgetKeys.at(zone)] = rawValue(profile.widgets.at(zone)).toStdString();
     }
     return object;
 }
 
 std::optional<NotchProfile> fromJson(const Json &object)
 {
-    NotchProfile profile;
-    const auto id = uuidFromText(textAt(object, "id"));
-    if (!id) {
+    const QString id = textAt(object, "id");
+    NotchProfile profile{QUuid::fromString(id), textAt(object, "name")};
+    if (canonicalText(profile.id) != id.toUpper()) {
         return std::nullopt;
     }
-    profile.id = *id;
-    profile.name = textAt(object, "name");
-    for (const auto &[key, field] : widgetFields) {
-        profile.*field =
-            widgetTypeFromRawValue(textAt(object, key)).value_or(NotchWidgetType::none);
+    for (std::size_t zone = 0; zone < widgetKeys.size(); ++zone) {
+        profile.widgets.at(zone) = widgetTypeFromRawValue(textAt(object, widgetKeys.at(zone)))
+                                       .value_or(NotchWidgetType::none);
     }
     return profile;
 }
@@ -70,28 +54,27 @@ const std::vector<NotchProfile> &NotchProfile::builtIn()
 {
     using enum NotchWidgetType;
     static const std::vector<NotchProfile> profiles{
-        {QUuid::createUuid(), QStringLiteral("Default"), media, pomodoro, weather, systemMonitor,
-         dropActions},
-        {QUuid::createUuid(), QStringLiteral("Focus"), clock, pomodoro, dayProgress, todo,
-         bluetooth},
-        {QUuid::createUuid(), QStringLiteral("System"), clock, network, volume, systemMonitor,
-         bluetooth},
-        {QUuid::createUuid(), QStringLiteral("Minimal"), none, quote, clock, dayProgress, none},
+        {QUuid::createUuid(),
+         QStringLiteral("Default"),
+         {media, pomodoro, weather, systemMonitor, dropActions}},
+        {QUuid::createUuid(),
+         QStringLiteral("Focus"),
+         {clock, pomodoro, dayProgress, todo, bluetooth}},
+        {QUuid::createUuid(),
+         QStringLiteral("System"),
+         {clock, network, volume, systemMonitor, bluetooth}},
+        {QUuid::createUuid(), QStringLiteral("Minimal"), {none, quote, clock, dayProgress, none}},
     };
     return profiles;
 }
 
-std::optional<QByteArray> encodeProfiles(const std::vector<NotchProfile> &profiles)
+QByteArray encodeProfiles(const std::vector<NotchProfile> &profiles)
 {
-    try {
-        Json array = Json::array();
-        for (const NotchProfile &profile : profiles) {
-            array.push_back(toJson(profile));
-        }
-        return QByteArray::fromStdString(array.dump());
-    } catch (const Json::exception &) {
-        return std::nullopt;
+    Json array = Json::array();
+    for (const NotchProfile &profile : profiles) {
+        array.push_back(toJson(profile));
     }
+    return QByteArray::fromStdString(array.dump());
 }
 
 std::optional<std::vector<NotchProfile>> decodeProfiles(const QByteArray &data)

@@ -16,11 +16,7 @@ namespace velmora
 struct NotchProfile {
     QUuid id;
     QString name;
-    NotchWidgetType farLeftWidget = NotchWidgetType::none;
-    NotchWidgetType leftWidget = NotchWidgetType::none;
-    NotchWidgetType centerWidget = NotchWidgetType::none;
-    NotchWidgetType rightWidget = NotchWidgetType::none;
-    NotchWidgetType farRightWidget = NotchWidgetType::none;
+    ZoneWidgets widgets{};
 
     bool operator==(const NotchProfile &) const = default;
 
@@ -29,8 +25,8 @@ struct NotchProfile {
     [[nodiscard]] static const std::vector<NotchProfile> &builtIn();
 };
 
-/// The stored form: one compact JSON array in UTF-8. Nothing if a name cannot be written as UTF-8.
-[[nodiscard]] std::optional<QByteArray> encodeProfiles(const std::vector<NotchProfile> &profiles);
+/// The stored form: one compact JSON array in UTF-8.
+[[nodiscard]] QByteArray encodeProfiles(const std::vector<NotchProfile> &profiles);
 
 /// Reads the stored form. Nothing for anything that is no array of complete profiles; keys that are
 /// not known are passed over, and a widget of a later version reads as an empty zone.

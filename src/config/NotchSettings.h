@@ -15,9 +15,8 @@ struct NotchSettings {
     double notchHeight = 36.0;
     double cornerRadius = 10.0;
     double expandedTopPadding = 20.0;
-    std::array<NotchWidgetType, 5> widgets{NotchWidgetType::none, NotchWidgetType::media,
-                                           NotchWidgetType::none, NotchWidgetType::none,
-                                           NotchWidgetType::clock};
+    ZoneWidgets widgets{NotchWidgetType::none, NotchWidgetType::media, NotchWidgetType::none,
+                        NotchWidgetType::none, NotchWidgetType::clock};
     std::array<double, 5> zoneWidths{1.0, 1.0, 1.0, 1.0, 1.0};
 
     bool operator==(const NotchSettings &) const = default;

@@ -31,6 +31,13 @@ enum class NotchWidgetType {
     dropActions,
 };
 
+/// Of the five zones, from left to right.
+using ZoneWidgets = std::array<NotchWidgetType, 5>;
+
+/// The keys under which they are stored, in settings and profiles.
+inline constexpr std::array<const char *, 5> widgetKeys{
+    "farLeftWidget", "leftWidget", "centerWidget", "rightWidget", "farRightWidget"};
+
 /// All cases in order.
 [[nodiscard]] const std::array<NotchWidgetType, 16> &allWidgetTypes();
 
