@@ -19,40 +19,14 @@ constexpr double spaceAfterText = 16;
 
 void MarqueeMotion::componentComplete()
 {
+    connect(this, &MarqueeMotion::changed, this, &MarqueeMotion::restart);
     restart();
-}
-
-void MarqueeMotion::setText(const QString &text)
-{
-    if (text != m_text) {
-        m_text = text;
-        Q_EMIT textChanged();
-        restart();
-    }
-}
-
-void MarqueeMotion::setTextWidth(qreal points)
-{
-    if (points != m_textWidth) {
-        m_textWidth = points;
-        restart();
-    }
-}
-
-void MarqueeMotion::setFrameWidth(qreal points)
-{
-    if (points != m_frameWidth) {
-        m_frameWidth = points;
-        restart();
-    }
 }
 
 void MarqueeMotion::restart()
 {
     setOffset(0);
-    if (m_clock) {
-        m_timer = m_clock->after(measureDelay, [this] { measure(); });
-    }
+    m_timer = m_clock->after(measureDelay, [this] { measure(); });
 }
 
 void MarqueeMotion::measure()

@@ -19,14 +19,14 @@ class MarqueeMotion : public QObject, public QQmlParserStatus
     QML_ELEMENT
     Q_INTERFACES(QQmlParserStatus)
     Q_PROPERTY(velmora::Clock *clock MEMBER m_clock REQUIRED FINAL)
-    Q_PROPERTY(QString text READ text WRITE setText NOTIFY textChanged REQUIRED FINAL)
-    /// Points. It begins anew when one of them changes: the place grows along with the panel.
-    Q_PROPERTY(qreal textWidth READ textWidth WRITE setTextWidth REQUIRED FINAL)
-    Q_PROPERTY(qreal frameWidth READ frameWidth WRITE setFrameWidth REQUIRED FINAL)
+    // It begins anew when one of these changes: the place grows along with the panel. Points.
+    Q_PROPERTY(QString text MEMBER m_text NOTIFY changed REQUIRED FINAL)
+    Q_PROPERTY(qreal textWidth MEMBER m_textWidth NOTIFY changed REQUIRED FINAL)
+    Q_PROPERTY(qreal frameWidth MEMBER m_frameWidth NOTIFY changed REQUIRED FINAL)
     /// How far the text has moved: 0 or less, points.
     Q_PROPERTY(qreal offset READ offset NOTIFY offsetChanged FINAL)
     /// Whether the text begins at the right: all of it is mirrored then, once it is too long.
-    Q_PROPERTY(bool isRightToLeft READ isRightToLeft NOTIFY textChanged FINAL)
+    Q_PROPERTY(bool isRightToLeft READ isRightToLeft NOTIFY changed FINAL)
 
 public:
     using QObject::QObject;
@@ -34,17 +34,11 @@ public:
     void classBegin() override {}
     void componentComplete() override;
 
-    [[nodiscard]] QString text() const { return m_text; }
-    void setText(const QString &text);
-    [[nodiscard]] qreal textWidth() const { return m_textWidth; }
-    void setTextWidth(qreal points);
-    [[nodiscard]] qreal frameWidth() const { return m_frameWidth; }
-    void setFrameWidth(qreal points);
     [[nodiscard]] bool isRightToLeft() const { return m_text.isRightToLeft(); }
     [[nodiscard]] qreal offset() const { return m_offset; }
 
 Q_SIGNALS:
-    void textChanged();
+    void changed();
     void offsetChanged();
 
 private:

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <utility>
 
 namespace velmora
 {
@@ -45,16 +44,8 @@ QString NowPlayingModel::title() const
 
 void NowPlayingModel::takeNews()
 {
-    const NowPlayingInfo before = std::exchange(m_shown, m_service->nowPlaying());
-    if (m_shown.title != before.title || m_shown.artist != before.artist) {
-        Q_EMIT trackChanged();
-    }
-    if (m_shown.isPlaying != before.isPlaying) {
-        Q_EMIT isPlayingChanged();
-    }
-    if (m_shown.duration != before.duration) {
-        Q_EMIT durationChanged();
-    }
+    m_shown = m_service->nowPlaying();
+    Q_EMIT changed();
     takeCover();
     movePosition();
 }

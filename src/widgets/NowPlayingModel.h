@@ -28,18 +28,18 @@ class NowPlayingModel : public QObject, public QQmlParserStatus
     Q_PROPERTY(qreal barPixels MEMBER m_barPixels FINAL)
 
     /// Another key is another track; empty: there is none.
-    Q_PROPERTY(QString trackKey READ trackKey NOTIFY trackChanged FINAL)
-    Q_PROPERTY(bool hasTrack READ hasTrack NOTIFY trackChanged FINAL)
-    Q_PROPERTY(QString title READ title NOTIFY trackChanged FINAL)
-    Q_PROPERTY(QString artist READ artist NOTIFY trackChanged FINAL)
+    Q_PROPERTY(QString trackKey READ trackKey NOTIFY changed FINAL)
+    Q_PROPERTY(bool hasTrack READ hasTrack NOTIFY changed FINAL)
+    Q_PROPERTY(QString title READ title NOTIFY changed FINAL)
+    Q_PROPERTY(QString artist READ artist NOTIFY changed FINAL)
     /// Another key is another cover, or none; tracks may share one.
     Q_PROPERTY(int coverKey READ coverKey NOTIFY coverChanged FINAL)
     /// A QImage, which the views' linter knows nothing of.
     Q_PROPERTY(QVariant artwork READ artwork NOTIFY coverChanged FINAL)
     Q_PROPERTY(bool hasArtwork READ hasArtwork NOTIFY coverChanged FINAL)
-    Q_PROPERTY(bool isPlaying READ isPlaying NOTIFY isPlayingChanged FINAL)
-    Q_PROPERTY(bool hasDuration READ hasDuration NOTIFY durationChanged FINAL)
-    Q_PROPERTY(QString durationText READ durationText NOTIFY durationChanged FINAL)
+    Q_PROPERTY(bool isPlaying READ isPlaying NOTIFY changed FINAL)
+    Q_PROPERTY(bool hasDuration READ hasDuration NOTIFY changed FINAL)
+    Q_PROPERTY(QString durationText READ durationText NOTIFY changed FINAL)
     Q_PROPERTY(qreal progress READ progress NOTIFY progressChanged FINAL) ///< 0 to 1
     Q_PROPERTY(QString positionText READ positionText NOTIFY positionTextChanged FINAL)
 
@@ -63,10 +63,8 @@ public:
     [[nodiscard]] QString positionText() const { return m_positionText; }
 
 Q_SIGNALS:
-    void trackChanged();
+    void changed();
     void coverChanged();
-    void isPlayingChanged();
-    void durationChanged();
     void progressChanged();
     void positionTextChanged();
 
