@@ -82,7 +82,7 @@ QRegion roundedRegion(const QRectF &rect, double radius)
 void BottomRoundedShape::paint(QPainter *painter)
 {
     painter->setRenderHint(QPainter::Antialiasing);
-    painter->fillPath(bottomRoundedPath(boundingRect(), m_radius), m_color);
+    painter->fillPath(bottomRoundedPath(boundingRect(), m_radius), Qt::black);
 }
 
 } // namespace velmora

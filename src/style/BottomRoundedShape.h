@@ -2,7 +2,6 @@
 
 #include "style/ShapeItem.h"
 
-#include <QColor>
 #include <QPainterPath>
 #include <QRegion>
 #include <QtQml/qqmlregistration.h>
@@ -24,20 +23,18 @@ enum class PixelRule { Touched, Centre };
 /// The pixels of a rectangle with all four corners rounded; empty for an empty rectangle.
 [[nodiscard]] QRegion roundedRegion(const QRectF &rect, double radius);
 
-/// The outline, filled.
+/// The outline, filled with black.
 class BottomRoundedShape : public velmora::ShapeItem
 {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(qreal radius MEMBER m_radius NOTIFY changed FINAL)
-    Q_PROPERTY(QColor color MEMBER m_color NOTIFY changed FINAL)
 
 public:
     void paint(QPainter *painter) override;
 
 private:
     qreal m_radius = 0;
-    QColor m_color = Qt::black;
 };
 
 } // namespace velmora

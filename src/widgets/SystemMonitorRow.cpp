@@ -3,17 +3,10 @@
 namespace velmora
 {
 
-QColor loadColor(double fraction)
+namespace
 {
-    if (fraction > 0.85) {
-        return QColor::fromRgbF(1.0F, 0.35F, 0.3F);
-    }
-    if (fraction > 0.65) {
-        return QColor::fromRgbF(1.0F, 0.6F, 0.2F);
-    }
-    return QColor::fromRgbF(0.35F, 0.85F, 0.5F);
-}
 
+/// In units of 2^30 bytes, below one in 2^20; a dash while the size is not known.
 QString freeSpaceText(double usedGB, double totalGB)
 {
     if (totalGB <= 0) {
@@ -22,6 +15,19 @@ QString freeSpaceText(double usedGB, double totalGB)
     const double free = totalGB - usedGB;
     return free >= 1.0 ? QString::asprintf("%.0fG free", free)
                        : QString::asprintf("%.0fM free", free * 1024);
+}
+
+} // namespace
+
+QColor SystemMonitorRow::color() const
+{
+    if (m_fraction > 0.85) {
+        return QColor::fromRgbF(1.0F, 0.35F, 0.3F);
+    }
+    if (m_fraction > 0.65) {
+        return QColor::fromRgbF(1.0F, 0.6F, 0.2F);
+    }
+    return QColor::fromRgbF(0.35F, 0.85F, 0.5F);
 }
 
 void SystemMonitorRow::componentComplete()

@@ -11,12 +11,6 @@
 namespace velmora
 {
 
-/// Green, orange above 65 %, red above 85 %.
-[[nodiscard]] QColor loadColor(double fraction);
-
-/// "12G free", below one unit of 2^30 bytes "512M free"; a dash while the size is not known.
-[[nodiscard]] QString freeSpaceText(double usedGB, double totalGB);
-
 /// One gauge of the system monitor widget, derived from the service's figures.
 class SystemMonitorRow : public QObject, public QQmlParserStatus
 {
@@ -28,6 +22,7 @@ class SystemMonitorRow : public QObject, public QQmlParserStatus
     Q_PROPERTY(QString label READ label NOTIFY changed FINAL)
     Q_PROPERTY(qreal fraction READ fraction NOTIFY changed FINAL) ///< may go beyond 0 to 1
     Q_PROPERTY(QString text READ text NOTIFY changed FINAL)
+    /// Green, orange above 65 %, red above 85 %.
     Q_PROPERTY(QColor color READ color NOTIFY changed FINAL)
 
 public:
@@ -42,7 +37,7 @@ public:
     [[nodiscard]] QString label() const { return m_label; }
     [[nodiscard]] double fraction() const { return m_fraction; }
     [[nodiscard]] QString text() const { return m_text; }
-    [[nodiscard]] QColor color() const { return loadColor(m_fraction); }
+    [[nodiscard]] QColor color() const;
 
 Q_SIGNALS:
     void changed();

@@ -19,8 +19,6 @@ namespace
 
 using enum NotchWidgetType;
 
-constexpr std::array<Zone, 5> zones{Zone::farLeft, Zone::left, Zone::center, Zone::right,
-                                    Zone::farRight};
 constexpr ZoneWidgets defaultProfileWidgets{media, pomodoro, weather, systemMonitor, dropActions};
 
 /// The stored keys are a file format.
@@ -208,8 +206,8 @@ void NotchManagerTest::everyAssignmentStoresAndRebuilds()
         QCOMPARE(manager.property(size.first).toDouble(), value);
         value -= 7.25;
     }
-    for (const Zone zone : zones) {
-        const int index = int(zone);
+    for (int index = 0; index < 5; ++index) {
+        const auto zone = static_cast<Zone>(index);
         const double weight = -2.5 * index;
         expected.zoneWidths.at(index) = weight;
         assign(zoneWidthKeyList.at(index), weight, [&] { manager.setZoneWidth(zone, weight); });

@@ -1,102 +1,12 @@
-#include "overlay/OverlayScene.h"
-
-#include "overlay/CollapsedLiveStrip.h"
-#include "support/FakeDesk.h"
-#include "support/QmlItems.h"
-#include "support/QmlWarnings.h"
+#include "overlay/SceneDesk.h"
 
 #include <QAnimationDriver>
 #include <QMimeData>
 #include <QQuickItem>
-#include <QSignalSpy>
-#include <QTest>
 
 using namespace velmora;
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
-
-namespace
-{
-
-struct Scene : NoQmlWarnings, FakeDesk {
-    Scene()
-    {
-        const auto item = [this](const QString &title) {
-            MenuItem item;
-            item.title = title;
-            item.keyEquivalent = u"n"_s;
-            item.action = [this, title] { pressed << title; };
-            return item;
-        };
-        MenuItem profile;
-        profile.kind = MenuItem::Kind::Submenu;
-        profile.title = u"Profile"_s;
-        for (int i = 0; i < 30; ++i) {
-            profile.submenu.push_back(item(QString::number(i)));
-        }
-        menu.setMenu({item(u"enable"_s), item(u"a"_s), item(u"b"_s), item(u"c"_s), profile});
-    }
-
-    /// An overlay on show, collapsed.
-    Controller overlay(const NotchSettings &settings = {})
-    {
-        auto controller =
-            makeController(screen, settings, [this](NotchWindow &filled, auto &owner) {
-                window = &filled;
-                scene.populate(filled, owner);
-            });
-        window->setGeometry(shell.bounds);
-        window->show();
-        if (!QTest::qWaitForWindowExposed(window)) {
-            qFatal("the window does not come");
-        }
-        return controller;
-    }
-
-    /// The same, expanded.
-    Controller panel(const NotchSettings &settings = {})
-    {
-        auto controller = overlay(settings);
-        controller->mouseEntered({400, 10});
-        clock.advance(300ms);
-        return controller;
-    }
-
-    void leave(NotchWindowController &overlay)
-    {
-        overlay.mouseExited();
-        clock.advance(310ms);
-    }
-
-    void click(const QPointF &place, Qt::MouseButton button = Qt::LeftButton) const
-    {
-        QTest::mouseClick(window, button, {}, place.toPoint());
-    }
-
-    void play(const QString &title, const QString &artist = u"Them"_s)
-    {
-        services.mediaService()->refresh();
-        platform.media.answer(playingTrack(title, artist));
-    }
-
-    [[nodiscard]] CollapsedLiveStrip &strip() const
-    {
-        return *items("CollapsedLiveStripView").front()->findChild<CollapsedLiveStrip *>();
-    }
-
-    [[nodiscard]] QList<QQuickItem *> items(const char *type) const
-    {
-        return qmlItems(*window->contentItem(), type);
-    }
-
-    QStringList pressed;
-    StatusMenu menu{clock};
-    std::shared_ptr<FakeScreen> screen = screens.add({100, 200, 800, 600}); // not under the pointer
-    OverlayScene scene{menu};
-    NotchWindow *window = nullptr;
-};
-
-} // namespace
 
 class OverlaySceneTest : public QObject
 {
@@ -116,7 +26,7 @@ private Q_SLOTS:
 
 void OverlaySceneTest::everyWidgetTypeBuilds()
 {
-    Scene scene;
+    SceneDesk scene;
     for (const NotchWidgetType type : allWidgetTypes()) {
         NotchSettings settings;
         settings.widgets.fill(type);
@@ -135,7 +45,7 @@ void OverlaySceneTest::everyWidgetTypeBuilds()
 
 void OverlaySceneTest::contentIsFreshAtEachExpansion()
 {
-    Scene scene;
+    SceneDesk scene;
     const auto overlay = scene.overlay();
     const auto panels = [&] { return scene.items("FiveZoneExpandedView"); };
     QCOMPARE(panels().size(), 0);
@@ -164,7 +74,7 @@ void OverlaySceneTest::contentIsFreshAtEachExpansion()
 
 void OverlaySceneTest::menuByRightClick()
 {
-    Scene scene;
+    SceneDesk scene;
     const auto overlay = scene.panel();
     const QRectF window(QPointF(), QSizeF(scene.window->size()));
     scene.click({300, 105}, Qt::RightButton); // before any of its lines has a place
@@ -228,7 +138,7 @@ void OverlaySceneTest::stripStaysInTheNotch()
         {u"\U0001f3b5 \U0001f468\u200d\U0001f467"_s, u"x"_s},
         {u"<h1>Large</h1>"_s, u"<br><br><img src='x'/>"_s},
         {u'Z' + QString(u'\u0301').repeated(50), u"a\nb\nc"_s}};
-    Scene scene;
+    SceneDesk scene;
     scene.services.pomodoroService()->start();
     for (const QSizeF &size : {QSizeF(120, 24), QSizeF(200, 36), QSizeF(400, 72)}) {
         NotchSettings settings;
@@ -257,7 +167,7 @@ void OverlaySceneTest::stripStaysInTheNotch()
 
 void OverlaySceneTest::stripChangesWhatItShows()
 {
-    Scene scene;
+    SceneDesk scene;
     scene.clock.advance(1s); // the screen is no news any more
     const auto overlay = scene.overlay();
     const auto rows = [&] { return scene.items("LiveSlideRow").size(); };
@@ -295,7 +205,7 @@ void OverlaySceneTest::stripChangesWhatItShows()
 
 void OverlaySceneTest::volumeWithTheMouse()
 {
-    Scene scene;
+    SceneDesk scene;
     const auto overlay = scene.overlay();
     scene.play(u"Song"_s);
     scene.platform.sound.reported = 50;
@@ -335,7 +245,7 @@ void OverlaySceneTest::dragTakesItsOwnTime()
         qint64 now = 0;
         [[nodiscard]] qint64 elapsed() const override { return now; }
     };
-    Scene scene;
+    SceneDesk scene;
     const auto overlay = scene.panel();
     QTRY_VERIFY(scene.items("CollapsedLiveStripView").isEmpty());
     Driver driver;
@@ -362,7 +272,7 @@ void OverlaySceneTest::dropButtonsAgreeWithTheHitTest()
     const std::vector<DropActionID> all(allDropActions().begin(), allDropActions().end());
     for (const auto &[width, count] :
          {std::pair(800, 1), {800, 3}, {800, 11}, {480, 7}, {800, 0}}) {
-        Scene scene;
+        SceneDesk scene;
         scene.screen->rect.setWidth(width);
         const auto overlay = scene.overlay();
         DropActionsService &drop = *scene.services.dropService();
@@ -398,7 +308,7 @@ void OverlaySceneTest::dropButtonsAgreeWithTheHitTest()
 
 void OverlaySceneTest::openWithMenuAtTheDrop()
 {
-    Scene scene;
+    SceneDesk scene;
     FakeDropRoles &roles = scene.platform.drops;
     roles.applications = {{u"One"_s, u"One"_s, {}}, {u"Two"_s, u"Two"_s, {}}};
     DropActionsService &drop = *scene.services.dropService();

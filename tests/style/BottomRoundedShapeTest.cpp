@@ -67,10 +67,8 @@ void BottomRoundedShapeTest::outline()
     QVERIFY(path.contains(QPointF(209.9, 25.9)));
     // Half-way round, the curve is a quarter of the radius from both sides: 2.5, where an arc would
     // be at 2.93.
-    QVERIFY(path.contains(QPointF(12.6, 33.4)));
-    QVERIFY(!path.contains(QPointF(12.4, 33.6)));
-    QVERIFY(path.contains(QPointF(207.4, 33.4)));
-    QVERIFY(!path.contains(QPointF(207.6, 33.6)));
+    QVERIFY(path.contains(QPointF(12.6, 33.4)) && !path.contains(QPointF(12.4, 33.6)));
+    QVERIFY(path.contains(QPointF(207.4, 33.4)) && !path.contains(QPointF(207.6, 33.6)));
 }
 
 void BottomRoundedShapeTest::regionIsWhatTheOutlineTouches()
