@@ -30,13 +30,12 @@ struct TargetFormat {
 
 TargetFormat targetFormat(const QString &text)
 {
-    using enum ImageEncoding::Type;
     static const QHash<QString, TargetFormat> formats{
-        {QStringLiteral("jpg"), {{Jpeg, 0.9}, "jpg"}},
-        {QStringLiteral("jpeg"), {{Jpeg, 0.9}, "jpg"}},
-        {QStringLiteral("tiff"), {{Tiff, {}}, "tiff"}},
-        {QStringLiteral("bmp"), {{Bmp, {}}, "bmp"}}};
-    return formats.value(text.toLower(), {{Png, {}}, "png"});
+        {QStringLiteral("jpg"), {{"jpeg", 0.9}, "jpg"}},
+        {QStringLiteral("jpeg"), {{"jpeg", 0.9}, "jpg"}},
+        {QStringLiteral("tiff"), {{"tiff", {}}, "tiff"}},
+        {QStringLiteral("bmp"), {{"bmp", {}}, "bmp"}}};
+    return formats.value(text.toLower(), {{"png", {}}, "png"});
 }
 
 } // namespace

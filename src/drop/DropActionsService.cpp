@@ -1,7 +1,6 @@
 #include "drop/DropActionsService.h"
 
 #include "drop/DropActionRun.h"
-#include "drop/DropConfig.h"
 #include "platform/KeyValueStore.h"
 #include "platform/LocalPath.h"
 
@@ -10,6 +9,7 @@
 #include <QStandardPaths>
 
 #include <algorithm>
+#include <iterator>
 
 namespace velmora
 {
@@ -28,15 +28,6 @@ QByteArray defaultBaseFolder()
     return QFile::encodeName(desktops.isEmpty() ? QDir::homePath() : desktops.first());
 }
 
-/// A folder as it is stored.
-QUrl folderUrl(const QByteArray &path)
-{
-    const QByteArray absolute =
-        path.startsWith('/') ? path : QFile::encodeName(QDir::currentPath()) + '/' + path;
-    const QUrl url = fileUrl(absolute);
-    return fileUrl(localPath(url).value_or(absolute)); // no slash at the end
-}
-
 } // namespace
 
 DropActionsService::DropActionsService(KeyValueStore &store, const DropRoles &roles,
@@ -44,13 +35,15 @@ DropActionsService::DropActionsService(KeyValueStore &store, const DropRoles &ro
     : QObject(parent)
     , m_store(store)
     , m_roles(roles)
-    , m_shelfFolder(fileUrl(defaultBaseFolder() + "/Velmora Shelf"))
-    , m_copyFolder(fileUrl(defaultBaseFolder()))
-    , m_moveFolder(m_copyFolder)
     , m_openWithMenu(roles.applications)
 {
+    const QByteArray folder = defaultBaseFolder();
+    m_config.shelfFolder = fileUrl(folder + "/Velmora Shelf");
+    m_config.copyFolder = fileUrl(folder);
+    m_config.moveFolder = m_config.copyFolder;
     load();
-    ensureShelfFolder();
+    // A failure shows when something is put into the shelf.
+    m_roles.files.createFolder(m_config.shelfFolder, [](const auto & /*error*/) {});
 }
 
 void DropActionsService::setDragging(bool dragging)
@@ -82,22 +75,30 @@ void DropActionsService::setLastStatus(const QString &status)
     Q_EMIT lastStatusChanged();
 }
 
+template<typename Value>
+void DropActionsService::assign(Value &setting, const Value &value)
+{
+    setting = value;
+    if (const auto data = encodeDropConfig(m_config)) {
+        m_store.setData(configKey(), *data);
+    }
+    Q_EMIT configChanged();
+}
+
 void DropActionsService::setEnabledActions(const std::vector<DropActionID> &actions)
 {
-    m_enabledActions.clear();
-    for (const DropActionID action : actions) {
-        if (std::count(m_enabledActions.begin(), m_enabledActions.end(), action) == 0) {
-            m_enabledActions.push_back(action);
-        }
-    }
-    save();
-    Q_EMIT enabledActionsChanged();
+    std::vector<DropActionID> unique;
+    std::copy_if(actions.begin(), actions.end(), std::back_inserter(unique),
+                 [&unique](DropActionID action) {
+                     return std::count(unique.begin(), unique.end(), action) == 0;
+                 });
+    assign(m_config.enabledActions, unique);
 }
 
 QStringList DropActionsService::enabledActionNames() const
 {
     QStringList names;
-    for (const DropActionID action : m_enabledActions) {
+    for (const DropActionID action : m_config.enabledActions) {
         names << rawValue(action);
     }
     return names;
@@ -116,30 +117,22 @@ void DropActionsService::setEnabledActionNames(const QStringList &rawValues)
 
 void DropActionsService::setShelfFolder(const QUrl &folder)
 {
-    m_shelfFolder = folder;
-    save();
-    Q_EMIT shelfFolderChanged();
+    assign(m_config.shelfFolder, folder);
 }
 
 void DropActionsService::setCopyFolder(const QUrl &folder)
 {
-    m_copyFolder = folder;
-    save();
-    Q_EMIT copyFolderChanged();
+    assign(m_config.copyFolder, folder);
 }
 
 void DropActionsService::setMoveFolder(const QUrl &folder)
 {
-    m_moveFolder = folder;
-    save();
-    Q_EMIT moveFolderChanged();
+    assign(m_config.moveFolder, folder);
 }
 
 void DropActionsService::setImageConvertFormat(const QString &format)
 {
-    m_imageConvertFormat = format;
-    save();
-    Q_EMIT imageConvertFormatChanged();
+    assign(m_config.imageConvertFormat, format);
 }
 
 void DropActionsService::execute(DropActionID action, const QList<QUrl> &files)
@@ -161,26 +154,10 @@ void DropActionsService::load()
         return;
     }
     setEnabledActions(config->enabledActions);
-    setShelfFolder(folderUrl(config->shelfFolderPath));
-    setCopyFolder(folderUrl(config->copyFolderPath));
-    setMoveFolder(folderUrl(config->moveFolderPath));
+    setShelfFolder(config->shelfFolder);
+    setCopyFolder(config->copyFolder);
+    setMoveFolder(config->moveFolder);
     setImageConvertFormat(config->imageConvertFormat);
-}
-
-void DropActionsService::save()
-{
-    const auto path = [](const QUrl &folder) { return localPath(folder).value_or(QByteArray()); };
-    const auto data = encodeDropConfig({m_enabledActions, path(m_shelfFolder), path(m_copyFolder),
-                                        path(m_moveFolder), m_imageConvertFormat});
-    if (data) {
-        m_store.setData(configKey(), *data);
-    }
-}
-
-void DropActionsService::ensureShelfFolder()
-{
-    // A failure shows when something is put into the shelf.
-    m_roles.files.createFolder(m_shelfFolder, [](const auto & /*error*/) {});
 }
 
 } // namespace velmora

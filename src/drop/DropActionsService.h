@@ -1,6 +1,6 @@
 #pragma once
 
-#include "drop/DropActionID.h"
+#include "drop/DropConfig.h"
 #include "drop/OpenWithMenu.h"
 #include "platform/FileActions.h"
 
@@ -53,13 +53,12 @@ class DropActionsService : public QObject
     /// Raw values, in the order of the buttons. Unknown and repeated ones are left out when
     /// assigned.
     Q_PROPERTY(QStringList enabledActions READ enabledActionNames WRITE setEnabledActionNames NOTIFY
-                   enabledActionsChanged FINAL)
-    Q_PROPERTY(
-        QUrl shelfFolder READ shelfFolder WRITE setShelfFolder NOTIFY shelfFolderChanged FINAL)
-    Q_PROPERTY(QUrl copyFolder READ copyFolder WRITE setCopyFolder NOTIFY copyFolderChanged FINAL)
-    Q_PROPERTY(QUrl moveFolder READ moveFolder WRITE setMoveFolder NOTIFY moveFolderChanged FINAL)
+                   configChanged FINAL)
+    Q_PROPERTY(QUrl shelfFolder READ shelfFolder WRITE setShelfFolder NOTIFY configChanged FINAL)
+    Q_PROPERTY(QUrl copyFolder READ copyFolder WRITE setCopyFolder NOTIFY configChanged FINAL)
+    Q_PROPERTY(QUrl moveFolder READ moveFolder WRITE setMoveFolder NOTIFY configChanged FINAL)
     Q_PROPERTY(QString imageConvertFormat READ imageConvertFormat WRITE setImageConvertFormat NOTIFY
-                   imageConvertFormatChanged FINAL)
+                   configChanged FINAL)
     Q_PROPERTY(velmora::OpenWithMenu *openWithMenu READ openWithMenu CONSTANT FINAL)
 
 public:
@@ -79,18 +78,18 @@ public:
 
     [[nodiscard]] const std::vector<DropActionID> &enabledActions() const
     {
-        return m_enabledActions;
+        return m_config.enabledActions;
     }
     void setEnabledActions(const std::vector<DropActionID> &actions);
     [[nodiscard]] QStringList enabledActionNames() const;
     void setEnabledActionNames(const QStringList &rawValues);
-    [[nodiscard]] const QUrl &shelfFolder() const { return m_shelfFolder; }
+    [[nodiscard]] const QUrl &shelfFolder() const { return m_config.shelfFolder; }
     void setShelfFolder(const QUrl &folder);
-    [[nodiscard]] const QUrl &copyFolder() const { return m_copyFolder; }
+    [[nodiscard]] const QUrl &copyFolder() const { return m_config.copyFolder; }
     void setCopyFolder(const QUrl &folder);
-    [[nodiscard]] const QUrl &moveFolder() const { return m_moveFolder; }
+    [[nodiscard]] const QUrl &moveFolder() const { return m_config.moveFolder; }
     void setMoveFolder(const QUrl &folder);
-    [[nodiscard]] const QString &imageConvertFormat() const { return m_imageConvertFormat; }
+    [[nodiscard]] const QString &imageConvertFormat() const { return m_config.imageConvertFormat; }
     void setImageConvertFormat(const QString &format);
 
     /// Open while an "Open With" waits for its answer.
@@ -107,16 +106,13 @@ Q_SIGNALS:
     void draggedFilesChanged();
     void hoveredActionChanged();
     void lastStatusChanged();
-    void enabledActionsChanged();
-    void shelfFolderChanged();
-    void copyFolderChanged();
-    void moveFolderChanged();
-    void imageConvertFormatChanged();
+    void configChanged(); ///< any of what is stored
 
 private:
     void load();
-    void save();
-    void ensureShelfFolder();
+    /// Stores and tells.
+    template<typename Value>
+    void assign(Value &setting, const Value &value);
 
     KeyValueStore &m_store;
     DropRoles m_roles;
@@ -125,12 +121,7 @@ private:
     QList<QUrl> m_draggedFiles;
     std::optional<DropActionID> m_hoveredAction;
     QString m_lastStatus;
-    std::vector<DropActionID> m_enabledActions{DropActionID::airDrop, DropActionID::zip,
-                                               DropActionID::unzip};
-    QUrl m_shelfFolder;
-    QUrl m_copyFolder;
-    QUrl m_moveFolder;
-    QString m_imageConvertFormat = QStringLiteral("png");
+    DropConfig m_config;
     OpenWithMenu m_openWithMenu;
 };
 

@@ -1,5 +1,10 @@
 #include "drop/DropConfig.h"
 
+#include "platform/LocalPath.h"
+
+#include <QDir>
+#include <QFile>
+
 #include <nlohmann/json.hpp>
 #include <string>
 
@@ -11,10 +16,18 @@ namespace
 
 using Json = nlohmann::ordered_json;
 
-/// The text under a key; throws where there is none.
-const std::string &textAt(const Json &object, const char *key)
+std::string pathOf(const QUrl &folder)
 {
-    return object.at(key).get_ref<const std::string &>();
+    return localPath(folder).value_or(QByteArray()).toStdString();
+}
+
+QUrl folderAt(const std::string &stored)
+{
+    QByteArray path = QByteArray::fromStdString(stored);
+    if (!path.startsWith('/')) {
+        path.prepend(QFile::encodeName(QDir::currentPath()) + '/');
+    }
+    return fileUrl(localPath(fileUrl(path)).value_or(path)); // no slash at the end
 }
 
 } // namespace
@@ -27,9 +40,9 @@ std::optional<QByteArray> encodeDropConfig(const DropConfig &config)
         for (const DropActionID action : config.enabledActions) {
             actions.push_back(rawValue(action).toStdString());
         }
-        object["shelfFolderPath"] = config.shelfFolderPath.toStdString();
-        object["copyFolderPath"] = config.copyFolderPath.toStdString();
-        object["moveFolderPath"] = config.moveFolderPath.toStdString();
+        object["shelfFolderPath"] = pathOf(config.shelfFolder);
+        object["copyFolderPath"] = pathOf(config.copyFolder);
+        object["moveFolderPath"] = pathOf(config.moveFolder);
         object["imageConvertFormat"] = config.imageConvertFormat.toStdString();
         return QByteArray::fromStdString(object.dump());
     } catch (const Json::exception &) {
@@ -49,10 +62,10 @@ std::optional<DropConfig> decodeDropConfig(const QByteArray &data)
             }
             actions.push_back(*action);
         }
-        return DropConfig{actions, QByteArray::fromStdString(textAt(object, "shelfFolderPath")),
-                          QByteArray::fromStdString(textAt(object, "copyFolderPath")),
-                          QByteArray::fromStdString(textAt(object, "moveFolderPath")),
-                          QString::fromStdString(textAt(object, "imageConvertFormat"))};
+        const auto text = [&object](const char *key) { return object.at(key).get<std::string>(); };
+        return DropConfig{actions, folderAt(text("shelfFolderPath")),
+                          folderAt(text("copyFolderPath")), folderAt(text("moveFolderPath")),
+                          QString::fromStdString(text("imageConvertFormat"))};
     } catch (const Json::exception &) {
         return std::nullopt;
     }

@@ -3,6 +3,7 @@
 #include "drop/DropActionID.h"
 
 #include <QByteArray>
+#include <QUrl>
 
 #include <optional>
 #include <vector>
@@ -10,13 +11,14 @@
 namespace velmora
 {
 
-/// The stored form of what the user has chosen about drops.
+/// What the user has chosen about drops.
 struct DropConfig {
-    std::vector<DropActionID> enabledActions;
-    QByteArray shelfFolderPath; ///< absolute, like the other two
-    QByteArray copyFolderPath;
-    QByteArray moveFolderPath;
-    QString imageConvertFormat;
+    std::vector<DropActionID> enabledActions{DropActionID::airDrop, DropActionID::zip,
+                                             DropActionID::unzip}; ///< in the order of the buttons
+    QUrl shelfFolder;
+    QUrl copyFolder;
+    QUrl moveFolder;
+    QString imageConvertFormat = QStringLiteral("png");
 };
 
 /// One JSON object; nothing if a path is no text, which JSON cannot tell.

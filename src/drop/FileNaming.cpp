@@ -46,12 +46,8 @@ QByteArray uniqueURL(const QByteArray &name, int attempt)
     if (attempt == 0) {
         return name;
     }
-    QByteArray candidate = withoutPathExtension(name) + ' ' + QByteArray::number(attempt);
-    const QByteArray extension = pathExtension(name);
-    if (!extension.isEmpty()) {
-        candidate += '.' + extension;
-    }
-    return candidate;
+    const QByteArray stem = withoutPathExtension(name);
+    return stem + ' ' + QByteArray::number(attempt) + name.mid(stem.size());
 }
 
 QByteArray unzipArgument(const QByteArray &path)

@@ -2,6 +2,8 @@
 
 #include <QLoggingCategory>
 
+#include <array>
+
 namespace velmora
 {
 
@@ -17,28 +19,14 @@ constexpr auto pollInterval = 1s;
 
 const char *name(PlaybackCommand command)
 {
-    switch (command) {
-    case PlaybackCommand::togglePlayPause:
-        return "togglePlayPause";
-    case PlaybackCommand::nextTrack:
-        return "nextTrack";
-    case PlaybackCommand::previousTrack:
-        return "previousTrack";
-    }
-    return "";
+    static constexpr std::array names{"togglePlayPause", "nextTrack", "previousTrack"};
+    return names.at(static_cast<std::size_t>(command));
 }
 
 const char *name(PlaybackState state)
 {
-    switch (state) {
-    case PlaybackState::Stopped:
-        return "Stopped";
-    case PlaybackState::Paused:
-        return "Paused";
-    case PlaybackState::Playing:
-        return "Playing";
-    }
-    return "";
+    static constexpr std::array names{"Stopped", "Paused", "Playing"};
+    return names.at(static_cast<std::size_t>(state));
 }
 
 } // namespace
@@ -53,11 +41,17 @@ MediaRemoteService::MediaRemoteService(Clock &clock, MediaRemote &remote, HttpGe
     , m_artworkLookup(clock, http, store)
 {
     qCInfo(lcMediaRemote, "MediaRemoteService init");
-    connect(&remote, &MediaRemote::changed, this, &MediaRemoteService::handleMediaRemoteChange);
+    connect(&remote, &MediaRemote::changed, this, [this] {
+        qCDebug(lcMediaRemote, "MediaRemote notification received \u2014 refreshing");
+        refresh();
+    });
     connect(&remote, &MediaRemote::spotifyChanged, this,
             &MediaRemoteService::handleSpotifyNotification);
-    connect(&remote, &MediaRemote::appleMusicChanged, this,
-            &MediaRemoteService::handleAppleMusicNotification);
+    connect(&remote, &MediaRemote::appleMusicChanged, this, [this] {
+        qCDebug(lcMediaRemote,
+                "Apple Music notification received \u2014 refreshing via MediaRemote");
+        refresh();
+    });
     refresh();
     m_startupRetry = clock.after(startupRetryDelay, [this] {
         qCDebug(lcMediaRemote, "startup retry refresh");
@@ -76,18 +70,6 @@ void MediaRemoteService::refresh()
     } else {
         applyAnswerWithoutTitle();
     }
-}
-
-void MediaRemoteService::handleMediaRemoteChange()
-{
-    qCDebug(lcMediaRemote, "MediaRemote notification received \u2014 refreshing");
-    refresh();
-}
-
-void MediaRemoteService::handleAppleMusicNotification()
-{
-    qCDebug(lcMediaRemote, "Apple Music notification received \u2014 refreshing via MediaRemote");
-    refresh();
 }
 
 void MediaRemoteService::handleSpotifyNotification(const PlayerNotice &notice)

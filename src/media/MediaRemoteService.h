@@ -42,9 +42,7 @@ Q_SIGNALS:
     void nowPlayingChanged();
 
 private:
-    void handleMediaRemoteChange();
     void handleSpotifyNotification(const PlayerNotice &notice);
-    void handleAppleMusicNotification();
 
     [[nodiscard]] NowPlayingInfo infoFrom(const MediaTrack &track) const;
     void keepArtwork(NowPlayingInfo &info) const;

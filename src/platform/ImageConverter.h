@@ -7,16 +7,14 @@ namespace velmora
 
 /// What an image is to be written as.
 struct ImageEncoding {
-    enum class Type { Png, Jpeg, Tiff, Bmp };
-
-    Type type = Type::Png;
-    std::optional<double> quality; ///< 0 to 1; where the type knows such a thing
+    QByteArray format = "png";     ///< or "jpeg", "tiff", "bmp"
+    std::optional<double> quality; ///< 0 to 1; where the format knows such a thing
 };
 
 struct ImageOutcome {
     enum class Result {
         Written,
-        Skipped, ///< not an image that can be read, too large, or not to be written as this type
+        Skipped, ///< not an image that can be read, too large, or not to be written in this format
         Failed,  ///< the file could not be written
     };
 

@@ -29,12 +29,10 @@ public:
     QStringList failures;              ///< taken one by one by the calls on files; empty: no error
     QList<ImageOutcome> imageOutcomes; ///< taken one by one; none left: written
     QList<ProcessOutcome> processes;   ///< taken one by one; none left: ended well
-    bool processesHang = false;
     QList<Application> applications;
     std::optional<Application> player;
     QList<bool> ejections;
     QByteArray takenPath; ///< for which alone `placeItem` has to count
-    QList<QUrl> links;    ///< that are among any items that are to be archived
 
     [[nodiscard]] DropRoles roles()
     {
@@ -130,7 +128,7 @@ private:
         }
         void findLinks(const QList<QUrl> &items, Answer<ArchiveItems> done) override
         {
-            fake.answer(done, std::nullopt, ArchiveItems{fake.links, items});
+            fake.answer(done, std::nullopt, ArchiveItems{{}, items});
         }
         void placeItem(const QUrl &item, const QUrl &wanted, NameRule rule,
                        Answer<QUrl> done) override
@@ -154,8 +152,7 @@ private:
                      NameRule, Done done) override
         {
             fake.calls << QStringLiteral("convert %1 to %2 as %3 %4")
-                              .arg(name(source), name(target))
-                              .arg(static_cast<int>(encoding.type))
+                              .arg(name(source), name(target), QString::fromLatin1(encoding.format))
                               .arg(encoding.quality.value_or(-1));
             fake.answer(done, fake.imageOutcomes.isEmpty()
                                   ? ImageOutcome{ImageOutcome::Result::Written, {}}
@@ -169,10 +166,8 @@ private:
         {
             fake.calls << shown(command.executable + ' ' + command.arguments.join(' ') +
                                 (command.input.isEmpty() ? QByteArray() : " < " + command.input));
-            if (!fake.processesHang) {
-                fake.answer(done, fake.processes.isEmpty() ? ProcessOutcome()
-                                                           : fake.processes.takeFirst());
-            }
+            fake.answer(done,
+                        fake.processes.isEmpty() ? ProcessOutcome() : fake.processes.takeFirst());
         }
     };
 

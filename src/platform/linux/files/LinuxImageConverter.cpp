@@ -49,21 +49,6 @@ QImage upright(QImage image, QImageIOHandler::Transformations transformation)
     return image;
 }
 
-const char *formatName(ImageEncoding::Type type)
-{
-    switch (type) {
-    case ImageEncoding::Type::Jpeg:
-        return "jpeg";
-    case ImageEncoding::Type::Tiff:
-        return "tiff";
-    case ImageEncoding::Type::Bmp:
-        return "bmp";
-    case ImageEncoding::Type::Png:
-        break;
-    }
-    return "png";
-}
-
 /// The image in a file of one of the formats that are taken, upright, told by its content and not
 /// by its name; its first frame where there are several. Null if there is none, or it is damaged or
 /// too large.
@@ -88,15 +73,15 @@ QImage readImage(const QByteArray &path)
 
 /// Makes an image of what the format can hold: without transparency, and in sRGB, where it knows
 /// neither.
-void fitImage(QImage &image, ImageEncoding::Type type)
+void fitImage(QImage &image, const QByteArray &format)
 {
-    const bool isPlain = type == ImageEncoding::Type::Bmp;
+    const bool isPlain = format == "bmp";
     const bool isTransparent = image.hasAlphaChannel();
     if (isTransparent && image.colorCount() > 0) {
         // Only PNG has palettes with transparency, and no other can be painted on.
         image.convertTo(QImage::Format_ARGB32);
     }
-    if (isTransparent && (isPlain || type == ImageEncoding::Type::Jpeg)) {
+    if (isTransparent && (isPlain || format == "jpeg")) {
         // On white, as on paper.
         QPainter painter(&image);
         painter.setCompositionMode(QPainter::CompositionMode_DestinationOver);
@@ -119,7 +104,7 @@ ImageOutcome writeImage(const QImage &image, const ImageEncoding &encoding,
         if (fd < 0 || !file.open(fd, QIODevice::ReadWrite, QFileDevice::AutoCloseHandle)) {
             throw FileFailure(target, errno);
         }
-        QImageWriter writer(&file, formatName(encoding.type));
+        QImageWriter writer(&file, encoding.format);
         if (encoding.quality) {
             writer.setQuality(qRound(*encoding.quality * 100));
         }
@@ -165,7 +150,7 @@ void LinuxImageConverter::convert(const QUrl &source, const ImageEncoding &encod
                 if (image.isNull()) {
                     return {};
                 }
-                fitImage(image, encoding.type);
+                fitImage(image, encoding.format);
                 return writeImage(image, encoding, *to, rule);
             } catch (const std::bad_alloc &) {
                 return {};

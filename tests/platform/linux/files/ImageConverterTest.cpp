@@ -1,7 +1,6 @@
 #include "FileSamples.h"
 #include "platform/LocalPath.h"
 #include "platform/linux/files/LinuxImageConverter.h"
-#include "platform/linux/files/TreeCopy.h"
 
 #include <QBuffer>
 #include <QColorSpace>
@@ -16,7 +15,6 @@
 #include <sys/mount.h>
 
 using namespace velmora;
-using enum ImageEncoding::Type;
 using enum ImageOutcome::Result;
 
 namespace
@@ -89,21 +87,13 @@ QByteArray turnedJpeg(const QImage &image, char orientation)
     return encoded(image, "jpeg").insert(2, segment);
 }
 
-/// The head of a PNG that says how large it would be.
-QByteArray hugePng(quint32 side)
+/// A bitmap that claims to be of this size.
+QByteArray claiming(qint32 width, qint32 height)
 {
-    QByteArray png = encoded(QImage(1, 1, QImage::Format_RGB32), "png");
-    qToBigEndian(side, png.data() + 16);
-    qToBigEndian(side, png.data() + 20);
-    quint32 crc = 0xFFFFFFFF;
-    for (const char byte : png.mid(12, 17)) {
-        crc ^= static_cast<uchar>(byte);
-        for (int bit = 0; bit < 8; ++bit) {
-            crc = (crc >> 1) ^ ((crc & 1) != 0 ? 0xEDB88320 : 0);
-        }
-    }
-    qToBigEndian(~crc, png.data() + 29);
-    return png;
+    QByteArray bytes = encoded(QImage(1, 1, QImage::Format_RGB32), "bmp");
+    qToLittleEndian(width, bytes.data() + 18);
+    qToLittleEndian(height, bytes.data() + 22);
+    return bytes;
 }
 
 } // namespace
@@ -129,7 +119,7 @@ private:
     ImageOutcome convert(const QByteArray &source, const ImageEncoding &encoding,
                          const QByteArray &target);
     /// Converts an encoded image and reads what came out.
-    QImage converted(const QByteArray &data, ImageEncoding::Type type);
+    QImage converted(const QByteArray &data, const QByteArray &format);
     [[nodiscard]] QByteArray path(const QByteArray &name) const { return m_root + '/' + name; }
 
     std::unique_ptr<QTemporaryDir> m_folder;
@@ -151,11 +141,11 @@ ImageOutcome ImageConverterTest::convert(const QByteArray &source, const ImageEn
     });
 }
 
-QImage ImageConverterTest::converted(const QByteArray &data, ImageEncoding::Type type)
+QImage ImageConverterTest::converted(const QByteArray &data, const QByteArray &format)
 {
     writeFile(path("source"), data);
     unlink(path("target").constData());
-    const ImageOutcome outcome = convert(path("source"), {type, 0.9}, path("target"));
+    const ImageOutcome outcome = convert(path("source"), {format, 0.9}, path("target"));
     return outcome.result == Written ? QImage(QFile::decodeName(path("target"))) : QImage();
 }
 
@@ -182,9 +172,8 @@ void ImageConverterTest::everyFormatIsRead()
     QFETCH(const QColor, left);
     QFETCH(const QColor, right);
     QVERIFY2(!data.isEmpty(), "this machine cannot write the sample");
-    for (const auto &[type, format] :
-         {std::pair(Png, "png"), {Jpeg, "jpeg"}, {Tiff, "tiff"}, {Bmp, "bmp"}}) {
-        const QImage image = converted(data, type);
+    for (const char *format : {"png", "jpeg", "tiff", "bmp"}) {
+        const QImage image = converted(data, format);
         QVERIFY2(!image.isNull(), format);
         QCOMPARE(QImageReader::imageFormat(QFile::decodeName(path("target"))), QByteArray(format));
         QVERIFY2(isNear(image.pixelColor(0, image.height() / 2), left), format);
@@ -212,7 +201,7 @@ void ImageConverterTest::uprightWhateverTheCamera()
         painter.fillRect(QRect(topLeft.x() * 16, topLeft.y() * 8, 16, 8), Qt::red);
         painter.fillRect(QRect(topRight.x() * 16, topRight.y() * 8, 16, 8), Qt::blue);
         painter.end();
-        const QImage upright = converted(turnedJpeg(image, orientation), Png);
+        const QImage upright = converted(turnedJpeg(image, orientation), "png");
         QCOMPARE(upright.size(), orientation < 5 ? QSize(32, 16) : QSize(16, 32));
         const char number[] = {static_cast<char>('0' + orientation), '\0'};
         QVERIFY2(isNear(upright.pixelColor(1, 1), Qt::red), number);
@@ -228,22 +217,23 @@ void ImageConverterTest::profilesStay()
     QImage image = halves(color, color, QImage::Format_RGB32);
     image.setColorSpace(QColorSpace(QColorSpace::DisplayP3));
     const QByteArray data = encoded(image, "png");
-    for (const auto type : {Png, Jpeg, Tiff}) {
-        const QImage result = converted(data, type);
+    for (const char *format : {"png", "jpeg", "tiff"}) {
+        const QImage result = converted(data, format);
         QCOMPARE(result.colorSpace(), image.colorSpace());
         QVERIFY(isNear(result.pixelColor(4, 4), color));
     }
     image.convertToColorSpace(QColorSpace(QColorSpace::SRgb));
     QVERIFY(!isNear(image.pixelColor(4, 4), color)); // the test can tell
-    QVERIFY(isNear(converted(data, Bmp).pixelColor(4, 4), image.pixelColor(4, 4), 2));
+    QVERIFY(isNear(converted(data, "bmp").pixelColor(4, 4), image.pixelColor(4, 4), 2));
 }
 
 void ImageConverterTest::depthStays()
 {
     QImage image(16, 8, QImage::Format_RGBX64);
     image.fill(QColor::fromRgba64(0x1234, 0x5678, 0x9ABC));
-    for (const auto &[type, most] : {std::pair(Png, 1), {Tiff, 1}, {Jpeg, 0x400}, {Bmp, 0x400}}) {
-        const QRgba64 pixel = converted(encoded(image, "png"), type).pixelColor(3, 3).rgba64();
+    for (const auto &[format, most] :
+         {std::pair("png", 1), {"tiff", 1}, {"jpeg", 0x400}, {"bmp", 0x400}}) {
+        const QRgba64 pixel = converted(encoded(image, "png"), format).pixelColor(3, 3).rgba64();
         QVERIFY(qAbs(pixel.red() - 0x1234) <= most);
         QVERIFY(qAbs(pixel.green() - 0x5678) <= most);
         QVERIFY(qAbs(pixel.blue() - 0x9ABC) <= most);
@@ -252,16 +242,16 @@ void ImageConverterTest::depthStays()
 
 void ImageConverterTest::transparency()
 {
-    for (const auto format :
+    for (const auto pixels :
          {QImage::Format_ARGB32, QImage::Format_RGBA64, QImage::Format_Indexed8}) {
         QImage image = halves(QColor(255, 0, 0, 255), QColor(0, 0, 0, 0), QImage::Format_ARGB32);
-        image.convertTo(format);
+        image.convertTo(pixels);
         const QByteArray data = encoded(image, "png");
-        for (const auto type : {Png, Tiff}) {
-            QCOMPARE(converted(data, type).pixelColor(12, 4).alpha(), 0);
+        for (const char *format : {"png", "tiff"}) {
+            QCOMPARE(converted(data, format).pixelColor(12, 4).alpha(), 0);
         }
-        for (const auto type : {Jpeg, Bmp}) {
-            const QImage result = converted(data, type);
+        for (const char *format : {"jpeg", "bmp"}) {
+            const QImage result = converted(data, format);
             QVERIFY(isNear(result.pixelColor(1, 4), Qt::red));
             QVERIFY(isNear(result.pixelColor(14, 4), Qt::white));
         }
@@ -277,22 +267,19 @@ void ImageConverterTest::whatIsNoImageIsSkipped_data()
         detailed.setPixel(i % 200, i / 200, static_cast<uint>(i * 2654435761U));
     }
     QTest::newRow("empty") << QByteArray();
-    QTest::newRow("text") << QByteArray("hello");
     QTest::newRow("noise behind the head of a PNG") << noise;
     QTest::newRow("PNG cut short") << encoded(detailed, "png").left(9000);
     QTest::newRow("HEIC cut short") << QByteArray::fromBase64(heic).left(500);
-    QTest::newRow("head of a HEIC only") << QByteArray::fromBase64(heic).left(28);
     QTest::newRow("SVG") << QByteArray(
         "<svg xmlns='http://www.w3.org/2000/svg' width='9' height='9'/>");
-    QTest::newRow("60000 x 60000") << hugePng(60'000);
-    QTest::newRow("2147483647 x 2147483647") << hugePng(2'147'483'647);
+    QTest::newRow("60000 x 60000") << claiming(60'000, 60'000);
 }
 
 void ImageConverterTest::whatIsNoImageIsSkipped()
 {
     QFETCH(const QByteArray, data);
     writeFile(path("a.png"), data);
-    QCOMPARE(convert(path("a.png"), {Png, {}}, path("b.png")).result, Skipped);
+    QCOMPARE(convert(path("a.png"), {}, path("b.png")).result, Skipped);
     QCOMPARE(entries(m_root), QList<QByteArray>{"a.png"});
 }
 
@@ -300,15 +287,15 @@ void ImageConverterTest::namesAndFailures()
 {
     const QByteArray source = path("\xFF\n.png");
     writeFile(source, encoded(halves(Qt::red, Qt::blue, QImage::Format_RGB32), "png"));
-    QCOMPARE(convert(source, {Png, {}}, source).result, Written);
+    QCOMPARE(convert(source, {}, source).result, Written);
     QCOMPARE(entries(m_root), (QList<QByteArray>{"\xFF\n.png", "\xFF\n.png 1"}));
-    const ImageOutcome outcome = convert(source, {Png, {}}, path("gone/b.png"));
+    const ImageOutcome outcome = convert(source, {}, path("gone/b.png"));
     QCOMPARE(outcome.result, Failed);
     QCOMPARE(outcome.error, QStringLiteral("b.png: No such file or directory"));
 
     mkfifo(path("pipe.png").constData(), 0600);
     for (const char *name : {"pipe.png", "gone.png", ""}) {
-        QCOMPARE(convert(path(name), {Png, {}}, path("c.png")).result, Skipped);
+        QCOMPARE(convert(path(name), {}, path("c.png")).result, Skipped);
     }
 
     if (geteuid() == 0) {
@@ -320,7 +307,7 @@ void ImageConverterTest::namesAndFailures()
         QImage large(600, 300, QImage::Format_RGB32);
         large.fill(Qt::red);
         writeFile(path("large.png"), encoded(large, "png"));
-        const ImageOutcome full = convert(path("large.png"), {Bmp, {}}, path("small/large.bmp"));
+        const ImageOutcome full = convert(path("large.png"), {"bmp", {}}, path("small/large.bmp"));
         const auto left = entries(path("small"));
         umount2(path("small").constData(), MNT_DETACH);
         QCOMPARE(full.result, Failed);

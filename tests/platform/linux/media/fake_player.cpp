@@ -13,9 +13,8 @@
 //   {"covers": ["address", …], "player": "a"}  for the tracks of storms, in turn
 //
 // Strings, lists of strings, booleans, whole numbers (x), fractions (d) and objects (a{sv}) are
-// sent as such. Other types: {"$": "u", "value": 5} for u, i, o, v and NaN; {"$": "repeat",
-// "value": "ab", "count": 9}; {"$": "nest", "count": 9}. Each method that is called is told by a
-// line "a Method".
+// sent as such. Other types: {"$": "o", "value": "/a"}, or "v"; {"$": "repeat", "value": "ab",
+// "count": 9}; {"$": "nest", "count": 9}. Each method that is called is told by a line "a Method".
 
 #include <QCoreApplication>
 #include <QDBusConnection>
@@ -29,9 +28,7 @@
 #include <QSocketNotifier>
 #include <QTimer>
 
-#include <cmath>
 #include <cstdio>
-#include <limits>
 #include <map>
 #include <memory>
 #include <unistd.h>
@@ -62,16 +59,10 @@ QVariant typed(const QString &type, const QJsonObject &object)
 {
     const QJsonValue value = object.value(QLatin1String("value"));
     const int count = object.value(QLatin1String("count")).toInt();
-    if (type == QLatin1String("u"))
-        return value.toVariant().toUInt();
-    if (type == QLatin1String("i"))
-        return value.toInt();
     if (type == QLatin1String("o"))
         return QVariant::fromValue(QDBusObjectPath(value.toString()));
     if (type == QLatin1String("v"))
         return QVariant::fromValue(QDBusVariant(value.toVariant()));
-    if (type == QLatin1String("NaN"))
-        return std::numeric_limits<double>::quiet_NaN();
     return type == QLatin1String("nest") ? nested(count) : value.toString().repeated(count);
 }
 
