@@ -157,8 +157,6 @@ void ArtworkLookupTest::failures()
         QByteArray json, image;
     } cases[] = {
         {"<html>", {}},
-        {"[]", {}},
-        {"{}", {}},
         {R"({"results": {"a": 1}})", {}},
         {R"({"results": []})", {}},
         {R"({"results": [1]})", {}},

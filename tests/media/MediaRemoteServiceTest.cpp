@@ -134,11 +134,11 @@ void MediaRemoteServiceTest::position()
     rig.clock.advance(5s);
     QCOMPARE(at(), 10.0);
 
+    // Views skip what differs in these only.
     NowPlayingInfo a = rig.now();
     NowPlayingInfo b = a;
     b.elapsedAtFetch = 50;
     b.artwork = cover(Qt::red);
-    b.fetchTimestamp = b.fetchTimestamp.addSecs(9);
     QVERIFY(a == b);
     b.duration = 1;
     QVERIFY(!(a == b));

@@ -4,9 +4,10 @@
 #include "platform/linux/UniqueFd.h"
 
 #include <QFile>
+#include <QFutureWatcher>
 #include <QSet>
 #include <QUrl>
-#include <QtConcurrent>
+#include <QtConcurrentRun>
 
 #include <algorithm>
 #include <utility>
@@ -150,11 +151,14 @@ void ArtworkLoader::startDownload(const QString &address)
 
 void ArtworkLoader::decodeAside(std::function<Cover()> decoding)
 {
-    QtConcurrent::run(m_threads.get(), std::move(decoding))
-        .then(this, [this, load = m_load](const Cover &cover) {
-            if (load == m_load)
-                finish(cover);
-        });
+    // QFuture::then would go on inside this call if the decoding was faster.
+    auto *const watcher = new QFutureWatcher<Cover>(this);
+    connect(watcher, &QFutureWatcherBase::finished, this, [this, watcher, load = m_load] {
+        watcher->deleteLater();
+        if (load == m_load)
+            finish(watcher->result());
+    });
+    watcher->setFuture(QtConcurrent::run(m_threads.get(), std::move(decoding)));
 }
 
 void ArtworkLoader::finish(const Cover &result)
