@@ -60,8 +60,6 @@ MediaRemoteService::MediaRemoteService(Clock &clock, MediaRemote &remote, HttpGe
     m_pollTimer = clock.every(pollInterval, [this] { refresh(); });
 }
 
-MediaRemoteService::~MediaRemoteService() = default;
-
 void MediaRemoteService::refresh()
 {
     const auto track = m_remote.track();

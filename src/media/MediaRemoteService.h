@@ -24,7 +24,6 @@ public:
     /// `http` and `store` serve the search for covers; see ArtworkLookup.
     MediaRemoteService(Clock &clock, MediaRemote &remote, HttpGetter &http,
                        const KeyValueStore &store, QObject *parent = nullptr);
-    ~MediaRemoteService() override;
     Q_DISABLE_COPY_MOVE(MediaRemoteService)
 
     [[nodiscard]] const NowPlayingInfo &nowPlaying() const { return m_nowPlaying; }

@@ -2,24 +2,8 @@
 
 #include "platform/LocalPath.h"
 
-#include <QLoggingCategory>
-
 namespace velmora
 {
-
-namespace
-{
-
-Q_LOGGING_CATEGORY(lcVolumes, "com.velmora.app.Volumes", QtInfoMsg)
-
-void logError(const GError *error)
-{
-    if (error != nullptr) {
-        qCDebug(lcVolumes) << "Not ejected:" << error->message;
-    }
-}
-
-} // namespace
 
 void GioVolumes::ejectVolumeOf(const QUrl &file, Done done)
 {
@@ -33,10 +17,8 @@ void GioVolumes::ejectVolumeOf(const QUrl &file, Done done)
     g_file_find_enclosing_mount_async(
         local.get(), G_PRIORITY_DEFAULT, m_calls.cancellable(), &GioCalls::callback,
         m_calls.expect([this, done = std::move(done)](GObject *source, GAsyncResult *result) {
-            g_autoptr(GError) error = nullptr;
             const GObjectPointer<GMount> mount(
-                g_file_find_enclosing_mount_finish(G_FILE(source), result, &error));
-            logError(error);
+                g_file_find_enclosing_mount_finish(G_FILE(source), result, nullptr));
             if (mount) {
                 eject(mount.get(), done);
             } else {
@@ -57,10 +39,7 @@ void GioVolumes::eject(GMount *mount, const Done &done)
     // Without an operation to ask with: a volume that is in use stays.
     begin(mount, G_MOUNT_UNMOUNT_NONE, nullptr, m_calls.cancellable(), &GioCalls::callback,
           m_calls.expect([done, finish](GObject *source, GAsyncResult *result) {
-              g_autoptr(GError) error = nullptr;
-              const bool isDone = finish(G_MOUNT(source), result, &error) != 0;
-              logError(error);
-              done(isDone);
+              done(finish(G_MOUNT(source), result, nullptr) != 0);
           }));
 }
 

@@ -5,7 +5,6 @@
 #include <QLoggingCategory>
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <libheif/heif.h>
 #include <memory>
@@ -130,15 +129,6 @@ QImage toImage(const Heif &heif, const heif_image *decoded, int bits, bool hasAl
 }
 
 } // namespace
-
-bool looksLikeHeif(const QByteArray &start)
-{
-    static constexpr std::array brands{"heic", "heix", "hevc", "hevx", "heim",
-                                       "heis", "mif1", "msf1", "avif"};
-    const QByteArray brand = start.mid(8, 4);
-    return start.mid(4, 4) == "ftyp" &&
-           std::find(brands.begin(), brands.end(), brand) != brands.end();
-}
 
 QImage readHeif(const QByteArray &path, qint64 mostPixels)
 {

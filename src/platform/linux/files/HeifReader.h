@@ -6,9 +6,6 @@
 namespace velmora
 {
 
-/// Whether these first bytes of a file, 12 at least, are of an HEIF image.
-[[nodiscard]] bool looksLikeHeif(const QByteArray &start);
-
 /// Decodes the main image of an HEIF file (HEIC, AVIF), upright, with its colour profile; 16 bits a
 /// channel if the file has more than 8. Null if the file is damaged, has more than `mostPixels`,
 /// or libheif is not installed. Any thread.

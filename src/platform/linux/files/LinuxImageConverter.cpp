@@ -60,7 +60,7 @@ QImage readImage(const QByteArray &path)
         !file.open(fd.release(), QIODevice::ReadOnly, QFileDevice::AutoCloseHandle)) {
         return {};
     }
-    if (looksLikeHeif(file.peek(12))) {
+    if (file.peek(8).endsWith("ftyp")) {
         return readHeif("/proc/self/fd/" + QByteArray::number(file.handle()), mostPixels);
     }
     QImageReader reader(&file);
