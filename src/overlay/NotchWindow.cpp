@@ -1,7 +1,6 @@
 #include "overlay/NotchWindow.h"
 
 #include "overlay/NotchWindowController.h"
-#include "style/MotionWish.h"
 
 #include <QDropEvent>
 
@@ -45,9 +44,8 @@ bool NotchWindow::event(QEvent *event)
         }
         return true;
     default:
-        if (event->type() == motionWishMade || event->type() == motionWishDropped) {
-            m_motionWishes += event->type() == motionWishMade ? 1 : -1;
-            Q_EMIT motionWishesChanged();
+        if (event->type() == WindowWishEvent::kind) {
+            takeWish(static_cast<WindowWishEvent &>(*event));
             return true;
         }
         if (!isForViews(*event)) {
@@ -140,6 +138,16 @@ void NotchWindow::timerEvent(QTimerEvent *event)
     m_moveTimer.stop();
     m_sinceMove.start();
     deliverLastMove();
+}
+
+void NotchWindow::takeWish(const WindowWishEvent &event)
+{
+    if (event.isMade) {
+        m_wishes.insert(event.wish);
+    } else {
+        m_wishes.extract(event.wish);
+    }
+    Q_EMIT wishesChanged(event.wish);
 }
 
 void NotchWindow::dragged(QDropEvent &event)

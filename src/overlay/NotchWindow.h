@@ -1,10 +1,13 @@
 #pragma once
 
+#include "style/WindowWish.h"
+
 #include <QBasicTimer>
 #include <QElapsedTimer>
 #include <QQuickWindow>
 
 #include <memory>
+#include <set>
 
 class QDropEvent;
 
@@ -13,7 +16,7 @@ namespace velmora
 
 class NotchWindowController;
 
-/// The window of one overlay. It never takes the keyboard; its controller is told of hovering,
+/// The window of one overlay. Its controller is told of hovering,
 /// presses and file drags in the whole window, whatever the views in it do.
 class NotchWindow : public QQuickWindow
 {
@@ -27,11 +30,12 @@ public:
     /// large.
     void setMotionWanted(bool wanted) { m_motionWanted = wanted; }
 
-    /// Whether a view in it has a `MotionWish`.
-    [[nodiscard]] bool hasMotionWishes() const { return m_motionWishes > 0; }
+    /// Whether one of the views in it has that wish.
+    [[nodiscard]] bool has(Wish wish) const { return m_wishes.contains(wish); }
 
 Q_SIGNALS:
-    void motionWishesChanged();
+    /// One view more or fewer has it.
+    void wishesChanged(velmora::Wish wish);
 
 protected:
     bool event(QEvent *event) override;
@@ -42,12 +46,13 @@ private:
     [[nodiscard]] bool isDue(const QMouseEvent &move);
     void deliverLastMove();
     bool deliverAfterLastMove(const QMouseEvent &press);
+    void takeWish(const WindowWishEvent &event);
     void dragged(QDropEvent &event);
 
     NotchWindowController &m_controller;
     bool m_dragAccepted = false;
     bool m_motionWanted = true;
-    int m_motionWishes = 0;
+    std::multiset<Wish> m_wishes;
     bool m_isPressUsed = false; ///< the last one: its views do not hear of it
     QElapsedTimer m_sinceMove;  ///< that the views were told last
     QBasicTimer m_moveTimer;

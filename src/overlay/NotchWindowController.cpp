@@ -52,8 +52,8 @@ void NotchWindowController::setupWindow(const OverlayContent &content)
 {
     m_window = std::make_unique<NotchWindow>(*this);
     m_surface = m_environment.shell.adopt(*m_window, *m_screen.lock(), m_geometry.window);
-    connect(m_window.get(), &NotchWindow::motionWishesChanged, this,
-            &NotchWindowController::updateMotion);
+    connect(m_window.get(), &NotchWindow::wishesChanged, this,
+            &NotchWindowController::wishesChanged);
     updateShape();
     updateMotion();
     if (content) {
@@ -175,8 +175,8 @@ void NotchWindowController::collapseWorkFired()
         return;
     }
     m_collapseWork.reset();
-    if (isPointerInside()) {
-        qCDebug(lcWindowController, "collapse guard: mouse still inside \u2014 aborting");
+    if (isPointerInside() || m_window->has(Wish::Stay)) {
+        qCDebug(lcWindowController, "collapse guard: still in use \u2014 aborting");
     } else {
         collapse();
     }
@@ -213,6 +213,7 @@ void NotchWindowController::setExpanded(bool expanded)
         m_isExpanded = expanded;
         Q_EMIT isExpandedChanged();
         updateMotion();
+        updateKeyboard();
     }
 }
 
@@ -266,6 +267,31 @@ void NotchWindowController::closeMenus()
     Q_EMIT pressedElsewhere();
 }
 
+void NotchWindowController::wishesChanged(Wish wish)
+{
+    switch (wish) {
+    case Wish::Motion:
+        updateMotion();
+        break;
+    case Wish::Keyboard:
+        updateKeyboard();
+        break;
+    case Wish::Stay:
+        if (m_window && m_isExpanded) {
+            scheduleCollapse(); // unless there is another reason not to
+        }
+        break;
+    }
+}
+
+/// Views that fade out with the panel have no use for it any more.
+void NotchWindowController::updateKeyboard()
+{
+    if (m_surface) {
+        m_surface->setKeyboardWanted(m_isExpanded && m_window->has(Wish::Keyboard));
+    }
+}
+
 void NotchWindowController::updateMotion()
 {
     if (!m_surface) {
@@ -274,7 +300,7 @@ void NotchWindowController::updateMotion()
     // The menu, and the strip as long as it has not opened, follow the pointer; to most else
     // entering, leaving and pressing is enough, and a pointer that merely moves costs nothing.
     const bool wanted =
-        !m_menuFrame.isEmpty() || m_window->hasMotionWishes() || (m_isPointerOver && !m_isExpanded);
+        !m_menuFrame.isEmpty() || m_window->has(Wish::Motion) || (m_isPointerOver && !m_isExpanded);
     m_surface->setMotionWanted(wanted);
     m_window->setMotionWanted(wanted);
 }

@@ -150,6 +150,8 @@ private:
     void closeMenus();
     void updateShape();
     void updateMotion();
+    void updateKeyboard();
+    void wishesChanged(Wish wish);
     [[nodiscard]] bool isInMenu(const QPointF &position) const;
     [[nodiscard]] bool isInside(const QPointF &position) const;
     [[nodiscard]] bool isPointerInside() const;

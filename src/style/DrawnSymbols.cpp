@@ -153,6 +153,17 @@ QPainterPath calendarBadgeExclamationmark()
     return ((page + rings) - circle({18, 16.5}, 6.2)) + (circle({18, 16.5}, 5.2) - mark);
 }
 
+QPainterPath trash()
+{
+    const QPainterPath lid = segment({4, 6}, {20, 6}, 1.8) + segment({9.5, 3.2}, {14.5, 3.2}, 1.8);
+    QPainterPath bin(QPointF(6.2, 7));
+    bin.lineTo(7, 20.6);
+    bin.lineTo(17, 20.6);
+    bin.lineTo(17.8, 7);
+    return lid + stroked(bin, 1.8) + segment({10.2, 10}, {10.5, 17}, 1.5) +
+           segment({13.8, 10}, {13.5, 17}, 1.5);
+}
+
 QPainterPath earbud(double side)
 {
     const double x = 12 + side * 5.4;
@@ -204,7 +215,8 @@ QPainterPath docOnDocFill()
     return (box({2.6, 1.6, 13, 16.4}, 2) - room) + box({8.2, 6.2, 13, 16.4}, 2);
 }
 
-constexpr std::array<DrawnSymbol, 23> symbols{{
+constexpr std::array<DrawnSymbol, 24> symbols{{
+    {"trash", trash},
     {"archivebox", archiveBox},
     {"doc.on.doc.fill", docOnDocFill},
     {"arrow.counterclockwise", arrowCounterclockwise},

@@ -20,6 +20,7 @@ struct FontSymbol {
 };
 
 constexpr double outlineBox = 24;
+constexpr double fontBaseline = 21; // of that box; the ascent of the font is no whole number
 
 // Characters of the Material Design Icons font.
 constexpr std::array<FontSymbol, 57> fontSymbols{{
@@ -95,7 +96,7 @@ QPainterPath fontPath(char16_t character)
     if (glyphs.isEmpty() || glyphs.front() == 0) {
         return {};
     }
-    return font.pathForGlyph(glyphs.front()).translated(0, font.ascent());
+    return font.pathForGlyph(glyphs.front()).translated(0, fontBaseline);
 }
 
 } // namespace

@@ -1,5 +1,5 @@
 #include "overlay/ControllerDesk.h"
-#include "style/MotionWish.h"
+#include "style/WindowWish.h"
 
 #include <QSignalSpy>
 #include <QTest>
@@ -39,6 +39,7 @@ private Q_SLOTS:
     void openMenu();
     void quietArea();
     void viewsThatFollowThePointer();
+    void viewsThatAreTypedInto();
     void probeWhileAnotherProgramHoldsThePointer();
     void afterItsScreenOrItsEnd();
 };
@@ -191,6 +192,36 @@ void NotchWindowControllerTest::viewsThatFollowThePointer()
     }
     QVERIFY(view->count < 100);
     QTRY_COMPARE(view->last, QPointF(200, 5));
+}
+
+/// They have the keyboard as long as the panel is open, and the panel stays for what they hold.
+void NotchWindowControllerTest::viewsThatAreTypedInto()
+{
+    ControllerDesk desk;
+    desk.enter();
+    std::optional<KeyboardWish> keyboard(std::in_place, desk.window->contentItem());
+    QVERIFY(desk.shell.isKeyboardWanted);
+    desk.leave();
+    desk.clock.advance(300ms);
+    QVERIFY(!desk.isExpanded() && !desk.shell.isKeyboardWanted); // at once, not when it has faded
+    desk.enter();
+    QVERIFY(desk.shell.isKeyboardWanted);
+    std::optional<StayWish> typed(std::in_place, desk.window->contentItem());
+    desk.leave();
+    desk.clock.advance(1h);
+    QVERIFY(desk.isExpanded() && desk.shell.isKeyboardWanted);
+    keyboard.reset();
+    QVERIFY(desk.isExpanded() && !desk.shell.isKeyboardWanted);
+    typed.reset();
+    desk.clock.advance(299ms);
+    QVERIFY(desk.isExpanded());
+    desk.clock.advance(1ms);
+    QVERIFY(!desk.isExpanded());
+    desk.enter();
+    typed.emplace(desk.window->contentItem());
+    typed.reset();
+    desk.clock.advance(1s);
+    QVERIFY(desk.isExpanded()); // the pointer is there
 }
 
 void NotchWindowControllerTest::probeWhileAnotherProgramHoldsThePointer()

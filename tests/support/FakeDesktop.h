@@ -49,6 +49,7 @@ public:
     QRegion shape;
     QRect bounds;
     bool isMotionWanted = true;
+    bool isKeyboardWanted = false;
     int shown = 0;
     int surfaces = 0; ///< alive
 
@@ -70,11 +71,16 @@ private:
         }
         Surface(const Surface &) = delete;
         Surface &operator=(const Surface &) = delete;
-        ~Surface() override { --m_shell.surfaces; }
+        ~Surface() override
+        {
+            --m_shell.surfaces;
+            m_shell.isKeyboardWanted = false;
+        }
 
         void orderFront() override { ++m_shell.shown; }
         void setShape(const OverlayShape &shape) override { m_shell.shape = shape(1, true); }
         void setMotionWanted(bool wanted) override { m_shell.isMotionWanted = wanted; }
+        void setKeyboardWanted(bool wanted) override { m_shell.isKeyboardWanted = wanted; }
 
     private:
         FakeShell &m_shell;

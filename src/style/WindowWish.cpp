@@ -1,22 +1,29 @@
-#include "style/MotionWish.h"
+#include "style/WindowWish.h"
 
 #include <QCoreApplication>
 
 namespace velmora
 {
 
-MotionWish::MotionWish(QQuickItem *parent)
+WindowWish::WindowWish(Wish wish, QQuickItem *parent)
     : QQuickItem(parent)
+    , m_wish(wish)
 {
     tell(isVisible() ? window() : nullptr); // the base came into the window by itself
 }
 
-MotionWish::~MotionWish()
+WindowWish::~WindowWish()
 {
     tell(nullptr);
 }
 
-void MotionWish::itemChange(ItemChange change, const ItemChangeData &data)
+void WindowWish::renew()
+{
+    tell(nullptr);
+    tell(isVisible() ? window() : nullptr);
+}
+
+void WindowWish::itemChange(ItemChange change, const ItemChangeData &data)
 {
     QQuickItem::itemChange(change, data);
     if (change == ItemSceneChange || change == ItemVisibleHasChanged) {
@@ -24,20 +31,20 @@ void MotionWish::itemChange(ItemChange change, const ItemChangeData &data)
     }
 }
 
-void MotionWish::tell(QQuickWindow *window)
+void WindowWish::tell(QQuickWindow *window)
 {
     if (window == m_window) {
         return;
     }
-    const auto send = [this](QEvent::Type type) {
+    const auto send = [this](bool isMade) {
         if (m_window) {
-            QEvent event(type);
+            WindowWishEvent event(m_wish, isMade);
             QCoreApplication::sendEvent(m_window, &event);
         }
     };
-    send(motionWishDropped);
+    send(false);
     m_window = window;
-    send(motionWishMade);
+    send(true);
 }
 
 } // namespace velmora
