@@ -4,6 +4,7 @@
 #include "platform/linux/system/ProcStatistics.h"
 #include "platform/linux/system/PulseSoundOutput.h"
 #include "platform/linux/windowing/Windowing.h"
+#include "support/FakeCalendar.h"
 #include "support/FakeHttpGetter.h"
 #include "support/FakeMediaRemote.h"
 #include "support/FakeNotifications.h"
@@ -39,6 +40,8 @@ Platform makePlatform(FakeDropRoles &drops)
     platform.sound = std::make_unique<PulseSoundOutput>(*platform.clock);
     platform.http = std::make_unique<FakeHttpGetter>();
     platform.media = std::make_unique<FakeMediaRemote>();
+    platform.calendar = std::make_unique<FakeCalendarStore>();
+    platform.reminders = std::make_unique<FakeReminderStore>();
     platform.notifications = std::make_unique<FakeNotifications>();
     drops.install(platform);
     return platform;

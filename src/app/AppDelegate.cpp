@@ -163,14 +163,16 @@ void AppDelegate::registerLoginItem()
 void AppDelegate::requestPermissions()
 {
     KeyValueStore &store = *m_platform.store;
+    NotchServices &services = m_notchManager->services();
     if (store.boolean(hasRequestedPermissionsKey).value_or(false)) {
+        services.calendarService()->checkAccess();
+        services.todoService()->checkAccess();
         return;
     }
     store.setBoolean(hasRequestedPermissionsKey, true);
-    m_permissionPrompt = m_platform.clock->after(permissionDelay, [this] {
-        for (const auto &request : m_actions.permissionRequests) {
-            request();
-        }
+    m_permissionPrompt = m_platform.clock->after(permissionDelay, [&services] {
+        services.calendarService()->requestAccess();
+        services.todoService()->requestAccess();
     });
 }
 

@@ -16,8 +16,6 @@ namespace velmora
 struct AppActions {
     /// Asks whether to start at login; calls back only if the user agrees.
     std::function<void(const std::function<void()> &accepted)> askForLoginItem;
-    /// Questions for access to the user's data, put once on a first launch.
-    std::vector<std::function<void()>> permissionRequests;
     std::function<void()> terminate;
 };
 

@@ -3,9 +3,11 @@
 #include "drop/DropActionsService.h"
 #include "media/MediaRemoteService.h"
 #include "platform/Platform.h"
+#include "services/CalendarService.h"
 #include "services/PomodoroService.h"
 #include "services/ScreenCount.h"
 #include "services/SystemMonitorService.h"
+#include "services/TodoService.h"
 
 #include <QObject>
 #include <QtQml/qqml.h>
@@ -31,6 +33,8 @@ class NotchServices : public QObject
     Q_PROPERTY(velmora::Clock *clock READ clock CONSTANT FINAL)
     Q_PROPERTY(velmora::SystemMonitorService *systemMonitor READ systemMonitor CONSTANT FINAL)
     Q_PROPERTY(velmora::MediaRemoteService *mediaService READ mediaService CONSTANT FINAL)
+    Q_PROPERTY(velmora::CalendarService *calendarService READ calendarService CONSTANT FINAL)
+    Q_PROPERTY(velmora::TodoService *todoService READ todoService CONSTANT FINAL)
     Q_PROPERTY(velmora::PomodoroService *pomodoroService READ pomodoroService CONSTANT FINAL)
     Q_PROPERTY(velmora::DropActionsService *dropService READ dropService CONSTANT FINAL)
 
@@ -40,6 +44,8 @@ public:
         , m_screenCount(*platform.clock, *platform.screens)
         , m_mediaService(*platform.clock, *platform.media, *platform.http, *platform.store)
         , m_systemMonitor(*platform.clock, *platform.statistics, *platform.sound)
+        , m_calendarService(*platform.clock, *platform.calendar)
+        , m_todoService(*platform.clock, *platform.store, *platform.reminders)
         , m_pomodoroService(*platform.clock, *platform.store, *platform.notifications)
         , m_dropService(*platform.store,
                         {*platform.files, *platform.images, *platform.processes,
@@ -51,6 +57,8 @@ public:
     [[nodiscard]] ScreenCount *screenCount() { return &m_screenCount; }
     [[nodiscard]] SystemMonitorService *systemMonitor() { return &m_systemMonitor; }
     [[nodiscard]] MediaRemoteService *mediaService() { return &m_mediaService; }
+    [[nodiscard]] CalendarService *calendarService() { return &m_calendarService; }
+    [[nodiscard]] TodoService *todoService() { return &m_todoService; }
     [[nodiscard]] PomodoroService *pomodoroService() { return &m_pomodoroService; }
     [[nodiscard]] DropActionsService *dropService() { return &m_dropService; }
 
@@ -59,6 +67,8 @@ private:
     ScreenCount m_screenCount;
     MediaRemoteService m_mediaService;
     SystemMonitorService m_systemMonitor;
+    CalendarService m_calendarService;
+    TodoService m_todoService;
     PomodoroService m_pomodoroService;
     DropActionsService m_dropService;
 };

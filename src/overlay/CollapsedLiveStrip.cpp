@@ -28,6 +28,8 @@ void CollapsedLiveStrip::componentComplete()
                               &PomodoroService::secondsRemainingChanged}) {
         connect(m_services->pomodoroService(), signal, this, &CollapsedLiveStrip::updateSlides);
     }
+    connect(m_services->calendarService(), &CalendarService::eventsChanged, this,
+            &CollapsedLiveStrip::updateSlides);
     connect(m_services->dropService(), &DropActionsService::lastStatusChanged, this, [this] {
         if (const QString status = m_services->dropService()->lastStatus(); !status.isEmpty()) {
             showNotice(status);
@@ -48,13 +50,14 @@ void CollapsedLiveStrip::rotate()
 {
     if (m_slideCount >= 2) {
         m_rotationIndex = (m_rotationIndex + 1) % m_slideCount;
-        updateSlides();
     }
+    updateSlides(); // an event's text changes with time
 }
 
 void CollapsedLiveStrip::updateSlides()
 {
-    const auto slides = liveSlides(*m_services->mediaService(), *m_services->pomodoroService());
+    const auto slides = liveSlides(*m_services->mediaService(), *m_services->pomodoroService(),
+                                   *m_services->calendarService(), m_services->clock()->now());
     const int before = std::exchange(m_slideCount, static_cast<int>(slides.size()));
     if (m_rotationIndex >= m_slideCount) {
         m_rotationIndex = 0;

@@ -1,6 +1,7 @@
 #include "overlay/LiveSlide.h"
 
 #include "media/MediaRemoteService.h"
+#include "services/CalendarService.h"
 
 namespace velmora
 {
@@ -43,9 +44,22 @@ LiveSlideLook lookOf(const PomodoroSlide &slide)
     return look;
 }
 
+LiveSlideLook lookOf(const CalendarSlide &slide)
+{
+    LiveSlideLook look;
+    look.symbol = QStringLiteral("calendar");
+    look.symbolColor = QColor::fromRgbF(0.4F, 0.7F, 1.0F, 0.8F);
+    look.isStacked = true;
+    look.first = oneLine(slide.title);
+    look.second = slide.info;
+    look.secondColor = Style::label;
+    return look;
+}
+
 } // namespace
 
-std::vector<LiveSlide> liveSlides(const MediaRemoteService &media, const PomodoroService &pomodoro)
+std::vector<LiveSlide> liveSlides(const MediaRemoteService &media, const PomodoroService &pomodoro,
+                                  const CalendarService &calendar, const QDateTime &now)
 {
     std::vector<LiveSlide> slides;
     const NowPlayingInfo &playing = media.nowPlaying();
@@ -55,6 +69,10 @@ std::vector<LiveSlide> liveSlides(const MediaRemoteService &media, const Pomodor
     if (pomodoro.isRunning()) {
         slides.emplace_back(PomodoroSlide{pomodoro.timeString(), pomodoro.phase(),
                                           pomodoro.phaseLabel(), pomodoro.phaseColor()});
+    }
+    const auto &current = calendar.currentEvent();
+    if (const auto &event = current ? current : calendar.nextEvent()) {
+        slides.emplace_back(CalendarSlide{event->title, event->relativeString(now)});
     }
     return slides;
 }

@@ -4,6 +4,7 @@
 #include "style/Style.h"
 
 #include <QColor>
+#include <QDateTime>
 #include <QObject>
 #include <QString>
 #include <QtQml/qqmlregistration.h>
@@ -14,6 +15,7 @@
 namespace velmora
 {
 
+class CalendarService;
 class MediaRemoteService;
 
 struct MediaSlide {
@@ -33,12 +35,21 @@ struct PomodoroSlide {
     friend bool operator==(const PomodoroSlide &, const PomodoroSlide &) = default;
 };
 
+struct CalendarSlide {
+    QString title;
+    QString info;
+
+    friend bool operator==(const CalendarSlide &, const CalendarSlide &) = default;
+};
+
 /// One thing that the collapsed notch has to say.
-using LiveSlide = std::variant<MediaSlide, PomodoroSlide>;
+using LiveSlide = std::variant<MediaSlide, PomodoroSlide, CalendarSlide>;
 
 /// All of them, in the order in which they take turns.
 [[nodiscard]] std::vector<LiveSlide> liveSlides(const MediaRemoteService &media,
-                                                const PomodoroService &pomodoro);
+                                                const PomodoroService &pomodoro,
+                                                const CalendarService &calendar,
+                                                const QDateTime &now);
 
 /// How a slide is drawn: a symbol, and one or two texts, one above the other or side by side. Sizes
 /// are points.

@@ -24,13 +24,6 @@ constexpr double retentionDays = 7.0;
 const QString trashKey = QStringLiteral("todo_trash_v1");
 const QString localKey = QStringLiteral("todo_local_v1");
 
-bool isBlank(const QString &title)
-{
-    return std::all_of(title.begin(), title.end(), [](QChar character) {
-        return character == u'\t' || character.category() == QChar::Separator_Space;
-    });
-}
-
 TodoItem mirrorOf(const Reminder &reminder)
 {
     return {.id = QUuid::createUuid(),
@@ -48,6 +41,13 @@ bool areSameButForIds(const TodoItem &one, const TodoItem &other)
 }
 
 } // namespace
+
+bool isBlank(const QString &title)
+{
+    return std::all_of(title.begin(), title.end(), [](QChar character) {
+        return character == u'\t' || character.category() == QChar::Separator_Space;
+    });
+}
 
 TodoService::TodoService(Clock &clock, KeyValueStore &store, ReminderStore &reminders,
                          QObject *parent)

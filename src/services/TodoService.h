@@ -16,6 +16,9 @@ namespace velmora
 
 class KeyValueStore;
 
+/// Whether a title has nothing but blanks and tabs.
+[[nodiscard]] bool isBlank(const QString &title);
+
 /// One list of tasks: local ones first, then mirrors of the open reminders by their due date; and a
 /// trash that keeps deleted ones for seven days. Both lists are stored. What is done to a mirror is
 /// done to its reminder, whose store answers later: the list never waits for it. Main thread only.

@@ -29,11 +29,13 @@ const std::vector<Widget> &widgets()
 {
     using enum NotchWidgetType;
     static const std::vector<Widget> all{
+        {calendar, "CalendarWidgetView", {{"clock", "clock"}, {"service", "calendarService"}}},
         {clock, "ClockWidgetView", {{"clock", "clock"}}},
         {dropActions, "DropActionsWidgetView", {{"service", "dropService"}}},
         {media, "NowPlayingMediaView", {{"clock", "clock"}, {"service", "mediaService"}}},
         {pomodoro, "PomodoroWidgetView", {{"service", "pomodoroService"}}},
         {systemMonitor, "SystemMonitorWidgetView", {{"monitor", "systemMonitor"}}},
+        {todo, "TodoWidgetView", {{"service", "todoService"}}},
     };
     return all;
 }

@@ -54,6 +54,7 @@ class CollapsedLiveStripTest : public QObject
 
 private Q_SLOTS:
     void slides();
+    void events();
     void takesTurns();
     void notices();
     void screens();
@@ -89,6 +90,32 @@ void CollapsedLiveStripTest::slides()
     timer.start();
     QCOMPARE(strip->look().second, u"x"_s);
     QCOMPARE(strip->look().symbol, u"timer"_s);
+}
+
+void CollapsedLiveStripTest::events()
+{
+    Desk desk;
+    const auto strip = desk.strip();
+    FakeCalendarStore &store = desk.platform.calendar;
+    const QDateTime now = desk.clock.now();
+    store.events = std::vector<CalendarEvent>{
+        {u"a"_s, u"Now"_s, now.addSecs(-60), now.addSecs(70), false, {}},
+        {u"b"_s, u"A\nnext"_s, now.addSecs(65), now.addSecs(4000), false, {}}};
+    desk.services.calendarService()->requestAccess();
+    store.answers.give();
+    const auto shown = [&strip] { return strip->look().first + u", "_s + strip->look().second; };
+    QCOMPARE(strip->slideCount(), 1);
+    QCOMPARE(strip->look().symbol, u"calendar"_s);
+    QCOMPARE(shown(), u"Now, Ends 1m"_s);
+    desk.clock.advance(15s); // between two readings
+    QCOMPARE(shown(), u"Now, Ends now"_s);
+    desk.clock.advance(55s);
+    QCOMPARE(shown(), u"A next, Ends 1h 5m"_s);
+    store.events->clear();
+    Q_EMIT store.changed();
+    desk.clock.advance(100ms);
+    store.answers.give();
+    QCOMPARE(strip->slideCount(), 0);
 }
 
 void CollapsedLiveStripTest::takesTurns()

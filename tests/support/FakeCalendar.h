@@ -80,12 +80,21 @@ public:
     bool isGranted = true;
     bool isWorking = true;
     std::vector<Reminder> open;
-    QStringList calls; ///< but for the questions
+    QStringList questions; ///< for access
+    QStringList calls;     ///< that change something
     int fetches = 0;
     PendingAnswers answers;
 
-    void requestAccess(QObject *, AccessAnswer done) override { answers.put(done, isGranted); }
-    void checkAccess(QObject *, AccessAnswer done) override { answers.put(done, isGranted); }
+    void requestAccess(QObject *, AccessAnswer done) override
+    {
+        questions << QStringLiteral("request");
+        answers.put(done, isGranted);
+    }
+    void checkAccess(QObject *, AccessAnswer done) override
+    {
+        questions << QStringLiteral("check");
+        answers.put(done, isGranted);
+    }
     void fetchOpen(QObject *, RemindersAnswer done) override
     {
         ++fetches;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Platform.h"
+#include "support/FakeCalendar.h"
 #include "support/FakeDropRoles.h"
 #include "support/FakeHttpGetter.h"
 #include "support/FakeMediaRemote.h"
@@ -24,6 +25,8 @@ struct FakePlatform {
     FakeSound &sound = put(roles.sound, std::make_unique<FakeSound>());
     FakeHttpGetter &http = put(roles.http, std::make_unique<FakeHttpGetter>());
     FakeMediaRemote &media = put(roles.media, std::make_unique<FakeMediaRemote>());
+    FakeCalendarStore &calendar = put(roles.calendar, std::make_unique<FakeCalendarStore>());
+    FakeReminderStore &reminders = put(roles.reminders, std::make_unique<FakeReminderStore>());
     FakeNotifications &notifications =
         put(roles.notifications, std::make_unique<FakeNotifications>());
 
