@@ -1,20 +1,13 @@
 #pragma once
 
+#include "platform/linux/GObjectPointer.h"
+
 #include <QByteArray>
 
 #include <gio/gio.h>
-#include <memory>
 
 namespace velmora
 {
-
-struct GObjectRelease {
-    void operator()(gpointer object) const { g_object_unref(object); }
-};
-
-/// Holds one reference to an object of GIO.
-template<typename T>
-using GObjectPointer = std::unique_ptr<T, GObjectRelease>;
 
 /// GIO's file system of local files alone. With a reference of our own: that of GLib is given back
 /// by gvfs, which does not own it, where gvfs is installed but its daemon cannot be reached. So
