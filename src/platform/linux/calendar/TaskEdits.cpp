@@ -17,7 +17,7 @@ struct PropertyFree {
 };
 using Property = std::unique_ptr<icalproperty, PropertyFree>;
 
-icaltimetype utc(time_t moment)
+icaltimetype utcTime(time_t moment)
 {
     return icaltime_from_timet_with_zone(moment, 0, icaltimezone_get_utc_timezone());
 }
@@ -165,9 +165,9 @@ QByteArray newTask(const QByteArray &uid, const QString &title, time_t now)
 {
     return "BEGIN:VCALENDAR\r\nVERSION:2.0\r\nPRODID:-//Velmora//Velmora//EN\r\nBEGIN:VTODO\r\n"
            "UID:" +
-           uid + "\r\n" + written(Property(icalproperty_new_dtstamp(utc(now)))) +
-           written(Property(icalproperty_new_created(utc(now)))) +
-           written(Property(icalproperty_new_lastmodified(utc(now)))) +
+           uid + "\r\n" + written(Property(icalproperty_new_dtstamp(utcTime(now)))) +
+           written(Property(icalproperty_new_created(utcTime(now)))) +
+           written(Property(icalproperty_new_lastmodified(utcTime(now)))) +
            written(Property(icalproperty_new_summary(title.toUtf8().constData()))) +
            "STATUS:NEEDS-ACTION\r\nEND:VTODO\r\nEND:VCALENDAR\r\n";
 }
@@ -193,11 +193,11 @@ std::optional<QByteArray> withCompleted(const QByteArray &text, const QByteArray
         moveOn(changed, part->component.get(), *task);
     } else {
         changed.replace(Property(icalproperty_new_status(ICAL_STATUS_COMPLETED)));
-        changed.replace(Property(icalproperty_new_completed(utc(now))));
+        changed.replace(Property(icalproperty_new_completed(utcTime(now))));
         changed.replace(Property(icalproperty_new_percentcomplete(100)));
     }
-    changed.replace(Property(icalproperty_new_lastmodified(utc(now))));
-    changed.replace(Property(icalproperty_new_dtstamp(utc(now))));
+    changed.replace(Property(icalproperty_new_lastmodified(utcTime(now))));
+    changed.replace(Property(icalproperty_new_dtstamp(utcTime(now))));
     const QByteArray all = text.left(part->begin) + changed.text() + text.mid(part->end);
     return text.contains("\r\n") ? all : QByteArray(all).replace("\r\n", "\n");
 }
