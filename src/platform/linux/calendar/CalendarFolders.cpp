@@ -164,7 +164,7 @@ void CalendarFolders::readAll()
         read(root);
         for (const std::string &name : namesIn(root)) {
             if (!name.ends_with(".ics")) {
-                read(root + '/' + name);
+                read(fs::path(root) / name);
             }
         }
     }
@@ -239,7 +239,7 @@ std::string CalendarFolders::listForNew()
             return calendar.path;
         }
     }
-    const std::string list = m_roots.front() + "/tasks";
+    std::string list = m_roots.front() + "/tasks";
     std::error_code error;
     if (fs::create_directories(list, error)) {
         static_cast<void>(writeFile(list + "/displayname", "Tasks"));

@@ -147,7 +147,7 @@ EvolutionSource::Clients *EvolutionSource::clients(ECalClientSourceType type)
 
 EvolutionSource::Client EvolutionSource::connectTo(ESource *source, ECalClientSourceType type)
 {
-    constexpr guint32 noWait = static_cast<guint32>(-1);
+    constexpr auto noWait = static_cast<guint32>(-1);
     Client made{{nullptr, {this}}, {nullptr, {this}}, {}};
     made.client.reset(reinterpret_cast<ECalClient *>(
         e_cal_client_connect_sync(source, type, noWait, m_cancellable.get(), nullptr)));

@@ -59,7 +59,7 @@ void SourceGroup::collect(
 {
     constexpr auto patience = std::chrono::milliseconds(300);
     struct Round {
-        std::size_t missing;
+        std::size_t missing = 0;
         bool isDone = false;
     };
     const auto round = std::make_shared<Round>(Round{m_members.size()});

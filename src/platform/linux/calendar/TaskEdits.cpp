@@ -4,6 +4,7 @@
 #include "platform/linux/calendar/ContentLines.h"
 
 #include <algorithm>
+#include <ranges>
 #include <utility>
 
 namespace velmora
@@ -207,9 +208,9 @@ std::optional<QByteArray> withoutTask(const QByteArray &text, const QByteArray &
     bool isOtherLeft = false;
     const std::vector<Part> parts = tasksIn(text, &isOtherLeft);
     QByteArray left = text;
-    for (auto part = parts.rbegin(); part != parts.rend(); ++part) {
-        if (is(*part, uid)) {
-            left.remove(part->begin, part->end - part->begin);
+    for (const Part &part : std::views::reverse(parts)) {
+        if (is(part, uid)) {
+            left.remove(part.begin, part.end - part.begin);
         } else {
             isOtherLeft = true;
         }
