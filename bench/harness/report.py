@@ -142,7 +142,7 @@ class Table:
             lines += ["| " + " | ".join(head) + " |", "|" + "---|" * len(head)]
             lines += ["| " + " | ".join(row) + " |" for row in rows]
         for part in (self.memory_lines, self.hover_lines, self.storm_lines, self.soak_lines, self.copy_lines,
-                     self.player_lines, self.drag_lines, self.thread_lines, self.provenance):
+                     self.calendar_lines, self.player_lines, self.drag_lines, self.thread_lines, self.provenance):
             lines += part()
         return "\n".join(lines)
 
@@ -216,6 +216,27 @@ class Table:
         held_up = [value for work in WORKS
                    for value in self.results.values("copy", f"{work}_held_up_ms", ("velmora", "disk"))]
         lines.append(f"- longest time in which the main loop did not turn meanwhile, ms: {spread(held_up, 1)}")
+        return lines
+
+    def calendar_lines(self):
+        if not self.results.runs("calendar", ("velmora", "disk")):
+            return []
+        lines = ["", "Calendars in folders, 20,000 items in 20 of them, 4,000 recurring:"]
+        for key, label, goal in (("many_first_answer_ms", "first answer after the start, ms", 1500),
+                                 ("many_longest_stop_ms", "longest stop of the main loop meanwhile, ms", 16),
+                                 ("many_unchanged_refresh_cpu_ms", "CPU of a refresh, nothing changed, ms", 5),
+                                 ("many_changed_refresh_cpu_ms", "the same, one file changed, ms", 15),
+                                 ("many_change_to_signal_ms", "change of a file to its notice, ms", 200),
+                                 ("many_add_to_file_ms", "a new reminder to its file, ms", 50)):
+            values = self.results.values("calendar", key, ("velmora", "disk"))
+            lines.append(f"- {label}: {spread(values, 1)} (goal: {goal}){verdict([(statistics.median(values), goal)])}")
+        for size, label, goal in (("many", "20,000", 12), ("some", "50", 1)):
+            values = [(run[f"{size}_memory_written_kb"] - run["none_memory_written_kb"]) * 1024 / 1e6
+                      for run in self.results.runs("calendar", ("velmora", "disk"))]
+            lines.append(f"- memory written for {label} items, over none, MB: {spread(values, 1)} (goal: {goal})"
+                         + verdict([(statistics.median(values), goal)]))
+        for run in self.results.runs("calendar", ("khal", "disk")):
+            lines.append(f"- khal list, for the same day: {run['first_ms']:.0f} ms, then {run['again_ms']:.0f} ms")
         return lines
 
     def player_lines(self):
