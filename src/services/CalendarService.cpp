@@ -16,7 +16,7 @@ namespace
 using namespace std::chrono_literals;
 
 constexpr std::chrono::milliseconds refreshInterval = 60s;
-constexpr qint64 windowSeconds = 24 * 60 * 60;
+constexpr qint64 windowSeconds = 86'400;
 
 CalendarEventInfo infoOf(const CalendarEvent &event)
 {

@@ -33,13 +33,11 @@ void CalendarModel::update()
     const auto &current = m_service->currentEvent();
     const auto &event = current ? current : m_service->nextEvent();
     m_isLive = current.has_value();
-    if (!m_service->isAuthorized()) {
-        m_content = Content::Unauthorized;
-    } else if (event) {
-        m_content = Content::Event;
+    m_content = !m_service->isAuthorized() ? Content::Unauthorized
+                : event                    ? Content::Event
+                                           : Content::Nothing;
+    if (event) {
         show(*event);
-    } else {
-        m_content = Content::Nothing;
     }
     Q_EMIT changed();
 }

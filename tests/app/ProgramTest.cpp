@@ -2,7 +2,9 @@
 #include "support/BusDaemon.h"
 
 #include <QDBusConnectionInterface>
+#include <QDir>
 #include <QProcess>
+#include <QStandardPaths>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -85,6 +87,7 @@ private Q_SLOTS:
     void outlivesTheReaderOfItsOutput();
     void runsWithoutABus();
     void usesABusThatAnswersLater();
+    void mirrorsTasksOfAFolder();
 };
 
 void ProgramTest::tellsThatThereIsNoDisplay()
@@ -145,6 +148,36 @@ void ProgramTest::usesABusThatAnswersLater()
         QVERIFY(another.ends(0));
     }
     QVERIFY(program.says("openPreferences"));
+    QVERIFY(program.endsBySignal());
+}
+
+/// At a later start without a question, down to what is stored.
+void ProgramTest::mirrorsTasksOfAFolder()
+{
+    const auto folder = [](QStandardPaths::StandardLocation location, const char *path) {
+        QDir folder(QStandardPaths::writableLocation(location));
+        return folder.mkpath(QLatin1String(path)) && folder.cd(QLatin1String(path)) ? folder
+                                                                                    : QDir();
+    };
+    const auto write = [](const QString &path, const QByteArray &text) {
+        QFile file(path);
+        return file.open(QFile::WriteOnly) && file.write(text) == text.size();
+    };
+    const QDir calendar = folder(QStandardPaths::GenericDataLocation, "velmora/calendars/home");
+    const QString settings = folder(QStandardPaths::GenericConfigLocation, "velmora")
+                                 .filePath(QStringLiteral("velmora.conf"));
+    QVERIFY(write(calendar.filePath(QStringLiteral("task.ics")),
+                  "BEGIN:VCALENDAR\r\nVERSION:2.0\r\nPRODID:test\r\nBEGIN:VTODO\r\nUID:task\r\n"
+                  "DTSTAMP:20240101T000000Z\r\nSUMMARY:Water the plants\r\nEND:VTODO\r\n"
+                  "END:VCALENDAR\r\n"));
+    QVERIFY(write(settings, "[General]\nhasRequestedPermissions=true\n"));
+    const BusDaemon nowhere;
+    Program program(onBus(nowhere));
+    const auto isStored = [&settings] {
+        QFile file(settings);
+        return file.open(QFile::ReadOnly) && file.readAll().contains("Water the plants");
+    };
+    QVERIFY(QTest::qWaitFor(isStored, patience));
     QVERIFY(program.endsBySignal());
 }
 
