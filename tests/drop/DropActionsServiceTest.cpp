@@ -34,11 +34,6 @@ QList<QUrl> files(std::initializer_list<const char *> paths)
     return urls;
 }
 
-ImageOutcome image(ImageOutcome::Result result, const char *error = "")
-{
-    return {result, text(error)};
-}
-
 } // namespace
 
 class DropActionsServiceTest : public QObject
@@ -51,7 +46,6 @@ private Q_SLOTS:
 
     void firstLaunch();
     void loading();
-    void badConfigurationIsIgnoredWhole();
     void everySetterWrites();
 
     void outcomes_data();
@@ -104,7 +98,13 @@ QStringList DropActionsServiceTest::perform(DropActionID action, const QList<QUr
 
 void DropActionsServiceTest::firstLaunch()
 {
+    // A record with one mistake counts as none; it stays until the next change.
+    const QByteArray unknown = R"({"enabledActions":["shelf","print"],"shelfFolderPath":"/s",)"
+                               R"("copyFolderPath":"/c","moveFolderPath":"/m",)"
+                               R"("imageConvertFormat":"bmp"})";
+    m_store.values[key()] = unknown;
     launch();
+    QCOMPARE(m_store.data(key()), std::optional(unknown));
     const QByteArray desktop = QFile::encodeName(m_home.filePath(text("Desktop")));
     QVERIFY(m_service->enabledActions() == (std::vector{airDrop, zip, unzip}));
     QCOMPARE(m_service->imageConvertFormat(), text("png"));
@@ -135,16 +135,6 @@ void DropActionsServiceTest::loading()
             R"({"enabledActions":["eject","shelf"],"shelfFolderPath":"/s ö","copyFolderPath":"/c",)"
             R"("moveFolderPath":"/no/such","imageConvertFormat":"WebP"})")));
     QCOMPARE(m_fake->calls, QStringList(text("mkdir /s ö")));
-}
-
-void DropActionsServiceTest::badConfigurationIsIgnoredWhole()
-{
-    const QByteArray stored = R"({"enabledActions":["shelf","print"],"shelfFolderPath":"/s",)"
-                              R"("copyFolderPath":"/c","moveFolderPath":"/m",)"
-                              R"("imageConvertFormat":"bmp"})";
-    m_store.values[key()] = stored;
-    firstLaunch();
-    QCOMPARE(m_store.data(key()), std::optional(stored)); // until the next change
 }
 
 void DropActionsServiceTest::everySetterWrites()
@@ -245,11 +235,10 @@ void DropActionsServiceTest::zipNamesItsArchive()
     QCOMPARE(archive({"/d/a.txt", "/e/b"}).mid(1),
              QStringList({text("place /d/HIDDEN as /d/Archive.zip"),
                           text("Zipped to Archive 1.zip"), done}));
-    m_fake->processes = {{{}, 12}};
-    QCOMPARE(archive({"/d/a"}).mid(1),
-             QStringList({text("discard /d/HIDDEN"), text("Zip failed: Process exited 12")}));
     m_fake->processes = {{text("/usr/bin/zip: No such file or directory"), 0}};
-    QCOMPARE(archive({"/d/a"}).last(), text("Zip failed: /usr/bin/zip: No such file or directory"));
+    QCOMPARE(archive({"/d/a"}).mid(1),
+             QStringList({text("discard /d/HIDDEN"),
+                          text("Zip failed: /usr/bin/zip: No such file or directory")}));
     m_fake->failures = {text("a.zip: Permission denied")};
     QCOMPARE(archive({"/d/a"}).mid(2), QStringList({text("discard /d/HIDDEN"),
                                                     text("Zip failed: a.zip: Permission denied")}));
@@ -267,10 +256,6 @@ void DropActionsServiceTest::unzipSkipsTheRest()
     QCOMPARE(perform(unzip, files({"/d/a.zip", "/d/b.zip"})),
              QStringList(text("Unzip failed: Process exited 9")));
     QCOMPARE(m_fake->calls.size(), 2); // the second is not tried
-    m_fake->failures = {text("a: File exists")};
-    QCOMPARE(perform(unzip, files({"/d/a.zip"})),
-             QStringList(text("Unzip failed: a: File exists")));
-    QCOMPARE(m_fake->calls.size(), 1);
 }
 
 void DropActionsServiceTest::convertingSkipsTheRest()
@@ -278,7 +263,7 @@ void DropActionsServiceTest::convertingSkipsTheRest()
     using enum ImageOutcome::Result;
     launch();
     m_service->setImageConvertFormat(text("Jpeg"));
-    m_fake->imageOutcomes = {image(Written), image(Skipped)};
+    m_fake->imageOutcomes = {{Written, {}}, {Skipped, {}}};
     QCOMPARE(perform(imageConvert, files({"/d/a.png", "/d/a.pdf", "/d/B.HEIC", "/d/png"})),
              QStringList({text("Converted 1 image(s) to .Jpeg"), text("Convert — done")}));
     QCOMPARE(m_fake->calls, QStringList({text("convert /d/a.png to /d/a.jpg as jpeg 0.9"),
@@ -287,7 +272,7 @@ void DropActionsServiceTest::convertingSkipsTheRest()
     QCOMPARE(perform(imageConvert, files({"/d/a.tif"})).first(),
              text("Converted 1 image(s) to .webp"));
     QCOMPARE(m_fake->calls, QStringList(text("convert /d/a.tif to /d/a.png as png -1")));
-    m_fake->imageOutcomes = {image(Written), image(Failed, "b.png: Permission denied")};
+    m_fake->imageOutcomes = {{Written, {}}, {Failed, text("b.png: Permission denied")}};
     QCOMPARE(perform(imageConvert, files({"/d/a.gif", "/d/b.gif", "/d/c.gif"})),
              QStringList(text("Convert failed: b.png: Permission denied")));
     QCOMPARE(m_fake->calls.size(), 2);

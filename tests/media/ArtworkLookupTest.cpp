@@ -1,10 +1,10 @@
 #include "media/ArtworkLookup.h"
 
+#include "support/EncodedImages.h"
 #include "support/FakeHttpGetter.h"
 #include "support/MemoryStore.h"
 #include "support/VirtualClock.h"
 
-#include <QBuffer>
 #include <QHash>
 #include <QTest>
 
@@ -13,22 +13,6 @@ using namespace std::chrono_literals;
 
 namespace
 {
-
-QByteArray picture(const QSize &size, const char *format = "PNG")
-{
-    QImage image(size, QImage::Format_RGB32);
-    image.fill(Qt::red);
-    QBuffer buffer;
-    buffer.open(QIODevice::WriteOnly);
-    image.save(&buffer, format);
-    return buffer.data();
-}
-
-const QByteArray &goodCover()
-{
-    static const QByteArray bytes = picture({600, 600}, "JPEG");
-    return bytes;
-}
 
 const auto goodResult =
     QByteArray(R"({"results": [{"artworkUrl100": "https://host/100x100bb.jpg"}]})");
@@ -39,7 +23,8 @@ struct Rig {
     MemoryStore store;
     ArtworkLookup lookup{clock, http, store};
     QByteArray result = goodResult;
-    QHash<QString, QByteArray> images{{u"https://host/600x600bb.jpg"_qs, goodCover()}};
+    QHash<QString, QByteArray> images{
+        {u"https://host/600x600bb.jpg"_qs, encoded(QSize(600, 600), "jpg")}};
     QList<QImage> found;
 
     Rig()
@@ -58,12 +43,6 @@ struct Rig {
         lookup.start(title, artist, [this](const QImage &image) { found << image; });
         return http.requests.size() > before;
     }
-
-    /// After a failure the track rests, and only then.
-    [[nodiscard]] bool endsInFailure()
-    {
-        return QTest::qWaitFor([this] { return clock.runningTimers() == 1; }) && found.isEmpty();
-    }
 };
 
 } // namespace
@@ -75,7 +54,6 @@ class ArtworkLookupTest : public QObject
 private Q_SLOTS:
     void findsAndKeeps();
     void asksForTheTerm();
-    void asksTheHostOfTheSettings();
     void failures();
     void limitsItsRate();
 };
@@ -92,7 +70,7 @@ void ArtworkLookupTest::findsAndKeeps()
 
     // An address without a size in it is taken as it is.
     rig.result = R"({"results": [{"artworkUrl100": "https://host/plain.png"}]})";
-    rig.images[u"https://host/plain.png"_qs] = picture({100, 50});
+    rig.images[u"https://host/plain.png"_qs] = encoded(QSize(100, 50), "png");
     rig.start(u"Plain"_qs);
     QTRY_COMPARE(rig.found.size(), 2);
     QCOMPARE(rig.found.back().size(), QSize(100, 50));
@@ -129,10 +107,8 @@ void ArtworkLookupTest::asksForTheTerm()
         }
     }
     Rig().start(QString(QChar(0xd800))); // half a character is no crash
-}
 
-void ArtworkLookupTest::asksTheHostOfTheSettings()
-{
+    // The host is a setting; without one nothing is asked.
     Rig rig;
     const auto key = u"coverSearchHost"_qs;
     rig.store.setString(key, QString());
@@ -144,38 +120,29 @@ void ArtworkLookupTest::asksTheHostOfTheSettings()
     rig.store.setString(key, u"http://[::1]:80"_qs);
     QVERIFY(rig.start(u"Other"_qs));
     QCOMPARE(rig.http.requests.back().url.host(), u"::1"_qs);
-    for (const auto *nonsense : {"a b", "://", "http://"}) {
-        rig.store.setString(key, QLatin1String(nonsense));
-        rig.start(QLatin1String(nonsense));
-    }
 }
 
 void ArtworkLookupTest::failures()
 {
     const QByteArray good = R"({"results": [{"artworkUrl100": "https://host/a"}]})";
-    const struct {
-        QByteArray json, image;
-    } cases[] = {
+    const std::pair<QByteArray, QByteArray> answers[] = {
         {"<html>", {}},
         {R"({"results": {"a": 1}})", {}},
         {R"({"results": []})", {}},
-        {R"({"results": [1]})", {}},
-        {R"({"results": [{}, {"artworkUrl100": "https://host/a"}]})", picture({9, 9})},
-        {R"({"results": [{"artworkUrl100": 1}]})", {}},
+        {R"({"results": [{}, {"artworkUrl100": "https://host/a"}]})", encoded(QSize(9, 9), "png")},
         {R"({"results": [{"artworkUrl100": "::"}]})", {}},
         {good, {}},
         {good, "no picture"},
     };
-    for (const auto &[json, image] : cases) {
+    for (const auto &[json, image] : answers) {
         Rig rig;
         rig.result = json;
-        if (!image.isEmpty()) {
+        if (!image.isEmpty())
             rig.images[u"https://host/a"_qs] = image;
-        }
         rig.start(u"Song"_qs);
-        QVERIFY2(rig.endsInFailure(), json.constData());
-
-        // The failure is not held against the track for long.
+        // After a failure, and only then, the track rests, but not for long.
+        QTRY_COMPARE(rig.clock.runningTimers(), 1);
+        QVERIFY2(rig.found.isEmpty(), json.constData());
         rig.result = goodResult;
         rig.clock.advance(59s);
         QVERIFY(!rig.start(u"Song"_qs));

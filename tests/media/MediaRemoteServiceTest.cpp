@@ -1,16 +1,17 @@
 #include "media/MediaRemoteService.h"
 
+#include "support/EncodedImages.h"
 #include "support/FakeHttpGetter.h"
 #include "support/FakeMediaRemote.h"
 #include "support/MemoryStore.h"
 #include "support/VirtualClock.h"
 
-#include <QBuffer>
 #include <QSignalSpy>
 #include <QTest>
 
 using namespace velmora;
 using namespace std::chrono_literals;
+using enum PlaybackState;
 
 namespace
 {
@@ -34,11 +35,6 @@ MediaTrack awaitingCover(MediaTrack track)
     return track;
 }
 
-PlayerNotice notice(PlaybackState state, const QString &title)
-{
-    return {state, playingTrack(title, u"Them"_qs)};
-}
-
 struct Rig {
     VirtualClock clock;
     FakeMediaRemote remote;
@@ -47,15 +43,19 @@ struct Rig {
     MediaRemoteService service{clock, remote, http, store};
 
     [[nodiscard]] const NowPlayingInfo &now() const { return service.nowPlaying(); }
-    void tell(const PlayerNotice &notice) { Q_EMIT remote.spotifyChanged(notice); }
+    void tell(PlaybackState state, const MediaTrack &track)
+    {
+        Q_EMIT remote.spotifyChanged({state, track});
+    }
+    void tell(PlaybackState state, const QString &title)
+    {
+        tell(state, playingTrack(title, u"Them"_qs));
+    }
 
     /// A search service that knows a green cover for every song.
     void serveCovers()
     {
-        QBuffer buffer;
-        buffer.open(QIODevice::WriteOnly);
-        cover(Qt::green).save(&buffer, "PNG");
-        http.pages = [image = buffer.data()](const QString &url) {
+        http.pages = [image = encoded(cover(Qt::green), "png")](const QString &url) {
             return url.contains(u"/search")
                        ? QByteArray(R"({"results": [{"artworkUrl100": "https://host/cover"}]})")
                        : image;
@@ -172,8 +172,7 @@ void MediaRemoteServiceTest::spotifyNotices()
 {
     Rig rig;
     const QString song = u"Song"_qs;
-    const auto playing = notice(PlaybackState::Playing, song);
-    QVERIFY(rig.searches([&] { rig.tell(playing); }));
+    QVERIFY(rig.searches([&] { rig.tell(Playing, song); }));
     QCOMPARE(rig.remote.questions, 2); // and it asks
     QCOMPARE(rig.now().duration, 100.0);
     QCOMPARE(rig.now().elapsedAtFetch, 10.0);
@@ -186,14 +185,14 @@ void MediaRemoteServiceTest::spotifyNotices()
     QCOMPARE(rig.now().fetchTimestamp, stamp);
 
     // Without a name nothing changes.
-    rig.tell(notice(PlaybackState::Paused, QString()));
+    rig.tell(Paused, QString());
     QVERIFY(rig.now().isPlaying);
-    rig.tell(notice(PlaybackState::Paused, song));
+    rig.tell(Paused, song);
     QVERIFY(!rig.now().isPlaying);
 
     // A desktop that names a track has the last word, and ends the fallback.
     rig.remote.current = playingTrack(u"Real"_qs);
-    rig.tell(playing);
+    rig.tell(Playing, song);
     QCOMPARE(rig.now().title, u"Real"_qs);
     rig.remote.current.reset();
     rig.service.refresh();
@@ -201,15 +200,15 @@ void MediaRemoteServiceTest::spotifyNotices()
 
     // A cover is kept for the same title, and only for that.
     rig.remote.answer(withCover(playingTrack(song), Qt::red));
-    rig.tell(playing);
+    rig.tell(Playing, song);
     QCOMPARE(rig.now().artwork, cover(Qt::red));
-    rig.tell(notice(PlaybackState::Playing, u"Other"_qs));
+    rig.tell(Playing, u"Other"_qs);
     QVERIFY(rig.now().artwork.isNull());
 
     // Stopped clears, whatever the name; nothing comes back afterwards.
     for (const QString &name : {song, QString()}) {
-        rig.tell(playing);
-        rig.tell(notice(PlaybackState::Stopped, name));
+        rig.tell(Playing, song);
+        rig.tell(Stopped, name);
         QCOMPARE(rig.now().title, QString());
         rig.service.refresh();
         QCOMPARE(rig.now().title, QString());
@@ -234,10 +233,10 @@ void MediaRemoteServiceTest::artworkOfTheTrack()
 
     // A cover that comes for a track that has passed is not put on the next one, and the fallback
     // gets its own.
-    rig.tell(notice(PlaybackState::Playing, u"Third"_qs));
+    rig.tell(Playing, u"Third"_qs);
     rig.remote.answer(other);
     QTRY_COMPARE(rig.http.count(u"/cover"_qs), 2);
-    rig.tell(notice(PlaybackState::Playing, u"Fourth"_qs));
+    rig.tell(Playing, u"Fourth"_qs);
     QTRY_VERIFY(!rig.now().artwork.isNull());
     QCOMPARE(rig.now().title, u"Fourth"_qs);
     rig.service.refresh();
@@ -254,7 +253,7 @@ void MediaRemoteServiceTest::ownCoversAreWaitedFor()
 
     // Not searched for, whether the desktop or a notice says that there is one.
     QVERIFY(!rig.searches([&] { rig.remote.answer(pending); }));
-    QVERIFY(!rig.searches([&] { rig.tell({PlaybackState::Playing, pending}); }));
+    QVERIFY(!rig.searches([&] { rig.tell(Playing, pending); }));
     rig.remote.answer(withCover(pending, Qt::red));
     QVERIFY(own());
 

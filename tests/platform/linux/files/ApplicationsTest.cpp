@@ -16,12 +16,9 @@ class ApplicationsTest : public QObject
 
 private Q_SLOTS:
     void initTestCase();
-    void init();
 
-    void whoOpensAFile();
-    void rolesOfKnownApplications();
+    void findsApplications();
     void filesArriveInTheApplication();
-    void ourOwnVariablesDoNot();
     void nobodyToOpen();
     void trash();
 
@@ -32,12 +29,13 @@ private:
     QByteArray started(const QByteArray &id);
 
     QByteArray m_home;
-    std::optional<GioApplications> m_applications;
+    GioApplications m_applications{{"VELMORA_OWN"}};
 };
 
 void ApplicationsTest::initTestCase()
 {
     m_home = qgetenv("HOME");
+    qputenv("VELMORA_OWN", "inherited"); // by us, and by nobody after us
     QVERIFY2(qEnvironmentVariableIsSet("VELMORA_DESKTOP"), "runs in tests/support/desktop only");
     const QByteArray folder = qgetenv("XDG_DATA_HOME") + "/applications";
     makeFolders(folder);
@@ -49,14 +47,6 @@ void ApplicationsTest::initTestCase()
     QCOMPARE(
         QProcess::execute(QStringLiteral("update-desktop-database"), {QString::fromUtf8(folder)}),
         0);
-}
-
-void ApplicationsTest::init()
-{
-    m_applications.emplace(std::vector<QByteArray>{"VELMORA_OWN"});
-    for (const char *id : {"viewer", "editor"}) {
-        unlink((m_home + '/' + id).constData());
-    }
 }
 
 /// It writes its arguments and one variable to a file, and then renames that.
@@ -76,7 +66,7 @@ void ApplicationsTest::addApplication(const QByteArray &id, const QByteArray &ty
 QList<Application> ApplicationsTest::find(const QByteArray &path)
 {
     return answerOf<QList<Application>>(
-        [&](const auto &done) { m_applications->findForFile(fileUrl(path), done); });
+        [&](const auto &done) { m_applications.findForFile(fileUrl(path), done); });
 }
 
 QByteArray ApplicationsTest::started(const QByteArray &id)
@@ -86,28 +76,24 @@ QByteArray ApplicationsTest::started(const QByteArray &id)
     return readFile(path);
 }
 
-void ApplicationsTest::whoOpensAFile()
+void ApplicationsTest::findsApplications()
 {
     const QByteArray path = m_home + "/a\xFF\nb.txt";
     writeFile(path, "text");
     const auto found = find(path);
     QVERIFY(found.size() >= 2);
-    QCOMPARE(found.at(0),
-             (Application{QStringLiteral("editor.desktop"), QStringLiteral("The editor"),
-                          QStringLiteral("editor-icon")}));
-    QVERIFY(
-        found.contains(Application{QStringLiteral("viewer.desktop"), QStringLiteral("The viewer"),
-                                   QStringLiteral("viewer-icon")}));
+    const auto known = [](const QString &id) {
+        return Application{id + u".desktop"_qs, u"The "_qs + id, id + u"-icon"_qs};
+    };
+    QCOMPARE(found.at(0), known(u"editor"_qs));
+    QVERIFY(found.contains(known(u"viewer"_qs)));
     writeFile(m_home + "/a.velmora-unknown", QByteArray("\0\1\2", 3));
     QVERIFY(find(m_home + "/a.velmora-unknown").isEmpty());
     QVERIFY(find(m_home + "/gone.txt").isEmpty());
-}
 
-void ApplicationsTest::rolesOfKnownApplications()
-{
     const auto role = [this](const char *identifier) {
         return answerOf<std::optional<Application>>([&](const auto &done) {
-                   m_applications->findByIdentifier(QString::fromLatin1(identifier), done);
+                   m_applications.findByIdentifier(QString::fromLatin1(identifier), done);
                })
             .value_or(Application())
             .id;
@@ -122,25 +108,17 @@ void ApplicationsTest::filesArriveInTheApplication()
     writeFile(path, "x");
     writeFile(m_home + "/-b.txt", "x");
     const QList<QUrl> files{fileUrl(path), fileUrl(m_home + "/-b.txt")};
-    m_applications->open(files, {QStringLiteral("viewer.desktop"), {}, {}});
+    m_applications.open(files, {QStringLiteral("viewer.desktop"), {}, {}});
     QCOMPARE(started("viewer"), '<' + path + "><" + m_home + "/-b.txt>\n");
-    m_applications->open(files.last()); // in the default application
+    m_applications.open(files.last()); // in the default application
     QCOMPARE(started("editor"), '<' + m_home + "/-b.txt>\n");
-}
-
-void ApplicationsTest::ourOwnVariablesDoNot()
-{
-    qputenv("VELMORA_OWN", "inherited");
-    m_applications->open(fileUrl(m_home));
-    QCOMPARE(started("viewer"), '<' + m_home + ">\n");
-    qunsetenv("VELMORA_OWN");
 }
 
 void ApplicationsTest::nobodyToOpen()
 {
-    m_applications->open({fileUrl(m_home)}, {QStringLiteral("gone.desktop"), {}, {}});
+    m_applications.open({fileUrl(m_home)}, {QStringLiteral("gone.desktop"), {}, {}});
     for (const char *url : {"file:///no/such/file", "velmora-test:x", "", "file://host/a"}) {
-        m_applications->open(QUrl(QString::fromLatin1(url)));
+        m_applications.open(QUrl(QString::fromLatin1(url)));
     }
     // Answers come in order: the one behind them shows that all have been dealt with.
     QVERIFY(find(m_home + "/gone").isEmpty());

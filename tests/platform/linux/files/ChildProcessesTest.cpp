@@ -16,13 +16,18 @@ class ChildProcessesTest : public QObject
 
 private Q_SLOTS:
     void argumentsAndInputArrive();
-    void itHasNothingOfOurs();
     void outcomes();
     void itsWorkIsFinishedWithoutUs();
     void unlessItWasToEnd();
 
 private:
     static ProcessOutcome run(const Command &command);
+    [[nodiscard]] QByteArray path(const char *name) const
+    {
+        return QFile::encodeName(m_folder.filePath(QString::fromLatin1(name)));
+    }
+
+    const QTemporaryDir m_folder;
 };
 
 ProcessOutcome ChildProcessesTest::run(const Command &command)
@@ -33,29 +38,21 @@ ProcessOutcome ChildProcessesTest::run(const Command &command)
 
 void ChildProcessesTest::argumentsAndInputArrive()
 {
-    const QTemporaryDir folder;
-    const QByteArray path = QFile::encodeName(folder.filePath(QStringLiteral("arguments")));
     const QByteArray input = QByteArray("line \xFF\n").repeated(100'000); // more than a pipe holds
     const QList<QByteArray> odd{"-x", "", "a b", "\xFF\xC3(", "'\"\\$(date)\n", "*"};
-    const QList<QByteArray> script{"-c", "{ printf '%s|' \"$@\"; cat; } >\"$0\"", path};
+    const QList<QByteArray> script{"-c", "{ printf '%s|' \"$@\"; cat; } >\"$0\"",
+                                   path("arguments")};
     QCOMPARE(run({"/bin/sh", script + odd, input}).status, 0);
-    QVERIFY(readFile(path) == odd.join('|') + '|' + input);
-}
-
-void ChildProcessesTest::itHasNothingOfOurs()
-{
-    // Each of them /dev/null, and no terminal that a question could be asked on.
-    QCOMPARE(run({"/bin/sh",
-                  {"-c", "for fd in 0 1 2; do "
-                         "[ \"$(readlink /proc/$$/fd/$fd)\" = /dev/null ] || exit 3; "
-                         "done; (: </dev/tty) 2>/dev/null && exit 4; exit 0"},
-                  {}})
-                 .status,
-             0);
+    QVERIFY(readFile(path("arguments")) == odd.join('|') + '|' + input);
 }
 
 void ChildProcessesTest::outcomes()
 {
+    // Each of its files is /dev/null, and there is no terminal that a question could be asked on.
+    const QByteArray looks = "for fd in 0 1 2; do "
+                             "[ \"$(readlink /proc/$$/fd/$fd)\" = /dev/null ] || exit 3; "
+                             "done; (: </dev/tty) 2>/dev/null && exit 4; exit 0";
+    QCOMPARE(run({"/bin/sh", {"-c", looks}, {}}).status, 0);
     QCOMPARE(run({"/bin/sh", {"-c", "exit 12"}, {}}).status, 12);
     QCOMPARE(run({"/bin/sh", {"-c", "kill -KILL $$"}, {}}).status, 9);
     const auto error = [](const QByteArray &executable, qsizetype arguments) {
@@ -69,9 +66,8 @@ void ChildProcessesTest::outcomes()
 
 void ChildProcessesTest::itsWorkIsFinishedWithoutUs()
 {
-    const QTemporaryDir folder;
-    const QByteArray start = QFile::encodeName(folder.filePath(QStringLiteral("start")));
-    const QByteArray end = QFile::encodeName(folder.filePath(QStringLiteral("end")));
+    const QByteArray start = path("start");
+    const QByteArray end = path("end");
     mkfifo(start.constData(), 0600);
     bool isAnswered = false;
     {
@@ -89,9 +85,8 @@ void ChildProcessesTest::itsWorkIsFinishedWithoutUs()
 
 void ChildProcessesTest::unlessItWasToEnd()
 {
-    const QTemporaryDir folder;
-    const QByteArray told = QFile::encodeName(folder.filePath(QStringLiteral("told")));
-    const QByteArray ready = QFile::encodeName(folder.filePath(QStringLiteral("ready")));
+    const QByteArray told = path("told");
+    const QByteArray ready = path("ready");
     mkfifo(ready.constData(), 0600);
     const pid_t us = fork();
     if (us == 0) {

@@ -2,51 +2,35 @@
 
 #include "support/BusPeer.h"
 
-#include <QDBusContext>
 #include <QDBusMessage>
+#include <QDBusVirtualObject>
 #include <QTest>
 
 using namespace velmora;
 
-namespace
+/// Plays the daemon and its devices.
+class FakeKdeConnect : public QDBusVirtualObject
 {
-
-QString text(const char *utf8)
-{
-    return QString::fromUtf8(utf8);
-}
-
-} // namespace
-
-/// Plays the daemon and one device.
-class FakeKdeConnect : public QObject, protected QDBusContext
-{
-    Q_OBJECT
-    Q_CLASSINFO("D-Bus Interface", "org.kde.kdeconnect.daemon")
-
 public:
-    QVariant answer;
+    QVariant devices;
     int asked = 0;
-
-public Q_SLOTS:
-    Q_SCRIPTABLE void devices(bool onlyReachable, bool onlyPaired)
-    {
-        asked += onlyReachable && onlyPaired ? 1 : 1000;
-        setDelayedReply(true);
-        connection().send(message().createReply(answer));
-    }
-};
-
-class FakeShare : public QObject
-{
-    Q_OBJECT
-    Q_CLASSINFO("D-Bus Interface", "org.kde.kdeconnect.device.share")
-
-public:
     QStringList shared;
 
-public Q_SLOTS:
-    Q_SCRIPTABLE void shareUrl(const QString &url) { shared << url; }
+    [[nodiscard]] QString introspect(const QString &) const override { return {}; }
+
+    bool handleMessage(const QDBusMessage &message, const QDBusConnection &connection) override
+    {
+        const QString call = message.interface() + u'.' + message.member();
+        if (call == u"org.kde.kdeconnect.device.share.shareUrl"_qs &&
+            message.path() == u"/modules/kdeconnect/devices/abc_1/share"_qs)
+            shared << message.arguments().value(0).toString();
+        // Only those that can be reached and are paired.
+        if (call != u"org.kde.kdeconnect.daemon.devices"_qs ||
+            message.arguments() != QVariantList{true, true})
+            return false;
+        ++asked;
+        return connection.send(message.createReply(devices));
+    }
 };
 
 class KdeConnectSharingTest : public QObject
@@ -59,32 +43,27 @@ private Q_SLOTS:
 
 void KdeConnectSharingTest::filesGoToTheFirstDevice()
 {
-    test::BusPeer peer(text("daemon"));
+    test::BusPeer peer(u"daemon"_qs);
     FakeKdeConnect daemon;
-    FakeShare device;
     QDBusConnection daemonBus = peer.connection();
-    daemonBus.registerObject(text("/modules/kdeconnect"), &daemon,
-                             QDBusConnection::ExportScriptableSlots);
-    daemonBus.registerObject(text("/modules/kdeconnect/devices/abc_1/share"), &device,
-                             QDBusConnection::ExportScriptableSlots);
+    daemonBus.registerVirtualObject(u"/modules/kdeconnect"_qs, &daemon, QDBusConnection::SubPath);
     BusConnection bus(QDBusConnection::sessionBus());
     KdeConnectSharing sharing(bus);
     // A daemon that does not run is not started.
-    sharing.send({QUrl(text("file:///lost"))});
-    QVERIFY(daemonBus.registerService(text("org.kde.kdeconnect")));
+    sharing.send({QUrl(u"file:///lost"_qs)});
+    QVERIFY(daemonBus.registerService(u"org.kde.kdeconnect"_qs));
     // No device, no identifier, and another type.
-    for (const QVariant &answer :
-         {QVariant(QStringList()), QVariant(QStringList{text("../abc_1")}), QVariant(7)}) {
-        daemon.answer = answer;
+    for (const QVariant &devices :
+         {QVariant(QStringList()), QVariant(QStringList{u"../abc_1"_qs}), QVariant(7)}) {
+        daemon.devices = devices;
         const int asked = daemon.asked;
-        sharing.send({QUrl(text("file:///lost"))});
+        sharing.send({QUrl(u"file:///lost"_qs)});
         QTRY_VERIFY(daemon.asked > asked);
     }
-    daemon.answer = QStringList{text("abc_1"), text("other")};
-    sharing.send({QUrl::fromEncoded("file:///a%FF%20b"), QUrl(text("file:///c"))});
-    QVERIFY(device.shared.isEmpty());
-    QTRY_COMPARE(device.shared, QStringList({text("file:///a%FF%20b"), text("file:///c")}));
-    QVERIFY(daemon.asked < 1000);
+    daemon.devices = QStringList{u"abc_1"_qs, u"other"_qs};
+    sharing.send({QUrl::fromEncoded("file:///a%FF%20b"), QUrl(u"file:///c"_qs)});
+    QVERIFY(daemon.shared.isEmpty());
+    QTRY_COMPARE(daemon.shared, QStringList({u"file:///a%FF%20b"_qs, u"file:///c"_qs}));
 }
 
 QTEST_GUILESS_MAIN(KdeConnectSharingTest)

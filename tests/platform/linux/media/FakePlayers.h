@@ -1,8 +1,6 @@
 #pragma once
 
 #include <QProcess>
-#include <QString>
-#include <QStringList>
 #include <QTest>
 
 namespace velmora::test
@@ -19,17 +17,14 @@ public:
     }
     FakePlayers(const FakePlayers &) = delete;
     FakePlayers &operator=(const FakePlayers &) = delete;
-    ~FakePlayers()
-    {
-        m_process.closeWriteChannel();
-        m_process.waitForFinished();
-    }
+    ~FakePlayers() { kill(); }
 
-    /// A JSON object in which ' stands for ". True when it has been done; the main loop runs on.
-    bool tell(QByteArray command)
+    /// Does what a JSON object says in which ' stands for "; the main loop runs on.
+    void tell(QByteArray command)
     {
         m_process.write(command.replace('\'', '"') + '\n');
-        return QTest::qWaitFor([this] { return readLines(), m_lines.removeOne("done"); }, 20'000);
+        QVERIFY2(QTest::qWaitFor([this] { return readLines(), m_lines.removeOne("done"); }, 20'000),
+                 command.constData());
     }
 
     void kill()

@@ -14,6 +14,8 @@ using namespace std::chrono_literals;
 namespace
 {
 
+constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
+
 QVariantMap properties(const QString &title, const QVariantMap &others = {})
 {
     QVariantMap map{{u"PlaybackStatus"_qs, u"Playing"_qs},
@@ -37,7 +39,6 @@ private Q_SLOTS:
     void readsMetadata();
     void computesThePosition();
     void doubtsThePositionAfterChanges();
-    void forgetsWhatIsNoLongerTold();
     void knowsThePlayersWithNotices();
     void throttles();
 };
@@ -49,26 +50,22 @@ void MprisPlayerTest::readsMetadata()
     QCOMPARE(track(length, qulonglong{90'000'000}).duration, 90.0);
     QCOMPARE(track(length, 90'000'000U).duration, 90.0);
     QCOMPARE(track(length, 1'500'000.0).duration, 1.5);
-    for (const QVariant &value : {QVariant(qlonglong{-1}), QVariant(true), QVariant(u"90"_qs),
-                                  QVariant(), QVariant(std::numeric_limits<double>::quiet_NaN()),
+    for (const QVariant &value : {QVariant(true), QVariant(u"90"_qs), QVariant(notANumber),
                                   QVariant(std::numeric_limits<double>::infinity())})
         QCOMPARE(track(length, value).duration, 0.0);
 
     constexpr auto artist = "xesam:artist";
     QCOMPARE(track(artist, QStringList{u"A"_qs, QString(), u"B"_qs}).artist, u"A, B"_qs);
-    QCOMPARE(track(artist, u"A"_qs).artist, u"A"_qs);
     QCOMPARE(track(artist, QStringList(5000, u"A"_qs)).artist.size(), 1000);
 
     constexpr auto title = "xesam:title";
     const QString note = u"\U0001f3b5"_qs; // two units, which are never torn apart
-    QCOMPARE(track(title, note.repeated(600)).title, note.repeated(500));
     QCOMPARE(track(title, u"x"_qs + note.repeated(600)).title, u"x"_qs + note.repeated(499));
 
     constexpr auto url = "xesam:url";
     QCOMPARE(track(url, u"file:///a/b%20%C3%A4%23.mp3"_qs).title, u"b \u00e4#.mp3"_qs);
     QCOMPARE(track(url, u"http://radio.example/"_qs).title, QString());
     QCOMPARE(track(url, QString(1'000'000, u'/')).title, QString());
-    QCOMPARE(MprisTrack::fromMetadata(42), MprisTrack());
 }
 
 void MprisPlayerTest::computesThePosition()
@@ -80,8 +77,8 @@ void MprisPlayerTest::computesThePosition()
     QCOMPARE(player.position(104s), 17.0);
     player.takeChanges({{u"PlaybackStatus"_qs, u"Paused"_qs}}, 104s);
     QCOMPARE(player.position(200s), 17.0);
-    for (const QVariant &rate : {QVariant(0.0), QVariant(-1.0), QVariant(u"2"_qs),
-                                 QVariant(std::numeric_limits<double>::quiet_NaN())}) {
+    for (const QVariant &rate :
+         {QVariant(0.0), QVariant(-1.0), QVariant(u"2"_qs), QVariant(notANumber)}) {
         player.takeChanges({{u"Rate"_qs, 2.0}}, 200s);
         player.takeChanges({{u"Rate"_qs, rate}, {u"PlaybackStatus"_qs, u"Playing"_qs}}, 200s);
         player.takePosition(17'000'000, 200s);
@@ -97,6 +94,14 @@ void MprisPlayerTest::computesThePosition()
                        200s);
     QCOMPARE(player.position(230s), 30.0);
     QCOMPARE(player.position(300s), 60.0);
+
+    // What is no longer told is forgotten, the rate too.
+    player.takeChanges({{u"PlaybackStatus"_qs, u"Dancing"_qs}, {u"Rate"_qs, 2.0}}, 300s);
+    QCOMPARE(player.status(), MprisPlayer::Status::Stopped);
+    player.takeAll({{u"PlaybackStatus"_qs, u"Playing"_qs}}, 300s);
+    QVERIFY(player.isPlaying() && !player.hasItem());
+    player.takePosition(0, 300s);
+    QCOMPARE(player.position(305s), 5.0);
 }
 
 void MprisPlayerTest::doubtsThePositionAfterChanges()
@@ -118,19 +123,6 @@ void MprisPlayerTest::doubtsThePositionAfterChanges()
     player.takeChanges({{u"Metadata"_qs, metadata}}, 3s);
     QCOMPARE(player.position(3s), 0.0);
     QVERIFY(player.takePositionDoubt());
-}
-
-void MprisPlayerTest::forgetsWhatIsNoLongerTold()
-{
-    MprisPlayer player;
-    player.takeAll(properties(u"T"_qs, {{u"Rate"_qs, 2.0}}), 0s);
-    QVERIFY(player.hasItem());
-    player.takeChanges({{u"PlaybackStatus"_qs, u"Dancing"_qs}}, 0s);
-    QCOMPARE(player.status(), MprisPlayer::Status::Stopped);
-    player.takeAll({{u"PlaybackStatus"_qs, u"Playing"_qs}}, 0s);
-    QVERIFY(player.isPlaying() && !player.hasItem());
-    player.takePosition(0, 0s);
-    QCOMPARE(player.position(5s), 5.0); // at the usual rate again
 }
 
 void MprisPlayerTest::knowsThePlayersWithNotices()
