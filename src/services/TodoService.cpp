@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <limits>
+#include <tuple>
 #include <utility>
 
 namespace velmora
@@ -26,7 +27,7 @@ const QString localKey = QStringLiteral("todo_local_v1");
 
 TodoItem mirrorOf(const Reminder &reminder)
 {
-    return {.id = QUuid::createUuid(),
+    return {.id = {},
             .title = reminder.title,
             .isCompleted = false,
             .dueDate = reminder.due && reminder.due->isValid() ? reminder.due : std::nullopt,
@@ -156,10 +157,12 @@ void TodoService::take(const std::vector<Reminder> &reminders)
             items.push_back(mirrorOf(reminder));
         }
     }
+    // By date and time of day: to ask for the time zone takes long where there are thousands.
     const auto rank = [&places](const TodoItem &mirror) {
         constexpr auto never = std::numeric_limits<qint64>::max();
-        return std::pair(mirror.dueDate ? mirror.dueDate->toMSecsSinceEpoch() : never,
-                         places.value(*mirror.reminderID, std::numeric_limits<int>::max()));
+        return std::tuple(mirror.dueDate ? mirror.dueDate->date().toJulianDay() : never,
+                          mirror.dueDate ? mirror.dueDate->time() : QTime(),
+                          places.value(*mirror.reminderID, std::numeric_limits<int>::max()));
     };
     std::stable_sort(
         items.begin() + locals, items.end(),
@@ -167,6 +170,9 @@ void TodoService::take(const std::vector<Reminder> &reminders)
     // With the same tasks again nothing has to be drawn or written.
     if (std::equal(items.begin(), items.end(), m_items.begin(), m_items.end(), areSameButForIds)) {
         return;
+    }
+    for (TodoItem &item : items) {
+        item.id = item.reminderID ? QUuid::createUuid() : item.id;
     }
     m_items = std::move(items);
     Q_EMIT itemsChanged();

@@ -126,15 +126,12 @@ void CalendarServiceTest::readsByTheMinuteAndAtChanges()
     QCOMPARE(desk.store.questions,
              QStringList({u"15. 10:01:00 to 16. 10:01:00"_s, u"15. 10:02:00 to 16. 10:02:00"_s}));
     desk.store.questions.clear();
-    for (int i = 0; i < 10; ++i) {
+    for (int i = 0; i < 50; ++i) { // gathered, but not put off for as long as they go on
         Q_EMIT desk.store.changed();
         desk.clock.advance(4ms);
     }
-    desk.advance(150ms); // the strip is to show it within 200 ms
-    QCOMPARE(desk.store.questions.size(), 1);
-    Q_EMIT desk.store.changed();
     desk.advance(50ms);
-    QCOMPARE(desk.store.questions.size(), 2);
+    QCOMPARE(desk.store.questions.size(), 4);
 }
 
 void CalendarServiceTest::choosesTheEvents()
