@@ -6,6 +6,7 @@
 #include <QTest>
 
 using namespace velmora;
+using namespace Qt::Literals::StringLiterals;
 
 namespace
 {
@@ -38,11 +39,10 @@ QStringList occurrences(const QByteArray &text, const char *from, const char *to
     QStringList found;
     for (const CalendarEvent &event : item.events({moment(from), moment(to)})) {
         const auto told = [](const QDateTime &time) {
-            return time.toUTC().toString(QStringLiteral("yyyy-MM-dd'T'hh:mm"));
+            return time.toUTC().toString(u"yyyy-MM-dd'T'hh:mm"_s);
         };
-        found << QStringLiteral("%1 %2/%3%4")
-                     .arg(event.title, told(event.start), told(event.end),
-                          event.isAllDay ? QStringLiteral(" all day") : QString());
+        found << u"%1 %2/%3%4"_s.arg(event.title, told(event.start), told(event.end),
+                                     event.isAllDay ? u" all day"_s : QString());
     }
     found.sort();
     return found;
@@ -62,11 +62,10 @@ QStringList openTasks(const QByteArray &text)
 {
     QStringList found;
     for (const OpenTask &one : CalendarItem(text).openTasks()) {
-        found << one.reminder.title +
-                     (one.reminder.due
-                          ? QLatin1Char(' ') + one.reminder.due->toUTC().toString(
-                                                   QStringLiteral("yyyy-MM-dd'T'hh:mm"))
-                          : QString());
+        found << one.reminder.title + (one.reminder.due
+                                           ? QLatin1Char(' ') + one.reminder.due->toUTC().toString(
+                                                                    u"yyyy-MM-dd'T'hh:mm"_s)
+                                           : QString());
     }
     return found;
 }
@@ -200,13 +199,12 @@ void CalendarItemTest::replacedAndCancelledOccurrences()
         "CANCELLED\n"
         "DTSTART;TZID=Europe/Berlin:20260304T090000\nEND:VEVENT\n");
     QCOMPARE(occurrences(text, "2026-03-01T00:00:00Z", "2026-04-01T00:00:00Z"),
-             (QStringList{QStringLiteral("Moved 2026-03-10T14:00/2026-03-10T16:00"),
-                          QStringLiteral("One 2026-03-02T08:00/2026-03-02T09:00"),
-                          QStringLiteral("One 2026-03-05T08:00/2026-03-05T09:00"),
-                          QStringLiteral("One 2026-03-06T08:00/2026-03-06T09:00")}));
+             (QStringList{u"Moved 2026-03-10T14:00/2026-03-10T16:00"_s,
+                          u"One 2026-03-02T08:00/2026-03-02T09:00"_s,
+                          u"One 2026-03-05T08:00/2026-03-05T09:00"_s,
+                          u"One 2026-03-06T08:00/2026-03-06T09:00"_s}));
     // Also where only the new place is within the window.
-    QCOMPARE(starts(text, "2026-03-09T00:00:00Z", "2026-04-01T00:00:00Z"),
-             QStringLiteral("2026-03-10T14:00"));
+    QCOMPARE(starts(text, "2026-03-09T00:00:00Z", "2026-04-01T00:00:00Z"), u"2026-03-10T14:00"_s);
 }
 
 void CalendarItemTest::severalEventsInOneFile()
@@ -221,8 +219,8 @@ void CalendarItemTest::severalEventsInOneFile()
                             calendar(eventText("DTSTART:20260302T080000Z\n") + zone + other) +
                             calendar("BEGIN:VEVENT\nUID:x\nDTSTART:20260302T100000Z\n");
     QCOMPARE(occurrences(text, "2026-03-01T00:00:00Z", "2026-04-01T00:00:00Z"),
-             (QStringList{QStringLiteral("One 2026-03-02T08:00/2026-03-02T08:00"),
-                          QStringLiteral("Two, too long 2026-03-02T03:30/2026-03-02T03:30")}));
+             (QStringList{u"One 2026-03-02T08:00/2026-03-02T08:00"_s,
+                          u"Two, too long 2026-03-02T03:30/2026-03-02T03:30"_s}));
 }
 
 void CalendarItemTest::badInput_data()
@@ -284,10 +282,8 @@ void CalendarItemTest::openTasksAreListed()
         taskText("DTSTART:20260701T100000Z\nDURATION:PT1H\n") + taskText("STATUS:COMPLETED\n") +
         taskText("STATUS:CANCELLED\n") + taskText("COMPLETED:20260101T000000Z\n") +
         eventText("DTSTART:20260701T100000Z\n"));
-    QCOMPARE(openTasks(text),
-             (QStringList{QStringLiteral("One"), QStringLiteral("Due 2026-07-01T08:00"),
-                          QStringLiteral("One 2026-06-30T22:00"),
-                          QStringLiteral("One 2026-07-01T11:00")}));
+    QCOMPARE(openTasks(text), (QStringList{u"One"_s, u"Due 2026-07-01T08:00"_s,
+                                           u"One 2026-06-30T22:00"_s, u"One 2026-07-01T11:00"_s}));
 }
 
 void CalendarItemTest::completes_data()

@@ -16,6 +16,7 @@
 #include <libecal/libecal.h>
 
 using namespace velmora;
+using namespace Qt::Literals::StringLiterals;
 
 namespace
 {
@@ -81,7 +82,7 @@ uint factory()
 {
     const QDBusConnection bus = QDBusConnection::sessionBus();
     const QStringList names = bus.interface()->registeredServiceNames();
-    const QStringList found = names.filter(QStringLiteral("evolution.dataserver.Calendar"));
+    const QStringList found = names.filter(u"evolution.dataserver.Calendar"_s);
     return found.isEmpty() ? 0U : bus.interface()->servicePid(found.first()).value();
 }
 
@@ -119,9 +120,7 @@ QString EvolutionDataTest::titles()
         }
         answer = found.join(QLatin1Char(' '));
     });
-    return QTest::qWaitFor([&] { return answer.has_value(); }, patience)
-               ? *answer
-               : QStringLiteral("no answer");
+    return QTest::qWaitFor([&] { return answer.has_value(); }, patience) ? *answer : u"no answer"_s;
 }
 
 QStringList EvolutionDataTest::open()
@@ -137,7 +136,7 @@ QStringList EvolutionDataTest::open()
     });
     return QTest::qWaitFor([&] { return answer.has_value(); }, patience)
                ? *answer
-               : QStringList(QStringLiteral("no answer"));
+               : QStringList(u"no answer"_s);
 }
 
 void EvolutionDataTest::initTestCase()
@@ -157,26 +156,25 @@ void EvolutionDataTest::showsWhatIsThere()
         "BEGIN:VEVENT\r\nUID:one\r\nSUMMARY:One\r\nDTSTART;TZID=Europe/Berlin:20250303T110000\r\n"
         "RRULE:FREQ=WEEKLY\r\nEXDATE;TZID=Europe/Berlin:20260309T110000\r\nEND:VEVENT\r\n");
     QTRY_VERIFY_WITH_TIMEOUT(!changed.isEmpty(), patience);
-    QCOMPARE(titles(), QStringLiteral("One"));
+    QCOMPARE(titles(), u"One"_s);
 
     // What a folder has as well shows once, another event beside it.
-    QVERIFY(QDir().mkpath(m_folder.filePath(QStringLiteral("velmora/calendars/a"))));
-    QFile file(m_folder.filePath(QStringLiteral("velmora/calendars/a/1.ics")));
+    QVERIFY(QDir().mkpath(m_folder.filePath(u"velmora/calendars/a"_s)));
+    QFile file(m_folder.filePath(u"velmora/calendars/a/1.ics"_s));
     QVERIFY(file.open(QIODevice::WriteOnly));
     file.write(
         "BEGIN:VEVENT\r\nUID:one\r\nSUMMARY:One\r\nDTSTART:20260302T100000Z\r\nEND:VEVENT\r\n"
         "BEGIN:VEVENT\r\nUID:two\r\nSUMMARY:Two\r\nDTSTART:20260302T120000Z\r\nEND:VEVENT\r\n");
     file.close();
-    QTRY_COMPARE_WITH_TIMEOUT(titles(), QStringLiteral("One Two"), patience);
+    QTRY_COMPARE_WITH_TIMEOUT(titles(), u"One Two"_s, patience);
 }
 
 void EvolutionDataTest::keepsReminders()
 {
     std::optional<QString> id;
-    m_stores.reminders->add(QString::fromUtf8("Wäsche, aufhängen"), this,
-                            [&id](const auto &made) { id = made; });
+    m_stores.reminders->add(u"Wäsche, aufhängen"_s, this, [&id](const auto &made) { id = made; });
     QTRY_VERIFY_WITH_TIMEOUT(id, patience);
-    QCOMPARE(m_peer->openTasks(), QStringList(QString::fromUtf8("Wäsche, aufhängen")));
+    QCOMPARE(m_peer->openTasks(), QStringList(u"Wäsche, aufhängen"_s));
     QCOMPARE(open(), m_peer->openTasks());
 
     m_peer->addTask("BEGIN:VTODO\r\nUID:weekly\r\nSUMMARY:Weekly\r\nDTSTART:20260302T100000Z\r\n"
@@ -185,11 +183,11 @@ void EvolutionDataTest::keepsReminders()
     int done = 0;
     const auto count = [&done](bool succeeded) { done += succeeded ? 1 : 0; };
     m_stores.reminders->complete(*id, this, count);
-    m_stores.reminders->complete(QStringLiteral("weekly"), this, count);
+    m_stores.reminders->complete(u"weekly"_s, this, count);
     QTRY_COMPARE_WITH_TIMEOUT(done, 2, patience);
-    QCOMPARE(open(), QStringList(QStringLiteral("Weekly")));
-    QCOMPARE(m_peer->openTasks(), QStringList(QStringLiteral("Weekly")));
-    m_stores.reminders->remove(QStringLiteral("weekly"), this, count);
+    QCOMPARE(open(), QStringList(u"Weekly"_s));
+    QCOMPARE(m_peer->openTasks(), QStringList(u"Weekly"_s));
+    m_stores.reminders->remove(u"weekly"_s, this, count);
     QTRY_COMPARE_WITH_TIMEOUT(done, 3, patience);
     QCOMPARE(m_peer->openTasks(), QStringList());
 }
@@ -199,12 +197,12 @@ void EvolutionDataTest::survivesTheServicesEnd()
     const uint before = factory();
     QVERIFY(before != 0);
     QCOMPARE(kill(static_cast<pid_t>(before), SIGKILL), 0);
-    QTRY_COMPARE_WITH_TIMEOUT(titles(), QStringLiteral("One Two"), patience);
+    QTRY_COMPARE_WITH_TIMEOUT(titles(), u"One Two"_s, patience);
     QTRY_VERIFY_WITH_TIMEOUT(factory() != 0 && factory() != before, patience);
     m_peer = std::make_unique<Peer>();
     m_peer->add(
         "BEGIN:VEVENT\r\nUID:three\r\nSUMMARY:Three\r\nDTSTART:20260302T130000Z\r\nEND:VEVENT\r\n");
-    QTRY_COMPARE_WITH_TIMEOUT(titles(), QStringLiteral("One Two Three"), patience);
+    QTRY_COMPARE_WITH_TIMEOUT(titles(), u"One Two Three"_s, patience);
 }
 
 void EvolutionDataTest::aHungServiceHoldsNobodyUp()
@@ -213,12 +211,12 @@ void EvolutionDataTest::aHungServiceHoldsNobodyUp()
     QCOMPARE(kill(pid, SIGSTOP), 0);
     QElapsedTimer timer;
     timer.start();
-    QCOMPARE(titles(), QStringLiteral("One Two Three"));
+    QCOMPARE(titles(), u"One Two Three"_s);
     QVERIFY2(timer.elapsed() < 5000, qPrintable(QString::number(timer.elapsed())));
     QCOMPARE(kill(pid, SIGCONT), 0);
     m_peer->add(
         "BEGIN:VEVENT\r\nUID:four\r\nSUMMARY:Four\r\nDTSTART:20260302T140000Z\r\nEND:VEVENT\r\n");
-    QTRY_COMPARE_WITH_TIMEOUT(titles(), QStringLiteral("One Two Three Four"), patience);
+    QTRY_COMPARE_WITH_TIMEOUT(titles(), u"One Two Three Four"_s, patience);
     // And the end comes soon while it hangs.
     QCOMPARE(kill(pid, SIGSTOP), 0);
     timer.restart();

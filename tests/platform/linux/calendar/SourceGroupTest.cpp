@@ -5,6 +5,7 @@
 #include <QTest>
 
 using namespace velmora;
+using namespace Qt::Literals::StringLiterals;
 
 namespace
 {
@@ -74,13 +75,13 @@ struct Two {
 
     void ask()
     {
-        titles = QStringLiteral("not yet");
+        titles = u"not yet"_s;
         stores.events->fetchEvents(morning, morning.addDays(1), &context, [this](auto events) {
             QStringList found;
             for (const CalendarEvent &event : events.value_or(std::vector<CalendarEvent>())) {
                 found << event.title;
             }
-            titles = events ? found.join(QLatin1Char(' ')) : QStringLiteral("none");
+            titles = events ? found.join(QLatin1Char(' ')) : u"none"_s;
         });
     }
 
@@ -118,7 +119,7 @@ void SourceGroupTest::showsEventsOnce()
     two.contents[0].events = {eventOf("a", 3), eventOf("b", 1), eventOf("", 4), eventOf("x", 24)};
     two.contents[1].events = {eventOf("a", 3), eventOf("a", 2), eventOf("", 4), eventOf("y", -1)};
     two.ask();
-    QTRY_COMPARE(two.titles, QStringLiteral("b a a  "));
+    QTRY_COMPARE(two.titles, u"b a a  "_s);
 }
 
 void SourceGroupTest::aSlowSourceHoldsNobodyUp()
@@ -127,18 +128,18 @@ void SourceGroupTest::aSlowSourceHoldsNobodyUp()
     two.contents[0].events = {eventOf("quick", 1)};
     two.contents[1].events = {eventOf("slow", 2)};
     two.ask();
-    QTRY_COMPARE(two.titles, QStringLiteral("quick slow"));
+    QTRY_COMPARE(two.titles, u"quick slow"_s);
 
     two.contents[1].isSlow = true;
     two.ask();
-    QTRY_COMPARE(two.titles, QStringLiteral("quick slow")); // what it said last
+    QTRY_COMPARE(two.titles, u"quick slow"_s); // what it said last
     QSignalSpy changed(two.stores.events.get(), &CalendarStore::changed);
     two.contents[1].events = {eventOf("late", 2)};
     two.contents[1].mayAnswer.release();
     QTRY_COMPARE(changed.size(), 1);
     two.contents[1].mayAnswer.release();
     two.ask();
-    QTRY_COMPARE(two.titles, QStringLiteral("quick late"));
+    QTRY_COMPARE(two.titles, u"quick late"_s);
 
     two.ask(); // ends while that is going on
 }
@@ -154,7 +155,7 @@ void SourceGroupTest::oneUsableSourceIsEnough()
             [&](auto done) { two.stores.reminders->checkAccess(&two.context, done); });
     };
     two.ask();
-    QTRY_COMPARE(two.titles, QStringLiteral("a"));
+    QTRY_COMPARE(two.titles, u"a"_s);
     QVERIFY(access());
     two.contents[0].isUsable = false;
     QVERIFY(!access());
@@ -162,7 +163,7 @@ void SourceGroupTest::oneUsableSourceIsEnough()
     Two silent;
     silent.contents[0].events = silent.contents[1].events = std::nullopt;
     silent.ask();
-    QTRY_COMPARE(silent.titles, QStringLiteral("none"));
+    QTRY_COMPARE(silent.titles, u"none"_s);
 }
 
 void SourceGroupTest::remindersGoWhereTheyCan()
@@ -181,7 +182,7 @@ void SourceGroupTest::remindersGoWhereTheyCan()
     two.contents[0].isUsable = false;
     QVERIFY(!add("three"));
 
-    two.contents[1].reminders.push_back({QStringLiteral("two"), QStringLiteral("two"), {}});
+    two.contents[1].reminders.push_back({u"two"_s, u"two"_s, {}});
     const auto open = [&two] {
         return two
             .answerOf<std::optional<std::vector<Reminder>>>(

@@ -4,8 +4,6 @@
 //   store_client FOLDERS open                the open reminders
 //   store_client FOLDERS add TITLE           prints the identifier
 //   store_client FOLDERS complete|remove ID
-//   store_client FOLDERS work                adds, completes and removes until it is killed, and
-//                                            tells before and after
 //
 // The own folder is told by XDG_DATA_HOME. Fails where a call fails.
 #include "platform/linux/calendar/CalendarStores.h"
@@ -15,13 +13,14 @@
 #include <cstdio>
 
 using namespace velmora;
+using namespace Qt::Literals::StringLiterals;
 
 namespace
 {
 
 QString told(const QDateTime &time)
 {
-    return time.toString(QStringLiteral("yyyy-MM-dd HH:mm"));
+    return time.toString(u"yyyy-MM-dd HH:mm"_s);
 }
 
 void print(const QStringList &words)
@@ -41,9 +40,7 @@ public:
     bool run(const QStringList &command)
     {
         const QString &verb = command.first();
-        if (verb == QLatin1String("work")) {
-            next();
-        } else if (verb == QLatin1String("list") && command.size() == 3) {
+        if (verb == QLatin1String("list") && command.size() == 3) {
             list(command.at(1), command.at(2));
         } else if (verb == QLatin1String("open")) {
             m_stores.reminders->fetchOpen(&m_context, &Client::tellReminders);
@@ -72,7 +69,7 @@ private:
             &m_context, [](const auto &events) {
                 for (const CalendarEvent &one : *events) {
                     print({one.id, told(one.start), told(one.end), one.title,
-                           one.isAllDay ? QStringLiteral("all day") : QString()});
+                           one.isAllDay ? u"all day"_s : QString()});
                 }
                 finish(true);
             });
@@ -86,31 +83,9 @@ private:
         finish(true);
     }
 
-    void next()
-    {
-        const QString title = QStringLiteral("Task %1 ").arg(m_count++).repeated(200);
-        m_stores.reminders->add(title, &m_context, [this](const std::optional<QString> &id) {
-            print({QStringLiteral("added"), *id});
-            const auto done = [this, id](bool) {
-                print({QStringLiteral("done"), *id});
-                next();
-            };
-            if (m_count % 3 == 0) {
-                print({QStringLiteral("completing"), *id});
-                m_stores.reminders->complete(*id, &m_context, done);
-            } else if (m_count % 3 == 1) {
-                print({QStringLiteral("removing"), *id});
-                m_stores.reminders->remove(*id, &m_context, done);
-            } else {
-                next();
-            }
-        });
-    }
-
-    BusConnection m_bus{QDBusConnection(QStringLiteral("none"))};
+    BusConnection m_bus{QDBusConnection(u"none"_s)};
     CalendarStores m_stores;
     QObject m_context;
-    int m_count = 0;
 };
 
 } // namespace
