@@ -14,6 +14,7 @@
 #include <QTest>
 
 using namespace velmora;
+using enum DropActionID;
 
 namespace
 {
@@ -126,28 +127,27 @@ QMap<QString, QByteArray> DropActionsOnDiskTest::archived(const QString &name) c
 
 void DropActionsOnDiskTest::theShelfIsMadeAndFilled()
 {
-    const QString shelf = text("Desktop/Velmora Shelf");
-    QDir(path(shelf)).removeRecursively();
+    const QString folder = text("Desktop/Velmora Shelf");
+    QDir(path(folder)).removeRecursively();
     write(text("a.txt"), "1");
     for (int i = 0; i < 3; ++i) {
-        QCOMPARE(perform(DropActionID::shelf, {text("a.txt")}), text("Shelf — done"));
+        QCOMPARE(perform(shelf, {text("a.txt")}), text("Shelf — done"));
     }
-    QCOMPARE(list(shelf), QStringList({text("a 1.txt"), text("a 2.txt"), text("a.txt")}));
-    QCOMPARE(m_fake.calls, QStringList(3, text("open ") + path(shelf)));
+    QCOMPARE(list(folder), QStringList({text("a 1.txt"), text("a 2.txt"), text("a.txt")}));
+    QCOMPARE(m_fake.calls, QStringList(3, text("open ") + path(folder)));
 }
 
 void DropActionsOnDiskTest::zipAndUnzipBringEverythingBack()
 {
     write(text("in/Docs/deep/a.txt"), "deep");
     write(text("in/b"), "b");
-    QCOMPARE(perform(DropActionID::zip, {text("in/Docs"), text("in/b")}), text("Zip — done"));
-    QCOMPARE(perform(DropActionID::zip, {text("in/Docs")}), text("Zip — done"));
+    QCOMPARE(perform(zip, {text("in/Docs"), text("in/b")}), text("Zip — done"));
+    QCOMPARE(perform(zip, {text("in/Docs")}), text("Zip — done"));
     QCOMPARE(list(text("in")),
              QStringList({text("Archive.zip"), text("Docs"), text("Docs.zip"), text("b")}));
     // Twice: what is there is overwritten without a question.
     for (int i = 0; i < 2; ++i) {
-        QCOMPARE(perform(DropActionID::unzip, {text("in/Archive.zip"), text("in/b")}),
-                 text("Unzip — done"));
+        QCOMPARE(perform(unzip, {text("in/Archive.zip"), text("in/b")}), text("Unzip — done"));
         const QString unpacked = text("in/Archive") + m_folder->path();
         QCOMPARE(read(unpacked + text("/in/Docs/deep/a.txt")), QByteArray("deep"));
         QCOMPARE(read(unpacked + text("/in/b")), QByteArray("b"));
@@ -157,14 +157,14 @@ void DropActionsOnDiskTest::zipAndUnzipBringEverythingBack()
 void DropActionsOnDiskTest::archivesByOddNames()
 {
     write(text("a1"), "other"); // what a pattern would find instead
-    QCOMPARE(perform(DropActionID::zip, {text("a1")}), text("Zip — done"));
+    QCOMPARE(perform(zip, {text("a1")}), text("Zip — done"));
     for (const char *odd : {"-rf", "a[1]", "*", "b?", "c\\d", "[x]\\*", "@", "e f'\"$(id)", "ö"}) {
         const QString name = text(odd);
         write(name, "content");
-        QCOMPARE(perform(DropActionID::zip, {name}), text("Zip — done"));
+        QCOMPARE(perform(zip, {name}), text("Zip — done"));
         QVERIFY2(list().contains(name + text(".zip")), odd);
         QVERIFY(QFile::remove(path(name)));
-        QCOMPARE(perform(DropActionID::unzip, {name + text(".zip")}), text("Unzip — done"));
+        QCOMPARE(perform(unzip, {name + text(".zip")}), text("Unzip — done"));
         QCOMPARE(read(name + m_folder->path() + QLatin1Char('/') + name), QByteArray("content"));
     }
 }
@@ -179,7 +179,7 @@ void DropActionsOnDiskTest::manyFilesAndOddLines()
     for (const QString &name : names) {
         write(name, "content");
     }
-    QCOMPARE(perform(DropActionID::zip, names), text("Zip — done"));
+    QCOMPARE(perform(zip, names), text("Zip — done"));
     QCOMPARE(archived(text("Archive.zip")).size(), names.size());
     for (const QString &name : names.mid(0, 4)) {
         QCOMPARE(archived(text("Archive.zip")).value(name), QByteArray("content"));
@@ -191,8 +191,8 @@ void DropActionsOnDiskTest::twoArchivesAtOnce()
     for (const char *name : {"a", "b", "c"})
         write(text(name), name);
     const QSignalSpy said(m_service.get(), &DropActionsService::lastStatusChanged);
-    start(DropActionID::zip, {text("a"), text("b")});
-    start(DropActionID::zip, {text("a"), text("c")});
+    start(zip, {text("a"), text("b")});
+    start(zip, {text("a"), text("c")});
     QTRY_COMPARE(said.size(), 4);
     QCOMPARE(list().filter(text("rchive")).size(), 2);
     QList<QByteArray> found;
@@ -214,9 +214,9 @@ void DropActionsOnDiskTest::linksInArchives()
     QFile::link(path(text("in/Docs/a")), path(text("to file")));
     QFile::link(text("/no/such/file"), path(text("to nothing")));
     // What was dropped is followed; what is inside leads in circles.
-    QCOMPARE(perform(DropActionID::zip,
-                     {text("in/Docs"), text("to folder"), text("to file"), text("to nothing")}),
-             text("Zip — done"));
+    QCOMPARE(
+        perform(zip, {text("in/Docs"), text("to folder"), text("to file"), text("to nothing")}),
+        text("Zip — done"));
     const QByteArray circle = QFile::encodeName(path(text("in/Docs")));
     const QMap<QString, QByteArray> expected{
         {text("in/Docs/"), {}},          {text("in/Docs/a"), "a"},
@@ -232,14 +232,13 @@ void DropActionsOnDiskTest::archivesThatFail()
 {
     write(text("bad.zip"), "no archive at all");
     write(text("good"), "x");
-    QCOMPARE(perform(DropActionID::zip, {text("good")}), text("Zip — done"));
-    QCOMPARE(perform(DropActionID::unzip, {text("bad.zip"), text("good.zip")}),
+    QCOMPARE(perform(zip, {text("good")}), text("Zip — done"));
+    QCOMPARE(perform(unzip, {text("bad.zip"), text("good.zip")}),
              text("Unzip failed: Process exited 9"));
     QVERIFY(list().contains(text("bad"))); // stays, empty
-    QCOMPARE(perform(DropActionID::unzip, {text("good.zip")}),
-             text("Unzip failed: good: Not a directory"));
-    QCOMPARE(perform(DropActionID::zip, {text("gone")}), text("Zip failed: Process exited 12"));
-    m_service->execute(DropActionID::zip, {QUrl(text("http://host/a"))});
+    QCOMPARE(perform(unzip, {text("good.zip")}), text("Unzip failed: good: Not a directory"));
+    QCOMPARE(perform(zip, {text("gone")}), text("Zip failed: Process exited 12"));
+    m_service->execute(zip, {QUrl(text("http://host/a"))});
     QTRY_COMPARE(m_service->lastStatus(), text("Zip failed: a: Not a file of this computer"));
 
     // Nobody is asked for a password.
@@ -247,7 +246,7 @@ void DropActionsOnDiskTest::archivesThatFail()
         QProcess::execute(text("/usr/bin/zip"), {text("-q"), text("-P"), text("word"),
                                                  path(text("secret.zip")), path(text("good"))}),
         0);
-    const QString said = perform(DropActionID::unzip, {text("secret.zip")});
+    const QString said = perform(unzip, {text("secret.zip")});
     QVERIFY2(said.startsWith(text("Unzip failed: Process exited ")), qPrintable(said));
 }
 

@@ -135,13 +135,10 @@ void MediaRemoteServiceTest::position()
     QCOMPARE(at(), 10.0);
 
     // Views skip what differs in these only.
-    NowPlayingInfo a = rig.now();
-    NowPlayingInfo b = a;
-    b.elapsedAtFetch = 50;
-    b.artwork = cover(Qt::red);
-    QVERIFY(a == b);
-    b.duration = 1;
-    QVERIFY(!(a == b));
+    NowPlayingInfo same = rig.now();
+    same.elapsedAtFetch = 50;
+    same.artwork = cover(Qt::red);
+    QVERIFY(same == rig.now());
 }
 
 /// What an answer makes of the item, and whether a cover is looked for.

@@ -48,11 +48,6 @@ const QDBusArgument &operator>>(const QDBusArgument &argument, TableEntry &entry
 namespace
 {
 
-QString text(const char *utf8)
-{
-    return QString::fromUtf8(utf8);
-}
-
 constexpr auto notAllowed = "This process may not mount file systems";
 
 /// A disk that can be taken away. Its device is one that is there on every machine; what that one
@@ -74,51 +69,50 @@ class FakeUDisks final : public QDBusVirtualObject
 public:
     bool isBusy = false; ///< and says so to whoever wants a disk
 
-    [[nodiscard]] QStringList takeCalls() { return std::exchange(m_calls, {}); }
+    QStringList takeCalls() { return std::exchange(m_calls, {}); }
 
     void add(const Disk &disk)
     {
-        m_objects.insert(path("/drives/", disk), drive(disk));
-        m_objects.insert(path("/block_devices/", disk), block(disk));
+        m_objects.insert(path(u"drives"_qs, disk), drive(disk));
+        m_objects.insert(path(u"block_devices"_qs, disk), block(disk));
     }
 
     [[nodiscard]] QString introspect(const QString &) const override { return {}; }
 
     bool handleMessage(const QDBusMessage &message, const QDBusConnection &connection) override
     {
-        if (message.member() == text("GetManagedObjects")) {
+        if (message.member() == u"GetManagedObjects"_qs)
             return connection.send(message.createReply(QVariant::fromValue(m_objects)));
-        }
         m_calls << message.member() + u' ' + message.path().section(u'/', -1);
         return connection.send(
-            isBusy ? message.createErrorReply(text("org.freedesktop.UDisks2.Error.DeviceBusy"),
-                                              text("Somebody has a file open"))
+            isBusy ? message.createErrorReply(u"org.freedesktop.UDisks2.Error.DeviceBusy"_qs,
+                                              u"Somebody has a file open"_qs)
                    : message.createReply());
     }
 
 private:
-    static QDBusObjectPath path(const char *kind, const Disk &disk)
+    static QDBusObjectPath path(const QString &kind, const Disk &disk)
     {
-        return QDBusObjectPath(text("/org/freedesktop/UDisks2") + text(kind) + disk.name);
+        return QDBusObjectPath(u"/org/freedesktop/UDisks2/%1/%2"_qs.arg(kind, disk.name));
     }
 
     // Some of these are of no interest, but those who ask take it for granted that they are there.
     static Properties drive(const Disk &disk)
     {
-        return {{text("org.freedesktop.UDisks2.Drive"),
-                 {{text("Vendor"), text("Velmora")},
-                  {text("Revision"), QString()},
-                  {text("Model"), disk.name},
-                  {text("Id"), disk.name},
-                  {text("Media"), QString()},
-                  {text("MediaCompatibility"), QStringList()},
-                  {text("ConnectionBus"), text("usb")},
-                  {text("SortKey"), disk.name},
-                  {text("Size"), quint64{1'000'000}},
-                  {text("MediaAvailable"), true},
-                  {text("MediaRemovable"), true},
-                  {text("Removable"), true},
-                  {text("Ejectable"), disk.isEjectable}}}};
+        return {{u"org.freedesktop.UDisks2.Drive"_qs,
+                 {{u"Vendor"_qs, u"Velmora"_qs},
+                  {u"Revision"_qs, QString()},
+                  {u"Model"_qs, disk.name},
+                  {u"Id"_qs, disk.name},
+                  {u"Media"_qs, QString()},
+                  {u"MediaCompatibility"_qs, QStringList()},
+                  {u"ConnectionBus"_qs, u"usb"_qs},
+                  {u"SortKey"_qs, disk.name},
+                  {u"Size"_qs, quint64{1'000'000}},
+                  {u"MediaAvailable"_qs, true},
+                  {u"MediaRemovable"_qs, true},
+                  {u"Removable"_qs, true},
+                  {u"Ejectable"_qs, disk.isEjectable}}}};
     }
 
     static Properties block(const Disk &disk)
@@ -127,30 +121,29 @@ private:
         stat(disk.device, &status);
         const QByteArray device = disk.device + QByteArray(1, '\0');
         const QByteArray mounted = QFile::encodeName(disk.mountPoint()) + '\0';
-        return {{text("org.freedesktop.UDisks2.Block"),
-                 {{text("Device"), device},
-                  {text("PreferredDevice"), device},
-                  {text("DeviceNumber"), quint64{status.st_rdev}},
-                  {text("Drive"), QVariant::fromValue(path("/drives/", disk))},
-                  {text("CryptoBackingDevice"), QVariant::fromValue(QDBusObjectPath(text("/")))},
-                  {text("IdUUID"), QString()},
-                  {text("HintName"), QString()},
-                  {text("HintIconName"), QString()},
-                  {text("HintSymbolicIconName"), QString()},
-                  {text("Configuration"), QVariant::fromValue(QList<TableEntry>())},
-                  {text("IdUsage"), text("filesystem")},
-                  {text("IdType"), text("vfat")},
-                  {text("IdLabel"), disk.name},
-                  {text("Size"), quint64{1'000'000}},
-                  {text("HintAuto"), true}}},
-                {text("org.freedesktop.UDisks2.Filesystem"),
-                 {{text("MountPoints"), QVariant::fromValue(QList<QByteArray>{mounted})}}}};
+        return {{u"org.freedesktop.UDisks2.Block"_qs,
+                 {{u"Device"_qs, device},
+                  {u"PreferredDevice"_qs, device},
+                  {u"DeviceNumber"_qs, quint64{status.st_rdev}},
+                  {u"Drive"_qs, QVariant::fromValue(path(u"drives"_qs, disk))},
+                  {u"CryptoBackingDevice"_qs, QVariant::fromValue(QDBusObjectPath(u"/"_qs))},
+                  {u"IdUUID"_qs, QString()},
+                  {u"HintName"_qs, QString()},
+                  {u"HintIconName"_qs, QString()},
+                  {u"HintSymbolicIconName"_qs, QString()},
+                  {u"Configuration"_qs, QVariant::fromValue(QList<TableEntry>())},
+                  {u"IdUsage"_qs, u"filesystem"_qs},
+                  {u"IdType"_qs, u"vfat"_qs},
+                  {u"IdLabel"_qs, disk.name},
+                  {u"Size"_qs, quint64{1'000'000}},
+                  {u"HintAuto"_qs, true}}},
+                {u"org.freedesktop.UDisks2.Filesystem"_qs,
+                 {{u"MountPoints"_qs, QVariant::fromValue(QList<QByteArray>{mounted})}}}};
     }
 
     QStringList m_calls;
-    Objects m_objects{
-        {QDBusObjectPath(text("/org/freedesktop/UDisks2/Manager")),
-         {{text("org.freedesktop.UDisks2.Manager"), {{text("Version"), text("2.9.4")}}}}}};
+    Objects m_objects{{QDBusObjectPath(u"/org/freedesktop/UDisks2/Manager"_qs),
+                       {{u"org.freedesktop.UDisks2.Manager"_qs, {{u"Version"_qs, u"2.9.4"_qs}}}}}};
 };
 
 } // namespace
@@ -163,9 +156,8 @@ class VolumesTest : public QObject
 private Q_SLOTS:
     void initTestCase();
     void cleanupTestCase();
-    void takesTheDiskAway();
     void saysSoWhereThereIsNoDisk();
-    void answersNobodyWhoIsGone();
+    void takesTheDiskAway();
 
 private:
     /// What comes of it for the disk of a file.
@@ -173,17 +165,17 @@ private:
     {
         QString answer;
         m_volumes.ejectVolumeOf(
-            file, [&answer](bool ejected) { answer = text(ejected ? "ejected" : "stays"); });
+            file, [&answer](bool ejected) { answer = ejected ? u"ejected"_qs : u"stays"_qs; });
         return QTest::qWaitFor([&] { return !answer.isEmpty(); }, 20'000) ? answer
-                                                                          : text("no answer");
+                                                                          : u"no answer"_qs;
     }
     [[nodiscard]] static QUrl fileOn(const Disk &disk)
     {
-        return QUrl::fromLocalFile(disk.mountPoint() + QStringLiteral("/folder/a file"));
+        return QUrl::fromLocalFile(disk.mountPoint() + u"/folder/a file"_qs);
     }
 
-    const Disk m_stick{QStringLiteral("stick"), "/dev/full", true};
-    const Disk m_fixed{QStringLiteral("fixed"), "/dev/zero", false};
+    const Disk m_stick{u"stick"_qs, "/dev/full", true};
+    const Disk m_fixed{u"fixed"_qs, "/dev/zero", false};
     FakeUDisks m_disks;
     GioVolumes m_volumes;
     bool m_mayMount = true; ///< containers may forbid it
@@ -202,15 +194,15 @@ void VolumesTest::initTestCase()
         // Of a kind that is not taken for the system's own, and that needs no device.
         m_mayMount = mount(disk.device, place.constData(), "ramfs", 0, nullptr) == 0;
         QVERIFY2(m_mayMount || errno == EPERM, std::strerror(errno));
-        QVERIFY(QDir(disk.mountPoint()).mkdir(QStringLiteral("folder")));
+        QVERIFY(QDir(disk.mountPoint()).mkdir(u"folder"_qs));
         QFile file(fileOn(disk).toLocalFile());
         QVERIFY(file.open(QIODevice::WriteOnly));
         m_disks.add(disk);
     }
     auto bus = QDBusConnection::systemBus();
-    QVERIFY(bus.registerVirtualObject(text("/org/freedesktop/UDisks2"), &m_disks,
+    QVERIFY(bus.registerVirtualObject(u"/org/freedesktop/UDisks2"_qs, &m_disks,
                                       QDBusConnection::SubPath));
-    QVERIFY(bus.registerService(text("org.freedesktop.UDisks2")));
+    QVERIFY(bus.registerService(u"org.freedesktop.UDisks2"_qs));
 }
 
 void VolumesTest::cleanupTestCase()
@@ -225,40 +217,34 @@ void VolumesTest::takesTheDiskAway()
     if (!m_mayMount) {
         QSKIP(notAllowed);
     }
-    const QStringList ejected{text("Unmount stick"), text("Eject stick")};
-    QCOMPARE(eject(fileOn(m_stick)), text("ejected"));
+    const QStringList ejected{u"Unmount stick"_qs, u"Eject stick"_qs};
+    QCOMPARE(eject(fileOn(m_stick)), u"ejected"_qs);
     QCOMPARE(m_disks.takeCalls(), ejected);
-    QCOMPARE(eject(QUrl::fromLocalFile(m_stick.mountPoint())), text("ejected"));
+    QCOMPARE(eject(QUrl::fromLocalFile(m_stick.mountPoint())), u"ejected"_qs);
     QCOMPARE(m_disks.takeCalls(), ejected);
-    QCOMPARE(eject(fileOn(m_fixed)), text("ejected"));
-    QCOMPARE(m_disks.takeCalls(), QStringList(text("Unmount fixed")));
+    QCOMPARE(eject(fileOn(m_fixed)), u"ejected"_qs);
+    QCOMPARE(m_disks.takeCalls(), QStringList(u"Unmount fixed"_qs));
 
     m_disks.isBusy = true;
-    QCOMPARE(eject(fileOn(m_stick)), text("stays"));
+    QCOMPARE(eject(fileOn(m_stick)), u"stays"_qs);
     m_disks.isBusy = false;
-    QCOMPARE(m_disks.takeCalls(), QStringList(text("Unmount stick")));
-}
+    QCOMPARE(m_disks.takeCalls(), QStringList(u"Unmount stick"_qs));
 
-void VolumesTest::saysSoWhereThereIsNoDisk()
-{
-    QCOMPARE(eject(QUrl::fromLocalFile(QStringLiteral("/"))), text("stays"));
-    QCOMPARE(eject(QUrl(QStringLiteral("https://example.org/a"))), text("stays"));
-    QCOMPARE(eject(QUrl::fromLocalFile(m_stick.mountPoint() + QStringLiteral("/gone"))),
-             text("stays"));
-    QCOMPARE(m_disks.takeCalls(), QStringList());
-}
-
-void VolumesTest::answersNobodyWhoIsGone()
-{
-    if (!m_mayMount) {
-        QSKIP(notAllowed);
-    }
+    // Nobody who is gone is answered.
     auto volumes = std::make_unique<GioVolumes>();
     bool isAnswered = false;
     volumes->ejectVolumeOf(fileOn(m_stick), [&isAnswered](bool) { isAnswered = true; });
     volumes.reset();
-    QCOMPARE(eject(fileOn(m_fixed)), text("ejected"));
+    QCOMPARE(eject(fileOn(m_fixed)), u"ejected"_qs);
     QVERIFY(!isAnswered);
+}
+
+void VolumesTest::saysSoWhereThereIsNoDisk()
+{
+    QCOMPARE(eject(QUrl::fromLocalFile(u"/"_qs)), u"stays"_qs);
+    QCOMPARE(eject(QUrl(u"https://example.org/a"_qs)), u"stays"_qs);
+    QCOMPARE(eject(QUrl::fromLocalFile(m_stick.mountPoint() + u"/gone"_qs)), u"stays"_qs);
+    QCOMPARE(m_disks.takeCalls(), QStringList());
 }
 
 QTEST_GUILESS_MAIN(VolumesTest)

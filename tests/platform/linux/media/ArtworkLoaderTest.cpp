@@ -59,11 +59,6 @@ State ArtworkLoaderTest::load(const QString &address)
 
 void ArtworkLoaderTest::decodesCovers()
 {
-    for (const auto *format : {"png", "jpg", "webp", "bmp"})
-        QCOMPARE(decodeCover(encoded(QSize(240, 200), format)).size(), QSize(240, 200));
-    const QByteArray gif =
-        QByteArray::fromBase64("R0lGODlhAQABAIAAAP8AAP///yH5BAAAAAAALAAAAAABAAEAAAICRAEAOw==");
-    QCOMPARE(decodeCover(gif).size(), QSize(1, 1));
     QCOMPARE(decodeCover(encoded(QSize(3000, 1000), "jpg")).size(), QSize(256, 85));
     QCOMPARE(decodeCover(encoded(QSize(2000, 1), "png")).size(), QSize(256, 1));
     const QImage wide = QImage::fromData(encoded(QSize(240, 100), "png"));
