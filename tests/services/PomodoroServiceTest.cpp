@@ -35,7 +35,6 @@ private Q_SLOTS:
     void transitions();
     void announcements();
     void restsOnZeroForASecond();
-    void timeAndProgress();
     void ticksThatAreEarlyOrLate();
     void countsTheSleepOfTheMachine();
     void storedSettings();
@@ -43,22 +42,22 @@ private Q_SLOTS:
     void tellsWhenAllIsInPlace();
 
 private:
-    void make() { m_service = std::make_unique<PomodoroService>(*m_clock, *m_store, *m_shown); }
+    void make() { m_service.emplace(*m_clock, *m_store, *m_shown); }
     [[nodiscard]] QString state() const;
     void bring(const QString &wanted);
 
-    std::unique_ptr<VirtualClock> m_clock;
-    std::unique_ptr<MemoryStore> m_store;
-    std::unique_ptr<FakeNotifications> m_shown;
-    std::unique_ptr<PomodoroService> m_service;
+    std::optional<VirtualClock> m_clock;
+    std::optional<MemoryStore> m_store;
+    std::optional<FakeNotifications> m_shown;
+    std::optional<PomodoroService> m_service;
 };
 
 void PomodoroServiceTest::init()
 {
     m_service.reset();
-    m_clock = std::make_unique<VirtualClock>();
-    m_store = std::make_unique<MemoryStore>();
-    m_shown = std::make_unique<FakeNotifications>();
+    m_clock.emplace();
+    m_store.emplace();
+    m_shown.emplace();
     make();
 }
 
@@ -111,7 +110,7 @@ void PomodoroServiceTest::transitions()
         QCOMPARE(state(), u"WORK 0 25:00"_s);
         bring(before);
         if (operation != nullptr) {
-            (m_service.get()->*operation)();
+            (*m_service.*operation)();
         } else {
             m_clock->advance(std::chrono::seconds(m_service->secondsRemaining() + 1));
         }
@@ -175,10 +174,7 @@ void PomodoroServiceTest::restsOnZeroForASecond()
     m_service->start();
     m_clock->advance(1s);
     QCOMPARE(state(), u"WORK 1 01:00"_s);
-}
 
-void PomodoroServiceTest::timeAndProgress()
-{
     m_service->setWorkMinutes(100);
     QCOMPARE(m_service->timeString(), u"100:00"_s);
     m_service->start();
@@ -330,11 +326,11 @@ void PomodoroServiceTest::assignments()
 
 void PomodoroServiceTest::tellsWhenAllIsInPlace()
 {
-    const QSignalSpy seconds(m_service.get(), &PomodoroService::secondsRemainingChanged);
-    const QSignalSpy progress(m_service.get(), &PomodoroService::progressChanged);
-    const QSignalSpy running(m_service.get(), &PomodoroService::isRunningChanged);
+    const QSignalSpy seconds(&*m_service, &PomodoroService::secondsRemainingChanged);
+    const QSignalSpy progress(&*m_service, &PomodoroService::progressChanged);
+    const QSignalSpy running(&*m_service, &PomodoroService::isRunningChanged);
     QStringList seen;
-    connect(m_service.get(), &PomodoroService::phaseChanged, this,
+    connect(&*m_service, &PomodoroService::phaseChanged, this,
             [this, &seen] { seen << state() << QString::number(m_shown->added.size()); });
     m_service->start();
     m_clock->advance(3s);
@@ -346,8 +342,7 @@ void PomodoroServiceTest::tellsWhenAllIsInPlace()
     QCOMPARE(seen, (QStringList{u"BREAK 1 05:00"_s, u"1"_s}));
 
     // Who hears of the end may start the next phase at once.
-    connect(m_service.get(), &PomodoroService::phaseChanged, m_service.get(),
-            &PomodoroService::start);
+    connect(&*m_service, &PomodoroService::phaseChanged, &*m_service, &PomodoroService::start);
     m_service->skip();
     m_clock->advance(2s);
     QCOMPARE(state(), u"WORK 1 24:58 runs"_s);

@@ -6,7 +6,6 @@
 #include <QDBusContext>
 #include <QTest>
 
-#include <memory>
 #include <optional>
 #include <utility>
 
@@ -120,15 +119,11 @@ private Q_SLOTS:
     void init();
 
     void carriesEverything();
-    void replacesWhatIsOnShow();
-    void waitsForTheAnswer();
-    void doesNotWaitForever();
+    void waitsForTheAnswerButNotForever();
     void forgetsWithTheDaemon();
-    void survivesADaemonThatDies();
     void survivesOddAnswers();
     void remembersTheLatest();
     void escapesMarkup();
-    void sendsNothingThatTheBusWouldRefuse();
 
 private:
     void add(const QByteArray &identifier, const QString &body)
@@ -144,26 +139,23 @@ private:
     }
     void restart();
 
-    std::unique_ptr<BusPeer> m_client;
-    std::unique_ptr<FakeNotificationDaemon> m_daemon;
-    std::unique_ptr<DesktopNotifications> m_notifications;
+    std::optional<BusPeer> m_client;
+    std::optional<FakeNotificationDaemon> m_daemon;
+    std::optional<DesktopNotifications> m_notifications;
 };
 
 void DesktopNotificationsTest::init()
 {
     m_notifications.reset();
-    m_daemon.reset();
-    m_client.reset(); // before another one takes its name
-    m_client = std::make_unique<BusPeer>(u"client"_s);
-    m_daemon = std::make_unique<FakeNotificationDaemon>(u"daemon"_s);
-    m_notifications = std::make_unique<DesktopNotifications>(m_client->bus());
+    m_client.emplace(u"client"_s);
+    m_daemon.emplace(u"daemon"_s);
+    m_notifications.emplace(m_client->bus());
 }
 
 /// Another daemon in the place of the present one, with ids of its own.
 void DesktopNotificationsTest::restart()
 {
-    m_daemon.reset();
-    m_daemon = std::make_unique<FakeNotificationDaemon>(u"another daemon"_s);
+    m_daemon.emplace(u"another daemon"_s);
     m_daemon->lastId = 100;
 }
 
@@ -182,10 +174,8 @@ void DesktopNotificationsTest::carriesEverything()
                             {u"suppress-sound"_s, true}};
     QCOMPARE(qdbus_cast<QVariantMap>(m_daemon->shown.last().at(6)), quiet);
     QCOMPARE(m_daemon->shown.last().at(3), u"<b>"_s);
-}
 
-void DesktopNotificationsTest::replacesWhatIsOnShow()
-{
+    init();
     addAndSettle("a", u"one"_s);
     addAndSettle("b", u"two"_s);
     addAndSettle("a", u"three"_s);
@@ -209,7 +199,7 @@ void DesktopNotificationsTest::replacesWhatIsOnShow()
     QCOMPARE(m_daemon->told().last(), u"six replaces 2"_s);
 }
 
-void DesktopNotificationsTest::waitsForTheAnswer()
+void DesktopNotificationsTest::waitsForTheAnswerButNotForever()
 {
     m_daemon->holds = true;
     add("a", u"one"_s);
@@ -221,11 +211,9 @@ void DesktopNotificationsTest::waitsForTheAnswer()
     settle(); // the answers
     settle(); // what they led to
     QCOMPARE(m_daemon->told().mid(2), QStringList{u"four replaces 1"_s});
-}
 
-void DesktopNotificationsTest::doesNotWaitForever()
-{
-    m_notifications = std::make_unique<DesktopNotifications>(m_client->bus(), 1s);
+    init();
+    m_notifications.emplace(m_client->bus(), 1s);
     m_daemon->holds = true;
     add("a", u"one"_s);
     add("a", u"two"_s);
@@ -252,10 +240,8 @@ void DesktopNotificationsTest::forgetsWithTheDaemon()
     m_daemon->start();
     addAndSettle("a", u"four"_s);
     QCOMPARE(m_daemon->told().mid(2), QStringList{u"four"_s});
-}
 
-void DesktopNotificationsTest::survivesADaemonThatDies()
-{
+    init();
     m_daemon->holds = true;
     m_daemon->capabilities = {QStringList{u"body-markup"_s}};
     add("a", u"one"_s);
@@ -341,10 +327,8 @@ void DesktopNotificationsTest::escapesMarkup()
         restart();
         settle();
     }
-}
 
-void DesktopNotificationsTest::sendsNothingThatTheBusWouldRefuse()
-{
+    init();
     const QString null(QChar(u'\0'));
     const QString half(QChar(0xd800)); // of a character
     m_notifications->add({u"a"_s, null + half, QString(1'000'000, u'x') + half, false});

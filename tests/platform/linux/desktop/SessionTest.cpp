@@ -10,7 +10,6 @@
 
 #include <csignal>
 #include <glib.h>
-#include <memory>
 
 using namespace velmora;
 using namespace Qt::StringLiterals;
@@ -21,21 +20,16 @@ namespace
 /// The words of an entry's command line as a desktop session takes them apart.
 QStringList commandOf(const QString &file)
 {
-    const std::unique_ptr<GKeyFile, decltype(&g_key_file_free)> entry(g_key_file_new(),
-                                                                      &g_key_file_free);
-    if (!g_key_file_load_from_file(entry.get(), QFile::encodeName(file).constData(),
-                                   G_KEY_FILE_NONE, nullptr))
-        return {};
-    const std::unique_ptr<gchar, decltype(&g_free)> line(
-        g_key_file_get_string(entry.get(), "Desktop Entry", "Exec", nullptr), &g_free);
+    g_autoptr(GKeyFile) entry = g_key_file_new();
+    g_key_file_load_from_file(entry, QFile::encodeName(file).constData(), G_KEY_FILE_NONE, nullptr);
+    g_autofree gchar *line = g_key_file_get_string(entry, "Desktop Entry", "Exec", nullptr);
+    g_auto(GStrv) words = nullptr;
     int count = 0;
-    gchar **words = nullptr;
-    if (!line || !g_shell_parse_argv(line.get(), &count, &words, nullptr))
-        return {};
     QStringList list;
-    for (int i = 0; i < count; ++i)
-        list << QString::fromUtf8(words[i]).replace(QLatin1String("%%"), QLatin1String("%"));
-    g_strfreev(words);
+    if (line != nullptr && g_shell_parse_argv(line, &count, &words, nullptr)) {
+        for (int i = 0; i < count; ++i)
+            list << QString::fromUtf8(words[i]).replace(u"%%"_s, u"%"_s);
+    }
     return list;
 }
 

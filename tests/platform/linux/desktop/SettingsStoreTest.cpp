@@ -72,8 +72,6 @@ private Q_SLOTS:
     void valuesComeBack();
     void readsWhatIsInTheFile();
     void unreadableIsKeptAside();
-    void faultyLinesAreKeptAside();
-    void staysInMemoryWhereNothingCanBeWritten();
     void abandonedLocksDoNotStall();
     void survivesBeingKilled();
 };
@@ -165,10 +163,7 @@ void SettingsStoreTest::unreadableIsKeptAside()
         QCOMPARE(after.st_ino, before.st_ino);
         QCOMPARE(after.st_size, before.st_size);
     }
-}
 
-void SettingsStoreTest::faultyLinesAreKeptAside()
-{
     const Place place;
     const QByteArray text("[General]\nold=1\nwhat is this\n");
     place.write(text);
@@ -177,11 +172,7 @@ void SettingsStoreTest::faultyLinesAreKeptAside()
     QCOMPARE(place.text(u".unreadable-1"_s), text);
     QTest::failOnWarning(QRegularExpression(u"."_s));
     QCOMPARE(SettingsStore(place.path).integer(u"old"_s), 1); // and it is in order now
-}
 
-void SettingsStoreTest::staysInMemoryWhereNothingCanBeWritten()
-{
-    const Place place;
     place.write({}); // a file in the place of the folder
     SettingsStore store(place.path + u"/velmora.conf"_s);
     store.setInteger(key, 1);

@@ -11,6 +11,7 @@
 #include <QVariantAnimation>
 
 using namespace velmora;
+using namespace Qt::StringLiterals;
 
 namespace
 {
@@ -51,16 +52,15 @@ bool run(const QString &program, const QStringList &arguments)
 QImage picture(const QString &output)
 {
     QProcess grim;
-    grim.start(QStringLiteral("grim"), {QStringLiteral("-o"), output, QStringLiteral("-t"),
-                                        QStringLiteral("ppm"), QStringLiteral("-")});
+    grim.start(u"grim"_s, {u"-o"_s, output, u"-t"_s, u"ppm"_s, u"-"_s});
     grim.waitForFinished();
     return QImage::fromData(grim.readAllStandardOutput(), "PPM");
 }
 
-QRect boundsOn(const Screen &screen, const QSize &size)
+QRect boundsOn(const Screen &screen)
 {
     const QRect frame = screen.frame().toRect();
-    return {{frame.x() + (frame.width() - size.width()) / 2, frame.y()}, size};
+    return {frame.x() + frame.width() / 2 - 100, frame.y(), 200, 40};
 }
 
 } // namespace
@@ -72,7 +72,7 @@ class LayerShellTest : public QObject
 private Q_SLOTS:
     void initTestCase()
     {
-        QCOMPARE(QGuiApplication::platformName(), QStringLiteral("wayland"));
+        QCOMPARE(QGuiApplication::platformName(), u"wayland"_s);
         m_windowing = makeWindowing();
         QCOMPARE(m_windowing.screens->all().size(), 2U);
         QVERIFY(!m_windowing.pointer->location());
@@ -83,7 +83,7 @@ private Q_SLOTS:
         const auto screens = m_windowing.screens->all();
         const auto name = screens.back()->localizedName();
         Window window(Qt::red);
-        const QRect bounds = boundsOn(*screens.back(), {200, 40});
+        const QRect bounds = boundsOn(*screens.back());
         auto surface = m_windowing.shell->adopt(window, *screens.back(), bounds);
         QVERIFY(!window.isVisible());
         surface->orderFront();
@@ -110,15 +110,13 @@ private Q_SLOTS:
         ordinary.show();
         QTRY_COMPARE(QGuiApplication::focusWindow(), &ordinary);
         Window window(Qt::blue);
-        auto surface = m_windowing.shell->adopt(window, *screen, boundsOn(*screen, {200, 40}));
-        surface->orderFront();
-        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        auto surface = shownOn(*screen, window);
         XPeer host(qgetenv("VELMORA_HOST_DISPLAY").constData());
         for (int round = 1; round <= 2; ++round) {
             surface->setKeyboardWanted(true);
             QTRY_COMPARE(QGuiApplication::focusWindow(), &window);
             host.type(38);
-            QTRY_COMPARE(window.typed, QStringLiteral("a").repeated(round));
+            QTRY_COMPARE(window.typed, u"a"_s.repeated(round));
             surface->setKeyboardWanted(false);
             QTRY_COMPARE(QGuiApplication::focusWindow(), &ordinary);
         }
@@ -129,9 +127,7 @@ private Q_SLOTS:
     {
         const auto screen = m_windowing.screens->all().front();
         Window window(Qt::yellow);
-        auto surface = m_windowing.shell->adopt(window, *screen, boundsOn(*screen, {200, 40}));
-        surface->orderFront();
-        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        auto surface = shownOn(*screen, window);
         QVariantAnimation animation;
         animation.setStartValue(0.0);
         animation.setEndValue(1.0);
@@ -154,9 +150,7 @@ private Q_SLOTS:
     {
         Window window(Qt::green);
         const auto screen = m_windowing.screens->all().back();
-        auto surface = m_windowing.shell->adopt(window, *screen, boundsOn(*screen, {200, 40}));
-        surface->orderFront();
-        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        auto surface = shownOn(*screen, window);
 
         // The screen goes, and the surface with it; the owner has not heard yet.
         XPeer host(qgetenv("VELMORA_HOST_DISPLAY").constData());
@@ -171,15 +165,14 @@ private Q_SLOTS:
 
     void newScreenAndNewScaleAreTold()
     {
-        QVERIFY(run(QStringLiteral("swaymsg"), {QStringLiteral("create_output")}));
+        QVERIFY(run(u"swaymsg"_s, {u"create_output"_s}));
         QTRY_COMPARE(m_windowing.screens->all().size(), 2U);
         const auto first = m_windowing.screens->all().front();
         const QRectF before = first->frame();
         bool told = false;
         connect(m_windowing.screens.get(), &Screens::changed, this,
                 [&] { told = told || first->handle()->devicePixelRatio() == 2; });
-        QVERIFY(run(QStringLiteral("swaymsg"), {QStringLiteral("output"), first->localizedName(),
-                                                QStringLiteral("scale"), QStringLiteral("2")}));
+        QVERIFY(run(u"swaymsg"_s, {u"output"_s, first->localizedName(), u"scale"_s, u"2"_s}));
         QTRY_VERIFY(told);
         QCOMPARE(first->frame().size(), before.size() / 2);
     }
@@ -187,6 +180,15 @@ private Q_SLOTS:
     void cleanupTestCase() { m_windowing = {}; }
 
 private:
+    std::unique_ptr<OverlaySurface> shownOn(const Screen &screen, Window &window) const
+    {
+        auto surface = m_windowing.shell->adopt(window, screen, boundsOn(screen));
+        surface->orderFront();
+        if (!QTest::qWaitForWindowExposed(&window))
+            qFatal("the window does not come");
+        return surface;
+    }
+
     Windowing m_windowing;
 };
 

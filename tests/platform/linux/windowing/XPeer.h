@@ -37,7 +37,9 @@ public:
 
     [[nodiscard]] xcb_window_t focus()
     {
-        return Reply<xcb_get_input_focus_reply_t>(focusReply())->focus;
+        const auto cookie = xcb_get_input_focus(m_xcb);
+        return Reply<xcb_get_input_focus_reply_t>(xcb_get_input_focus_reply(m_xcb, cookie, nullptr))
+            ->focus;
     }
 
     /// Moves with the mouse, as far as anybody can tell.
@@ -151,10 +153,7 @@ public:
 
     [[nodiscard]] bool isAbove(xcb_window_t upper, xcb_window_t lower)
     {
-        const auto cookie = xcb_query_tree(m_xcb, m_root);
-        const Reply<xcb_query_tree_reply_t> tree(xcb_query_tree_reply(m_xcb, cookie, nullptr));
-        const xcb_window_t *children = xcb_query_tree_children(tree.get());
-        const std::vector<xcb_window_t> stack(children, children + tree->children_len);
+        const auto stack = children();
         const auto at = [&stack](xcb_window_t w) { return std::ranges::find(stack, w); };
         return at(upper) != stack.end() && at(lower) != stack.end() && at(upper) > at(lower);
     }
@@ -162,10 +161,7 @@ public:
     /// Closes the window of this name as a window manager does; false if there is none.
     bool close(const QByteArray &name)
     {
-        const auto cookie = xcb_query_tree(m_xcb, m_root);
-        const Reply<xcb_query_tree_reply_t> tree(xcb_query_tree_reply(m_xcb, cookie, nullptr));
-        const xcb_window_t *children = xcb_query_tree_children(tree.get());
-        for (const xcb_window_t window : std::vector(children, children + tree->children_len)) {
+        for (const xcb_window_t window : children()) {
             if (this->name(window) != name)
                 continue;
             xcb_client_message_event_t message{};
@@ -189,6 +185,15 @@ public:
     }
 
 private:
+    /// Of the root, the topmost last.
+    std::vector<xcb_window_t> children()
+    {
+        const auto cookie = xcb_query_tree(m_xcb, m_root);
+        const Reply<xcb_query_tree_reply_t> tree(xcb_query_tree_reply(m_xcb, cookie, nullptr));
+        const xcb_window_t *first = xcb_query_tree_children(tree.get());
+        return {first, first + tree->children_len};
+    }
+
     QByteArray name(xcb_window_t window)
     {
         const auto cookie = xcb_get_property(m_xcb, 0, window, atom("_NET_WM_NAME"),
@@ -197,11 +202,6 @@ private:
         return reply ? QByteArray(static_cast<const char *>(xcb_get_property_value(reply.get())),
                                   xcb_get_property_value_length(reply.get()))
                      : QByteArray();
-    }
-
-    xcb_get_input_focus_reply_t *focusReply()
-    {
-        return xcb_get_input_focus_reply(m_xcb, xcb_get_input_focus(m_xcb), nullptr);
     }
 
     void fake(std::uint8_t type, std::uint8_t detail, const QPoint &at)

@@ -1,8 +1,10 @@
+#include "support/FakePlatform.h"
+#include "widgets/ClockModel.h"
+#include "widgets/MarqueeMotion.h"
 #include "widgets/NowPlayingModel.h"
 
-#include "support/FakePlatform.h"
-#include "widgets/MarqueeMotion.h"
-
+#include <QLocale>
+#include <QScopeGuard>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -39,28 +41,48 @@ struct Rig {
 
 } // namespace
 
-class NowPlayingModelTest : public QObject
+class WidgetModelsTest : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void timeText();
-    void asksWhileOnShow();
-    void positionMovesWhileItCanBeSeen();
+    void clockTurnsWithTheMinute();
+    void nowPlayingWhileOnShow();
     void marquee();
 };
 
-void NowPlayingModelTest::timeText()
+void WidgetModelsTest::clockTurnsWithTheMinute()
 {
-    for (const double none : {0.0, -1.0, qQNaN(), qInf()}) {
-        QCOMPARE(playbackTimeText(none), u"0:00"_s);
+    const auto restore = qScopeGuard([former = QLocale()] { QLocale::setDefault(former); });
+    VirtualClock clock;
+    ClockModel model;
+    model.setProperty("clock", QVariant::fromValue<Clock *>(&clock));
+    const auto text = [&] { return model.time() + u' ' + model.date(); };
+    const std::pair<QString, QString> rows[]{{u"de_DE"_s, u"09:07 So., Mai 5"_s},
+                                             {u"ja_JP"_s, u"09:07 日, 5月 5"_s},
+                                             {u"en_US"_s, u"09:07 Sun, May 5"_s}};
+    for (const auto &[locale, shown] : rows) {
+        QLocale::setDefault(QLocale(locale));
+        clock.setNow(QDateTime(QDate(2024, 5, 5), QTime(9, 7, 3)));
+        model.componentComplete();
+        QCOMPARE(text(), shown);
     }
-    QCOMPARE(playbackTimeText(59.99), u"0:59"_s);
-    QCOMPARE(playbackTimeText(3700), u"61:40"_s);
-    QCOMPARE(playbackTimeText(1e300), u"150000000000000:00"_s);
+    // A model that is made within a second must not lag behind by that part of one.
+    clock.setNow(QDateTime(QDate(2024, 5, 5), QTime(23, 58, 59, 400)));
+    model.componentComplete();
+    const QSignalSpy changes(&model, &ClockModel::changed);
+    clock.advance(599ms);
+    QVERIFY(changes.isEmpty());
+    clock.advance(1ms);
+    QCOMPARE(text(), u"23:59 Sun, May 5"_s);
+    clock.advance(59'999ms);
+    QCOMPARE(changes.size(), 1);
+    clock.advance(1ms);
+    QCOMPARE(text(), u"00:00 Mon, May 6"_s);
+    QCOMPARE(changes.size(), 2);
 }
 
-void NowPlayingModelTest::asksWhileOnShow()
+void WidgetModelsTest::nowPlayingWhileOnShow()
 {
     Rig rig;
     auto &questions = rig.platform.media.questions;
@@ -69,11 +91,7 @@ void NowPlayingModelTest::asksWhileOnShow()
     questions = 0;
     rig.clock.advance(3s);
     QCOMPARE(questions, 6); // with the service's own
-}
 
-void NowPlayingModelTest::positionMovesWhileItCanBeSeen()
-{
-    Rig rig;
     rig.play(); // at 10 of 100 seconds
     QCOMPARE(rig.model.progress(), 0.1);
     QSignalSpy moves(&rig.model, &NowPlayingModel::progressChanged);
@@ -105,9 +123,16 @@ void NowPlayingModelTest::positionMovesWhileItCanBeSeen()
     QVERIFY(rests(1));
     rig.play([&](MediaTrack &track) { track.elapsed = -3.0; });
     QCOMPARE(rig.model.progress(), 0.0);
+
+    for (const double none : {0.0, -1.0, qQNaN(), qInf()}) {
+        QCOMPARE(playbackTimeText(none), u"0:00"_s);
+    }
+    QCOMPARE(playbackTimeText(59.99), u"0:59"_s);
+    QCOMPARE(playbackTimeText(3700), u"61:40"_s);
+    QCOMPARE(playbackTimeText(1e300), u"150000000000000:00"_s);
 }
 
-void NowPlayingModelTest::marquee()
+void WidgetModelsTest::marquee()
 {
     VirtualClock clock;
     MarqueeMotion motion;
@@ -141,5 +166,5 @@ void NowPlayingModelTest::marquee()
     QCOMPARE(after(10s), 0.0);
 }
 
-QTEST_GUILESS_MAIN(NowPlayingModelTest)
-#include "NowPlayingModelTest.moc"
+QTEST_GUILESS_MAIN(WidgetModelsTest)
+#include "WidgetModelsTest.moc"
