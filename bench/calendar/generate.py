@@ -68,6 +68,7 @@ def main() -> None:
     parser.add_argument("--calendars", type=int, default=20)
     parser.add_argument("--recurring", type=int, default=4000)
     options = parser.parse_args()
+    options.folder.mkdir(parents=True, exist_ok=True)
     chance = random.Random(1)
     today = datetime.date.today()
     for number in range(options.items):

@@ -79,7 +79,7 @@ bool CalendarFolders::isUsable()
     });
 }
 
-std::optional<std::vector<CalendarEvent>> CalendarFolders::events(const TimeWindow &window)
+std::optional<std::vector<TimedEvent>> CalendarFolders::events(const TimeWindow &window)
 {
     if (!isUsable()) {
         return std::nullopt;
@@ -89,7 +89,7 @@ std::optional<std::vector<CalendarEvent>> CalendarFolders::events(const TimeWind
         m_isRead = false;
     }
     update();
-    std::vector<CalendarEvent> found;
+    std::vector<TimedEvent> found;
     for (const auto &[path, contents] : m_contents) {
         found.insert(found.end(), contents.events.begin(), contents.events.end());
     }
@@ -188,8 +188,8 @@ void CalendarFolders::readItem(Calendar &calendar, const std::string &name)
     const std::string path = calendar.path + '/' + name;
     const CalendarItem item(readFile(path).value_or(QByteArray()));
     Contents contents{item.events(m_window), {}};
-    for (CalendarEvent &event : contents.events) {
-        event.color = calendar.color;
+    for (TimedEvent &event : contents.events) {
+        event.event.color = calendar.color;
     }
     for (OpenTask &task : item.openTasks()) {
         contents.reminders.push_back(std::move(task.reminder));

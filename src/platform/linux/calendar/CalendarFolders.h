@@ -29,8 +29,7 @@ public:
     /// Whether there is a folder that can be read.
     [[nodiscard]] bool isUsable() override;
 
-    [[nodiscard]] std::optional<std::vector<CalendarEvent>>
-    events(const TimeWindow &window) override;
+    [[nodiscard]] std::optional<std::vector<TimedEvent>> events(const TimeWindow &window) override;
     [[nodiscard]] std::optional<std::vector<Reminder>> reminders() override;
     [[nodiscard]] std::optional<QString> add(const QString &title) override;
     [[nodiscard]] bool complete(const QString &id) override;
@@ -44,7 +43,7 @@ private:
         bool hasTasks = false;
     };
     struct Contents {
-        std::vector<CalendarEvent> events; ///< in the time that is kept
+        std::vector<TimedEvent> events; ///< in the time that is kept
         std::vector<Reminder> reminders;
     };
 

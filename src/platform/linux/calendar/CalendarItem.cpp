@@ -209,9 +209,9 @@ bool CalendarItem::hasTasks() const
     });
 }
 
-std::vector<CalendarEvent> CalendarItem::events(const TimeWindow &window) const
+std::vector<TimedEvent> CalendarItem::events(const TimeWindow &window) const
 {
-    std::vector<CalendarEvent> events;
+    std::vector<TimedEvent> events;
     for (icalcomponent *const component : m_components) {
         if (icalcomponent_isa(component) == ICAL_VEVENT_COMPONENT && !isClosed(component)) {
             addEvents(component, window, events);
@@ -221,7 +221,7 @@ std::vector<CalendarEvent> CalendarItem::events(const TimeWindow &window) const
 }
 
 void CalendarItem::addEvents(icalcomponent *component, const TimeWindow &window,
-                             std::vector<CalendarEvent> &events) const
+                             std::vector<TimedEvent> &events) const
 {
     const Schedule schedule(component);
     const auto first = momentOf(schedule.start);
@@ -237,9 +237,11 @@ void CalendarItem::addEvents(icalcomponent *component, const TimeWindow &window,
     const auto add = [&](const icaltimetype &begin, qint64 start) {
         const qint64 end = endOf(begin, start);
         if (window.overlaps(start, end)) {
-            events.push_back({QString::fromUtf8(icalcomponent_get_uid(component)),
-                              titleOf(component), QDateTime::fromSecsSinceEpoch(start),
-                              QDateTime::fromSecsSinceEpoch(end), isAllDay, QColor()});
+            events.push_back({start,
+                              end,
+                              {QString::fromUtf8(icalcomponent_get_uid(component)),
+                               titleOf(component), QDateTime::fromSecsSinceEpoch(start),
+                               QDateTime::fromSecsSinceEpoch(end), isAllDay, QColor()}});
         }
     };
     if (has(component, ICAL_RECURRENCEID_PROPERTY) || !recurs(component)) {

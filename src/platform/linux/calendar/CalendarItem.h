@@ -39,7 +39,7 @@ public:
 
     /// The events within the window, in no order and without colours; those of one recurring event
     /// up to a bound.
-    [[nodiscard]] std::vector<CalendarEvent> events(const TimeWindow &window) const;
+    [[nodiscard]] std::vector<TimedEvent> events(const TimeWindow &window) const;
     /// The tasks that are open; a recurring one once.
     [[nodiscard]] std::vector<OpenTask> openTasks() const;
     [[nodiscard]] bool hasTasks() const;
@@ -50,7 +50,7 @@ private:
     void collect(icalcomponent *component);
     [[nodiscard]] const Overrides &overridesOf(icalcomponent *master) const;
     void addEvents(icalcomponent *component, const TimeWindow &window,
-                   std::vector<CalendarEvent> &events) const;
+                   std::vector<TimedEvent> &events) const;
     [[nodiscard]] std::optional<OpenTask> openTask(icalcomponent *component) const;
 
     Component m_root;

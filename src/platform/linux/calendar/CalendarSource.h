@@ -29,6 +29,16 @@ struct TimeWindow {
     [[nodiscard]] TimeWindow widened() const { return {from - 3600, to + 86400}; }
 };
 
+/// An event with its moments, in seconds since the epoch: to tell those from a local time each time
+/// they are compared is expensive.
+struct TimedEvent {
+    qint64 start = 0;
+    qint64 end = 0;
+    CalendarEvent event;
+
+    bool operator==(const TimedEvent &) const = default;
+};
+
 /// Where calendars and tasks come from. Waits for disks or services, so it is made, used and
 /// destroyed in a thread of its own, which has an event loop.
 class CalendarSource
@@ -43,7 +53,7 @@ public:
     [[nodiscard]] virtual bool isUsable() = 0;
 
     /// May answer with more than the window.
-    [[nodiscard]] virtual std::optional<std::vector<CalendarEvent>>
+    [[nodiscard]] virtual std::optional<std::vector<TimedEvent>>
     events(const TimeWindow &window) = 0;
     [[nodiscard]] virtual std::optional<std::vector<Reminder>> reminders() = 0;
     [[nodiscard]] virtual std::optional<QString> add(const QString &title) = 0;

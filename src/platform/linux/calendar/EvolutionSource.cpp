@@ -239,7 +239,7 @@ bool EvolutionSource::isUsable()
     return begin();
 }
 
-std::optional<std::vector<CalendarEvent>> EvolutionSource::events(const TimeWindow &window)
+std::optional<std::vector<TimedEvent>> EvolutionSource::events(const TimeWindow &window)
 {
     if (m_hasEvents && m_window.covers(window)) {
         return m_events;
@@ -252,10 +252,10 @@ std::optional<std::vector<CalendarEvent>> EvolutionSource::events(const TimeWind
     };
     const QByteArray query = "(occur-in-time-range? (make-time \"" + told(m_window.from) +
                              "\") (make-time \"" + told(m_window.to) + "\"))";
-    std::vector<CalendarEvent> found;
+    std::vector<TimedEvent> found;
     const auto take = [&](const CalendarItem &item, const QColor &color) {
-        for (CalendarEvent &event : item.events(m_window)) {
-            event.color = color;
+        for (TimedEvent &event : item.events(m_window)) {
+            event.event.color = color;
             found.push_back(std::move(event));
         }
     };

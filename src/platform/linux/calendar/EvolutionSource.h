@@ -34,8 +34,7 @@ public:
     explicit EvolutionSource(std::shared_ptr<EvolutionCalls> calls);
 
     [[nodiscard]] bool isUsable() override;
-    [[nodiscard]] std::optional<std::vector<CalendarEvent>>
-    events(const TimeWindow &window) override;
+    [[nodiscard]] std::optional<std::vector<TimedEvent>> events(const TimeWindow &window) override;
     [[nodiscard]] std::optional<std::vector<Reminder>> reminders() override;
     [[nodiscard]] std::optional<QString> add(const QString &title) override;
     [[nodiscard]] bool complete(const QString &id) override;
@@ -88,7 +87,7 @@ private:
     bool m_hasEvents = false;
     bool m_hasReminders = false;
     TimeWindow m_window;
-    std::optional<std::vector<CalendarEvent>> m_events;
+    std::optional<std::vector<TimedEvent>> m_events;
     std::optional<std::vector<Reminder>> m_reminders;
 };
 

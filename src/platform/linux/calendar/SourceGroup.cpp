@@ -53,14 +53,22 @@ void SourceGroup::addTo(std::size_t member, const QString &title,
 namespace
 {
 
-/// Takes out what has the key of something before it. What has no identifier stays.
-template<typename Value, typename KeyOf>
-void keepFirst(std::vector<Value> &values, KeyOf keyOf)
+/// What lies in the window, each once, by start.
+std::vector<CalendarEvent> merged(std::vector<TimedEvent> events, const TimeWindow &window)
 {
-    std::set<decltype(keyOf(values.front()))> seen;
-    std::erase_if(values, [&](const Value &value) {
-        return !value.id.isEmpty() && !seen.insert(keyOf(value)).second;
+    std::set<std::pair<QString, qint64>> seen;
+    std::erase_if(events, [&](const TimedEvent &one) {
+        return !window.overlaps(one.start, one.end) ||
+               (!one.event.id.isEmpty() && !seen.emplace(one.event.id, one.start).second);
     });
+    std::stable_sort(events.begin(), events.end(),
+                     [](const auto &a, const auto &b) { return a.start < b.start; });
+    std::vector<CalendarEvent> sorted;
+    sorted.reserve(events.size());
+    for (TimedEvent &one : events) {
+        sorted.push_back(std::move(one.event));
+    }
+    return sorted;
 }
 
 /// The role and whoever asked have to be there still.
@@ -113,20 +121,9 @@ public:
     {
         const TimeWindow window{from.toSecsSinceEpoch(), to.toSecsSinceEpoch()};
         const auto merge = [window, answer = guarded(this, context, std::move(done))](auto events) {
-            if (events) {
-                std::erase_if(*events, [&window](const CalendarEvent &event) {
-                    return !window.overlaps(event.start.toSecsSinceEpoch(),
-                                            event.end.toSecsSinceEpoch());
-                });
-                keepFirst(*events, [](const CalendarEvent &event) {
-                    return std::pair(event.id, event.start.toSecsSinceEpoch());
-                });
-                std::stable_sort(events->begin(), events->end(),
-                                 [](const auto &a, const auto &b) { return a.start < b.start; });
-            }
-            answer(events);
+            answer(events ? std::optional(merged(std::move(*events), window)) : std::nullopt);
         };
-        group().collect<CalendarEvent>(
+        group().collect<TimedEvent>(
             [window](CalendarSource &source) { return source.events(window); }, merge);
     }
 };
@@ -140,7 +137,10 @@ public:
     {
         const auto merge = [answer = guarded(this, context, std::move(done))](auto reminders) {
             if (reminders) {
-                keepFirst(*reminders, [](const Reminder &reminder) { return reminder.id; });
+                std::set<QString> seen;
+                std::erase_if(*reminders, [&seen](const Reminder &reminder) {
+                    return !seen.insert(reminder.id).second;
+                });
             }
             answer(reminders);
         };

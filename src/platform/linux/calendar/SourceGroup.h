@@ -44,7 +44,7 @@ private:
 
     struct Member {
         std::unique_ptr<SourceThread> thread;
-        std::tuple<Values<CalendarEvent>, Values<Reminder>> last{}; ///< what it said
+        std::tuple<Values<TimedEvent>, Values<Reminder>> last{}; ///< what it said
     };
 
     void addTo(std::size_t member, const QString &title, const ReminderStore::AddAnswer &done);

@@ -37,7 +37,7 @@ QStringList occurrences(const QByteArray &text, const char *from, const char *to
 {
     const CalendarItem item(text);
     QStringList found;
-    for (const CalendarEvent &event : item.events({moment(from), moment(to)})) {
+    for (const auto &[begin, end, event] : item.events({moment(from), moment(to)})) {
         const auto told = [](const QDateTime &time) {
             return time.toUTC().toString(u"yyyy-MM-dd'T'hh:mm"_s);
         };

@@ -12,15 +12,19 @@ namespace
 
 const QDateTime morning(QDate(2026, 3, 2), QTime(9, 0));
 
-CalendarEvent eventOf(const char *id, int hours)
+TimedEvent eventOf(const char *id, int hours)
 {
     const QDateTime start = morning.addSecs(hours * 3600);
-    return {QString::fromLatin1(id), QString::fromLatin1(id), start, start.addSecs(60), false, {}};
+    const qint64 moment = start.toSecsSinceEpoch();
+    return {
+        moment,
+        moment + 60,
+        {QString::fromLatin1(id), QString::fromLatin1(id), start, start.addSecs(60), false, {}}};
 }
 
 /// What a source has. Changed while nothing is asked.
 struct Contents {
-    std::optional<std::vector<CalendarEvent>> events = std::vector<CalendarEvent>();
+    std::optional<std::vector<TimedEvent>> events = std::vector<TimedEvent>();
     std::vector<Reminder> reminders;
     bool isUsable = true;
     bool isSlow = false;
@@ -36,7 +40,7 @@ public:
     }
 
     bool isUsable() override { return m_contents.isUsable; }
-    std::optional<std::vector<CalendarEvent>> events(const TimeWindow & /*window*/) override
+    std::optional<std::vector<TimedEvent>> events(const TimeWindow & /*window*/) override
     {
         if (m_contents.isSlow) {
             m_contents.mayAnswer.acquire();
