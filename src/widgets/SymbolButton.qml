@@ -21,14 +21,8 @@ Item {
     RoundedRectangle {
         anchors.fill: parent
         color: Style.track
-        opacity: hover.hovered ? 1 : 0
         radius: 6
-
-        Behavior on opacity {
-            NumberAnimation {
-                duration: 100
-            }
-        }
+        visible: hover.hovered
     }
     Symbol {
         anchors.centerIn: parent

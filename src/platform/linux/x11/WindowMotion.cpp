@@ -6,12 +6,10 @@
 #include <QWindow>
 #include <qpa/qwindowsysteminterface.h>
 
-#include <algorithm>
 #include <chrono>
 #include <cstring>
 #include <utility>
 #include <vector>
-#include <xcb/xcbext.h>
 #include <xcb/xinput.h>
 
 namespace velmora
@@ -21,8 +19,9 @@ namespace
 
 using namespace std::chrono_literals;
 
-constexpr auto frameInterval = 16ms;
-constexpr auto restInterval = 64ms; // where the pointer stands still
+constexpr auto hoverInterval = 33ms;
+constexpr auto dragInterval = 16ms;
+constexpr auto restInterval = 66ms; // where the pointer stands still
 
 /// Deselects on one device. All words of the mask are sent: the server refuses a part of what
 /// belongs together, such as the gestures.
@@ -76,12 +75,6 @@ WindowMotion::WindowMotion(QWindow &window, xcb_connection_t *connection)
     m_timer.callOnTimeout([this] { look(); });
 }
 
-WindowMotion::~WindowMotion()
-{
-    if (m_question)
-        xcb_discard_reply(m_connection, *m_question);
-}
-
 void WindowMotion::setWanted(bool wanted)
 {
     m_isWanted = wanted;
@@ -96,58 +89,31 @@ void WindowMotion::setPointerOver(bool over)
 
 void WindowMotion::update()
 {
-    if (!m_isWanted || !m_isOver || m_timer.isActive())
-        return;
-    ask();
-    m_timer.start(frameInterval);
+    if (m_isWanted && m_isOver && !m_timer.isActive())
+        m_timer.start(hoverInterval);
 }
 
-/// Takes the answer to the last question and asks the next, without ever waiting for one: a window
-/// manager may hold the whole server.
 void WindowMotion::look()
 {
-    const bool isHeld = QGuiApplication::mouseButtons() != Qt::NoButton;
-    if (!m_isWanted || (!m_isOver && !isHeld)) {
+    const Qt::MouseButtons buttons = QGuiApplication::mouseButtons();
+    if (!m_isWanted || (!m_isOver && buttons == Qt::NoButton)) {
         m_timer.stop();
         return;
     }
-    if (!m_question) {
-        ask();
-        return;
-    }
-    void *answer = nullptr;
-    xcb_generic_error_t *failure = nullptr;
-    if (xcb_poll_for_reply(m_connection, *m_question, &answer, &failure) == 0)
-        return;
     const XcbPtr<xcb_query_pointer_reply_t> pointer(
-        static_cast<xcb_query_pointer_reply_t *>(answer));
-    const XcbPtr<xcb_generic_error_t> error(failure);
-    ask();
-    if (pointer)
-        report(*pointer);
-}
-
-void WindowMotion::ask()
-{
-    if (m_question)
-        xcb_discard_reply(m_connection, *m_question);
-    m_question = xcb_query_pointer(m_connection, m_id).sequence;
-    xcb_flush(m_connection);
-}
-
-void WindowMotion::report(const xcb_query_pointer_reply_t &pointer)
-{
-    const QPoint position(pointer.win_x, pointer.win_y);
-    if (std::exchange(m_last, position) == position) {
-        m_timer.setInterval(
-            std::min<std::chrono::milliseconds>(m_timer.intervalAsDuration() * 2, restInterval));
+        xcb_query_pointer_reply(m_connection, xcb_query_pointer(m_connection, m_id), nullptr));
+    if (!pointer)
         return;
+    const QPoint position(pointer->win_x, pointer->win_y);
+    const bool isMoved = std::exchange(m_last, position) != position;
+    m_timer.setInterval(buttons != Qt::NoButton ? dragInterval
+                        : isMoved               ? hoverInterval
+                                                : restInterval);
+    if (isMoved) {
+        QWindowSystemInterface::handleMouseEvent(
+            &m_window, position, QPoint(pointer->root_x, pointer->root_y), buttons, Qt::NoButton,
+            QEvent::MouseMove, QGuiApplication::keyboardModifiers());
     }
-    m_timer.setInterval(frameInterval);
-    QWindowSystemInterface::handleMouseEvent(
-        &m_window, position, QPoint(pointer.root_x, pointer.root_y),
-        QGuiApplication::mouseButtons(), Qt::NoButton, QEvent::MouseMove,
-        QGuiApplication::keyboardModifiers());
 }
 
 } // namespace velmora
