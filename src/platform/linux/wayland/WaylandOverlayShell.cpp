@@ -57,16 +57,22 @@ public:
 
     void setKeyboardWanted(bool wanted) override
     {
+        m_keyboardWanted = wanted;
         if (!m_layerSurface)
             return;
         // The user cannot take what is exclusive, but older shells know nothing else.
         using Mode = zwlr_layer_surface_v1_keyboard_interactivity;
-        const Mode mode = !wanted ? ZWLR_LAYER_SURFACE_V1_KEYBOARD_INTERACTIVITY_NONE
-                          : zwlr_layer_surface_v1_get_version(m_layerSurface) < 4
-                              ? ZWLR_LAYER_SURFACE_V1_KEYBOARD_INTERACTIVITY_EXCLUSIVE
-                              : ZWLR_LAYER_SURFACE_V1_KEYBOARD_INTERACTIVITY_ON_DEMAND;
+        const bool isOlder = zwlr_layer_surface_v1_get_version(m_layerSurface) < 4;
+        const Mode mode = !wanted   ? ZWLR_LAYER_SURFACE_V1_KEYBOARD_INTERACTIVITY_NONE
+                          : isOlder ? ZWLR_LAYER_SURFACE_V1_KEYBOARD_INTERACTIVITY_EXCLUSIVE
+                                    : ZWLR_LAYER_SURFACE_V1_KEYBOARD_INTERACTIVITY_ON_DEMAND;
         zwlr_layer_surface_v1_set_keyboard_interactivity(m_layerSurface, mode);
         wl_surface_commit(surface());
+        // Those leave the keyboard with the surface for as long as it is there. Its window may be
+        // in the middle of a key.
+        if (!wanted && isOlder)
+            QMetaObject::invokeMethod(
+                &m_context, [this] { reopen(); }, Qt::QueuedConnection);
     }
 
 private:
@@ -112,6 +118,15 @@ private:
             m_window->destroy();
     }
 
+    void reopen()
+    {
+        if (m_layerSurface && m_window && !m_keyboardWanted &&
+            QGuiApplication::focusWindow() == m_window) {
+            close();
+            open();
+        }
+    }
+
     static void handleConfigure(void *data, zwlr_layer_surface_v1 *surface, std::uint32_t serial,
                                 std::uint32_t, std::uint32_t)
     {
@@ -135,6 +150,8 @@ private:
     std::shared_ptr<LayerShell> m_shell;
     zwlr_layer_surface_v1 *m_layerSurface = nullptr;
     bool m_closed = false;
+    bool m_keyboardWanted = false;
+    QObject m_context; ///< of calls that wait
 };
 
 } // namespace
