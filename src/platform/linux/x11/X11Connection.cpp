@@ -1,5 +1,7 @@
 #include "platform/linux/x11/X11Connection.h"
 
+#include <QGuiApplication>
+#include <QScreen>
 #include <QSocketNotifier>
 
 #include <cstdlib>
@@ -12,6 +14,17 @@ namespace velmora
 void XcbFree::operator()(void *pointer) const noexcept
 {
     std::free(pointer); // NOLINT: xcb allocates with malloc
+}
+
+bool isXWayland(xcb_connection_t *connection)
+{
+    const auto *screen = QGuiApplication::primaryScreen();
+    if (screen && screen->name().startsWith(u"XWAYLAND"))
+        return true;
+    const auto cookie = xcb_query_extension(connection, 8, "XWAYLAND");
+    const XcbPtr<xcb_query_extension_reply_t> extension(
+        xcb_query_extension_reply(connection, cookie, nullptr));
+    return extension && extension->present != 0;
 }
 
 std::shared_ptr<X11Connection> X11Connection::open()

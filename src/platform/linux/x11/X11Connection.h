@@ -19,6 +19,9 @@ struct XcbFree {
 template<typename T>
 using XcbPtr = std::unique_ptr<T, XcbFree>;
 
+/// Whether the server is XWayland: by its extension, or by what older ones call their outputs.
+[[nodiscard]] bool isXWayland(xcb_connection_t *connection);
+
 /// A connection to the X server beside Qt's: events that are asked for here neither pass through
 /// Qt nor disturb what Qt has selected on the same windows. It costs nothing while nothing happens.
 class X11Connection final : public QObject

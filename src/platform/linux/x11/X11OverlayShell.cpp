@@ -95,6 +95,10 @@ public:
         if (wanted) {
             m_focusBefore = focus;
             setFocus(m_xcb, m_id);
+        } else if (focus == m_id && isXWayland(m_xcb)) {
+            // A Wayland window may have had it, of which the server knows nothing. When this one
+            // goes, the compositor chooses the window that was used last.
+            QMetaObject::invokeMethod(this, &X11OverlaySurface::reappear, Qt::QueuedConnection);
         } else if (focus == m_id) {
             setFocus(m_xcb, *before);
         }
@@ -119,6 +123,16 @@ private:
         QScreen *screen = m_window.screen();
         return screen && QGuiApplication::platformNativeInterface()->nativeResourceForScreen(
                              "compositingenabled", screen);
+    }
+
+    void reappear()
+    {
+        if (m_focusBefore) // wanted again
+            return;
+        m_window.hide();
+        flush();
+        m_window.show();
+        flush();
     }
 
     /// Qt sends what it has gathered when it next handles an event of the server, which may be

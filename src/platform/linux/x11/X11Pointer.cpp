@@ -27,18 +27,6 @@ bool canDrag(std::uint32_t button)
     return button >= XCB_BUTTON_INDEX_1 && button <= XCB_BUTTON_INDEX_3;
 }
 
-/// By its extension, or by what older ones call their outputs.
-bool isXWayland(const X11Connection &connection)
-{
-    const auto *screen = QGuiApplication::primaryScreen();
-    if (screen && screen->name().startsWith(u"XWAYLAND"))
-        return true;
-    const auto cookie = xcb_query_extension(connection.xcb(), 8, "XWAYLAND");
-    const XcbPtr<xcb_query_extension_reply_t> extension(
-        xcb_query_extension_reply(connection.xcb(), cookie, nullptr));
-    return extension && extension->present != 0;
-}
-
 /// Qt keeps every screen at its place in pixels and scales what is inside of it.
 std::optional<QPointF> toPoints(const QPoint &pixels)
 {
@@ -54,7 +42,7 @@ std::optional<QPointF> toPoints(const QPoint &pixels)
 
 X11Pointer::X11Pointer(std::shared_ptr<X11Connection> connection)
     : m_connection(std::move(connection))
-    , m_isXWayland(m_connection && isXWayland(*m_connection))
+    , m_isXWayland(m_connection && isXWayland(m_connection->xcb()))
 {
     m_timer.setInterval(pollInterval);
     connect(&m_timer, &QTimer::timeout, this, &X11Pointer::ask);
