@@ -105,7 +105,15 @@ void OverlaySceneTest::menuByRightClick()
     QVERIFY(window.contains(overlay->menuFrame()));
     QTest::mouseMove(scene.window, rows.back()->mapToScene({20, 12}).toPoint());
     QTRY_VERIFY(!overlay->submenuFrame().isEmpty() && window.contains(overlay->submenuFrame()));
-    scene.click(overlay->submenuFrame().topLeft() + QPointF(60, 16));
+    const auto line = [&] { return overlay->submenuFrame().topLeft() + QPointF(60, 16); };
+    const auto isHovered = [&] {
+        QTest::mouseMove(scene.window, line().toPoint());
+        return std::ranges::any_of(scene.items("StatusMenuRow"), [&](const QQuickItem *row) {
+            return row->property("hovered").toBool() && row->mapToScene({}).x() > line().x() - 60;
+        });
+    };
+    QTRY_VERIFY(isHovered());
+    scene.click(line());
     scene.menu.trigger(-1);
     scene.menu.trigger(99);
     scene.menu.trigger(4, 99);
