@@ -4,6 +4,8 @@
 #include <QMimeData>
 #include <QQuickItem>
 
+#include <algorithm>
+
 using namespace velmora;
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
