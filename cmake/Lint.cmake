@@ -22,4 +22,7 @@ if(RUN_CLANG_TIDY)
     COMMAND ${RUN_CLANG_TIDY} -quiet -p ${CMAKE_BINARY_DIR} -checks=-bugprone-suspicious-include "${tidied}"
     COMMENT "clang-tidy on src"
     USES_TERMINAL VERBATIM)
+  if(TARGET velmora_eds) # no part of the program: what is made for it has not been made by then
+    add_dependencies(tidy velmora_eds)
+  endif()
 endif()

@@ -57,7 +57,7 @@ void SourceGroup::collect(
     const std::function<std::optional<std::vector<Value>>(CalendarSource &)> &question,
     const std::function<void(std::optional<std::vector<Value>>)> &done)
 {
-    constexpr auto patience = std::chrono::milliseconds(300);
+    static constexpr auto patience = std::chrono::milliseconds(300);
     struct Round {
         std::size_t missing = 0;
         bool isDone = false;

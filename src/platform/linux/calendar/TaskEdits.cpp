@@ -4,7 +4,6 @@
 #include "platform/linux/calendar/ContentLines.h"
 
 #include <algorithm>
-#include <ranges>
 #include <utility>
 
 namespace velmora
@@ -208,7 +207,8 @@ std::optional<QByteArray> withoutTask(const QByteArray &text, const QByteArray &
     bool isOtherLeft = false;
     const std::vector<Part> parts = tasksIn(text, &isOtherLeft);
     QByteArray left = text;
-    for (const Part &part : std::views::reverse(parts)) {
+    for (auto each = parts.rbegin(); each != parts.rend(); ++each) {
+        const Part &part = *each;
         if (is(part, uid)) {
             left.remove(part.begin, part.end - part.begin);
         } else {
