@@ -205,10 +205,10 @@ std::optional<QByteArray> withCompleted(const QByteArray &text, const QByteArray
 std::optional<QByteArray> withoutTask(const QByteArray &text, const QByteArray &uid)
 {
     bool isOtherLeft = false;
-    const std::vector<Part> parts = tasksIn(text, &isOtherLeft);
+    std::vector<Part> parts = tasksIn(text, &isOtherLeft);
+    std::reverse(parts.begin(), parts.end()); // what is removed moves what follows it
     QByteArray left = text;
-    for (auto each = parts.rbegin(); each != parts.rend(); ++each) {
-        const Part &part = *each;
+    for (const Part &part : parts) {
         if (is(part, uid)) {
             left.remove(part.begin, part.end - part.begin);
         } else {
